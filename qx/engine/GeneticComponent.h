@@ -1,0 +1,332 @@
+#pragma once
+
+#include <qx/engine/FitnessStatistics.h>
+#include <qx/engine/GeneticEvents.h>
+#include <qx/engine/Population.h>
+#include <qx/foundation/FloatPriorityQueue.h>
+#include <qx/foundation/QXGAConsts.h>
+#include <qx/platform/Component.h>
+
+#include <cstdint>
+#include <memory>
+
+namespace qx {
+
+/// The abstract engine of every evolving component: it owns the current population and the previous
+/// generation, runs generations, keeps the statistics and fires the events.
+///
+/// A host sets properties, assigns `OnEvaluateFitness` and calls `Evolve`. A descendant overrides
+/// `CreatePopulation`, `DoInitialize`, `DoCrossover`, `DoMutate` and `DoInvert` for its representation.
+///
+/// One generation: the two generations change places; for each pair of places of the new one, two parents are
+/// selected from the previous generation and reproduced over the individuals that stand there; fitness and
+/// statistics are evaluated. All random choices are made by `Random`, in the order that the operations tell.
+/// Everything runs on the caller's thread. An exception of a handler reaches the caller; the population may be
+/// partly overwritten then, `Generation` has not changed, and the component can be used on.
+///
+/// Writing NaN to a setting that is clamped raises std::invalid_argument; an enumeration value that does not
+/// exist raises std::out_of_range. Both name the property.
+class TQXCustomGeneticComponent : public TComponent {
+public:
+  explicit TQXCustomGeneticComponent(TComponent* Owner = nullptr);
+
+  // --- Settings -----------------------------------------------------------------------------------------
+
+  /// Individuals that `Initialize` fills the population up to. Default 100; negative values become 0.
+  int InitialPopulation() const { return FInitialPopulation; }
+  void SetInitialPopulation(int Value);
+  /// Attempts to replace duplicates among the initial individuals. Default 10; negative values become 0.
+  int InitialDuplicatesRetries() const { return FInitialDuplicatesRetries; }
+  void SetInitialDuplicatesRetries(int Value);
+  /// Chance that a pair of parents is crossed. Default 0.98, clamped to 0..1.
+  TGAProbability CrossoverProbability() const { return FCrossoverProbability; }
+  void SetCrossoverProbability(TGAProbability Value);
+  /// Default 0.01, clamped to 0..1.
+  TGAProbability MutationProbability() const { return FMutationProbability; }
+  void SetMutationProbability(TGAProbability Value);
+  /// Chance that a child is inverted. Default 0.1, clamped to 0..1.
+  TGAProbability InversionProbability() const { return FInversionProbability; }
+  void SetInversionProbability(TGAProbability Value);
+  /// The operators that reproduction applies. Default all three.
+  TGAGeneticOperations Operations() const { return FOperations; }
+  void SetOperations(TGAGeneticOperations Value) { FOperations = Value; }
+  /// How parents are chosen. Default smStochasticTournament. A new method binds the matching built-in
+  /// selection to `OnSelection`; smCustom clears it.
+  TGASelectionMethod SelectionMethod() const { return FSelectionMethod; }
+  void SetSelectionMethod(TGASelectionMethod Value);
+  bool IsCustomSelection() const { return FSelectionMethod == smCustom; }
+  /// Contestants of a tournament. Default 2; smaller values become 2.
+  int TournamentField() const { return FTournamentField; }
+  void SetTournamentField(int Value);
+  /// Share of the population that elitist selection cycles through. Default 0.1, clamped to 0..1.
+  TGAProbability ElitistPct() const { return FElitistPct; }
+  void SetElitistPct(TGAProbability Value);
+  /// Which fitness is better, and which one drives selection. Default fmMinimize.
+  TGAFitnessMethod FitnessMethod() const { return FFitnessMethod; }
+  void SetFitnessMethod(TGAFitnessMethod Value);
+
+  /// Raw fitness at which a run is finished. Default 1.
+  TGAFitness FitnessCutoff() const { return FFitnessCutoff; }
+  void SetFitnessCutoff(TGAFitness Value) { FFitnessCutoff = Value; }
+  bool UseFitnessCutoff() const { return FUseFitnessCutoff; }
+  void SetUseFitnessCutoff(bool Value) { FUseFitnessCutoff = Value; }
+  /// `Diversity` below which a run is finished. Default 0.02, clamped to 0..1.
+  TGAProbability DiversityLimit() const { return FDiversityLimit; }
+  void SetDiversityLimit(TGAProbability Value);
+  bool UseDiversityLimit() const { return FUseDiversityLimit; }
+  void SetUseDiversityLimit(bool Value) { FUseDiversityLimit = Value; }
+  /// Generations after which a run is finished. Starts at 0; every write below 1 gives 1.
+  int GenerationLimit() const { return FGenerationLimit; }
+  void SetGenerationLimit(int Value);
+  bool UseGenerationLimit() const { return FUseGenerationLimit; }
+  void SetUseGenerationLimit(bool Value) { FUseGenerationLimit = Value; }
+  int Generation() const { return FGeneration; }
+  void SetGeneration(int Value) { FGeneration = Value; }
+  /// Set by a host, inside an event say, to end `Evolve(Generations)` after the generation under way.
+  bool Halt() const { return FHalt; }
+  void SetHalt(bool Value) { FHalt = Value; }
+
+  // --- Populations and results --------------------------------------------------------------------------
+
+  /// The current generation.
+  TQXPopulation& Population();
+  /// Copies the contents of `Value` into the current generation.
+  void SetPopulation(const TQXPopulation& Value) { Population().Assign(Value); }
+  /// The generation that parents are selected from; nullptr until there is one.
+  TQXPopulation* PreviousGeneration() { return FPreviousGeneration.get(); }
+  /// Copies the contents of `Value` into the previous generation, which is created first if need be.
+  void SetPreviousGeneration(const TQXPopulation& Value);
+  bool Initialized() const { return FInitialized; }
+  /// The best individual of the current population by raw fitness, or nullptr.
+  TQXIndividual* FittestIndividual() { return FFittestIndividual; }
+
+  TGAFitness MaxFitness() const { return FFitnesses.Max; }
+  TGAFitness MinFitness() const { return FFitnesses.Min; }
+  TGAFitness AvgFitness() const;
+  TGAFitness MaxWeightedFitness() const { return FWeightedFitnesses.Max; }
+  TGAFitness MinWeightedFitness() const { return FWeightedFitnesses.Min; }
+  TGAFitness AvgWeightedFitness() const;
+  /// `AvgFitness` / `MaxFitness`; infinite when the maximum is 0.
+  TGAFitness Diversity() const;
+
+  // --- Running ------------------------------------------------------------------------------------------
+
+  /// Prepares generation 0: fills the population, lets `OnInitialization` or `DoInitialize` make the
+  /// individuals, evaluates them and copies them into the previous generation.
+  virtual void Initialize();
+  /// Runs one generation, initializing first if need be, then fires `OnEvolve`. Does nothing but fire when the
+  /// run is finished or the population empty. Raises EGAException without a fitness handler.
+  virtual void Evolve();
+  /// Runs up to `Generations` generations until the run is finished or `Halt` is set; returns by how much
+  /// `Generation` grew.
+  int Evolve(int Generations);
+  /// Whether one of the termination conditions that are in use holds.
+  virtual bool IsFinished();
+  /// Exchanges the population and the previous generation; nothing is copied.
+  void SwapGenerations();
+  /// Copies settings, statistics and populations from another genetic component; `InitialPopulation`,
+  /// `Operations`, `Halt` and the handlers stay. No object is shared afterwards.
+  void Assign(const TPersistent& Source) override;
+
+  // --- Fitness ------------------------------------------------------------------------------------------
+
+  /// Evaluates the population and recomputes all statistics.
+  virtual void EvaluateFitness();
+  /// The fitness of one individual as the handlers give it: raw, or weighted. 0 without a handler.
+  virtual TGAFitness EvaluateFitness(TQXIndividual& Item, bool Weighted);
+  /// -1 when the first is better, +1 when the second is, else 0; by raw fitness when that is asked for, else
+  /// by the fitness that the method uses.
+  int CompareFitness(TQXIndividual& Parent1, TQXIndividual& Parent2, bool UsePureFitness);
+  /// The better of two; the first one when neither is.
+  virtual TQXIndividual& Fittest(TQXIndividual& Parent1, TQXIndividual& Parent2, bool UsePureFitness);
+  TGAFitness GetAdjustedFitness(TGAFitness Value) const;
+  TGAFitness GetNormalizedFitness(TGAFitness Value) const;
+  TGAFitness GetNormalizedWeightedFitness(TGAFitness Value) const;
+  /// The fitness given to an individual that is to be ruled out.
+  virtual TGAFitness UnfitFitness();
+
+  // --- Selection ----------------------------------------------------------------------------------------
+
+  /// Chooses a parent by the selection handler. Raises EGAException when none is bound and std::logic_error
+  /// when the handler leaves no parent.
+  virtual TQXIndividual& SelectParent(TQXPopulation& Population);
+  /// Uniform. One integer draw. Raises std::out_of_range for an empty population, as all methods do.
+  void SelectRandom(TQXCustomGeneticComponent& Sender, TQXPopulation& Population, TQXIndividual*& Parent);
+  /// In proportion to fitness (Holland 1975). One real draw, or one integer draw when all are equal.
+  virtual void SelectRoulette(TQXCustomGeneticComponent& Sender, TQXPopulation& Population,
+                              TQXIndividual*& Parent);
+  /// The best of `TournamentField` uniform draws (Goldberg and Deb 1991).
+  virtual void SelectTournament(TQXCustomGeneticComponent& Sender, TQXPopulation& Population,
+                                TQXIndividual*& Parent);
+  /// As the tournament, but the challengers are drawn by roulette.
+  virtual void SelectStochasticTournament(TQXCustomGeneticComponent& Sender, TQXPopulation& Population,
+                                          TQXIndividual*& Parent);
+  /// The best individuals in turn. Draws only when all are equal.
+  virtual void SelectElitist(TQXCustomGeneticComponent& Sender, TQXPopulation& Population,
+                             TQXIndividual*& Parent);
+  /// Fills the cumulative shares that roulette draws from, over the current population.
+  void CalculateCumulativeNormalizedFitnesses();
+  /// Ranks the current population for elitist selection.
+  virtual void PrioritizePopulation();
+
+  // --- Reproduction -------------------------------------------------------------------------------------
+
+  /// Overwrites one or two children by the offspring of two parents, then fires `OnReproduction` for each. The
+  /// result tells whether some operator changed something, or what the handlers made of that.
+  virtual bool Reproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1);
+  virtual bool Reproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
+                         TQXIndividual& Child2);
+  /// Copies the first parent into the child, then fires `OnInitializeChild`.
+  virtual void InitializeChild(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child);
+  /// Crosses with `CrossoverProbability`. One real draw, whatever comes of it.
+  virtual bool Crossover(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1);
+  virtual bool Crossover(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
+                         TQXIndividual& Child2);
+  /// Mutates with `MutationProbability`. One real draw, whatever comes of it.
+  virtual bool Mutate(TQXIndividual& Item);
+  /// Inverts with `InversionProbability`. One real draw, whatever comes of it.
+  virtual bool Invert(TQXIndividual& Item);
+
+  // --- Events -------------------------------------------------------------------------------------------
+
+  TQXInitializationEvent OnInitialization;
+
+private:
+  class TFitnessSlot final : public TQXFitnessEvent {
+  public:
+    explicit TFitnessSlot(TQXCustomGeneticComponent& Component) : FComponent(Component) {}
+    using TQXFitnessEvent::operator=;
+    TFitnessSlot& operator=(const TFitnessSlot& Source) {
+      TQXFitnessEvent::operator=(Source);
+      return *this;
+    }
+
+  private:
+    void HandlerChanged(bool WasAssigned) override { FComponent.FitnessHandlerChanged(WasAssigned); }
+    TQXCustomGeneticComponent& FComponent;
+  };
+
+  class TSelectionSlot final : public TQXSelectionEvent {
+  public:
+    explicit TSelectionSlot(TQXCustomGeneticComponent& Component) : FComponent(Component) {}
+    using TQXSelectionEvent::operator=;
+    TSelectionSlot& operator=(const TSelectionSlot& Source) {
+      TQXSelectionEvent::operator=(Source);
+      return *this;
+    }
+    using TQXSelectionEvent::Bind;
+    using TQXSelectionEvent::Unbind;
+
+  private:
+    void HandlerChanged(bool WasAssigned) override { FComponent.SelectionHandlerChanged(WasAssigned); }
+    TQXCustomGeneticComponent& FComponent;
+  };
+
+public:
+  /// Gives an individual its raw fitness. Assigning a handler where there was none marks every individual of
+  /// both generations as stale.
+  TFitnessSlot OnEvaluateFitness{*this};
+  /// Gives an individual its weighted fitness; without a handler that is the raw one.
+  TQXFitnessEvent OnEvaluateWeightedFitness;
+  /// Chooses a parent. Holds the built-in selection of the method; assigning a handler makes the method
+  /// smCustom, clearing it makes it smRoulette.
+  TSelectionSlot OnSelection{*this};
+  TQXParentChildEvent OnInitializeChild;
+  TQXCrossoverEvent OnCrossover;
+  TQXMutationEvent OnMutation;
+  TQXMutationEvent OnInversion;
+  TQXMutationEvent OnReproduction;
+  /// Fires after every `Evolve()`, also when that did nothing.
+  TQXNotifyEvent OnEvolve;
+
+protected:
+  friend class TQXPopulation;
+
+  /// Makes a population owned by this component. `ItemClass` is what its members shall be at least; a
+  /// descendant makes its own population class with its own item class.
+  virtual std::unique_ptr<TQXPopulation> CreatePopulation(TItemClass<TQXIndividual> ItemClass);
+  /// Told when an individual comes into either generation or is about to leave it.
+  virtual void PopulationNotify(TQXIndividual& Item, TCollectionNotification Action);
+  /// Told when an individual, or with nullptr a generation as a whole, has changed.
+  virtual void PopulationUpdate(TQXIndividual* Item);
+
+  /// The operators of the representation; each tells whether it changed anything. `Child2` may be nullptr.
+  virtual bool DoCrossover(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
+                           TQXIndividual* Child2);
+  virtual bool DoMutate(TQXIndividual& Item);
+  virtual bool DoInvert(TQXIndividual& Item);
+  /// Called just before `DoCrossover`, once nothing can stop it any more.
+  virtual void PrepareCrossover(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
+                                TQXIndividual* Child2);
+
+  virtual void DoEvolve();
+  /// Reproduces into the places `Index` and, if there is one, `Index` + 1.
+  virtual void DoEvolveOneStep(int Index);
+  /// As `DoEvolveOneStep`, for a loop that counts pairs.
+  void DoParallelEvolveOneStep(int Index) { DoEvolveOneStep(Index * 2); }
+  virtual void DoStartEvolve();
+  virtual void DoFinishEvolve();
+  virtual TGAFitness DoEvaluateWeightedFitness(TQXIndividual& Item);
+  virtual void DoCalculateFitnessStatistics();
+  virtual void DoCalculateWeightedFitnessStatistics();
+  /// Fills the population with random individuals; the result counts what the representation defines.
+  virtual int DoInitialize();
+  virtual bool DoReproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1);
+  virtual bool DoReproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
+                           TQXIndividual& Child2);
+  /// Chooses a parent when no handler is bound. The base raises EGAException.
+  virtual TQXIndividual* DoSelectParent(TQXPopulation& Population);
+  virtual void DoSelectionPreparation();
+
+private:
+  bool Maximizing() const { return FFitnessMethod == fmMaximize || FFitnessMethod == fmWeightedMaximize; }
+  bool UsesWeightedFitness() const {
+    return FFitnessMethod == fmWeightedMinimize || FFitnessMethod == fmWeightedMaximize;
+  }
+  bool AllFitnessesEqual() const;
+  void FitnessHandlerChanged(bool WasAssigned);
+  void SelectionHandlerChanged(bool WasAssigned);
+  void BindSelection();
+  void PrepareGeneration();
+  void AssignSettings(const TQXCustomGeneticComponent& Source);
+  TQXIndividual* Counterpart(const TQXCustomGeneticComponent& Source);
+  bool ApplyOperators(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
+                      TQXIndividual* Child2);
+  bool GatedCrossover(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
+                      TQXIndividual* Child2);
+
+  std::unique_ptr<TQXPopulation> FPopulation;
+  std::unique_ptr<TQXPopulation> FPreviousGeneration;
+  TQXIndividual* FFittestIndividual = nullptr;
+  TFitnessStatistics FFitnesses;
+  TFitnessStatistics FWeightedFitnesses;
+  TGAFitnessArray FCumulativeFitnesses;
+  std::unique_ptr<TFloatPriorityQueue<TQXIndividual>> FElite; // made on first use
+  std::int32_t FSelectionCursor = -1;
+  // What the next generation needs first: statistics, because the fitness handler is new, or the preparation of
+  // selection, because the method is new or an individual is gone.
+  bool FStatisticsDue = false;
+  bool FPreparationDue = false;
+
+  int FInitialPopulation = 100;
+  int FInitialDuplicatesRetries = 10;
+  TGAProbability FCrossoverProbability = CROSSOVER_PROBABILITY;
+  TGAProbability FMutationProbability = MUTATION_PROBABILITY;
+  TGAProbability FInversionProbability = INVERSION_PROBABILITY;
+  TGAGeneticOperations FOperations = {goCrossover, goMutate, goInvert};
+  TGASelectionMethod FSelectionMethod = smStochasticTournament;
+  int FTournamentField = 2;
+  TGAProbability FElitistPct = DEFAULT_ELITIST_PCT;
+  TGAFitnessMethod FFitnessMethod = fmMinimize;
+  TGAFitness FFitnessCutoff = DEFAULT_FITNESS_CUTOFF;
+  TGAProbability FDiversityLimit = DEFAULT_DIVERSITY_LIMIT;
+  int FGenerationLimit = 0;
+  int FGeneration = 0;
+  bool FUseFitnessCutoff = false;
+  bool FUseDiversityLimit = false;
+  bool FUseGenerationLimit = false;
+  bool FInitialized = false;
+  bool FHalt = false;
+};
+
+} // namespace qx

@@ -1,0 +1,223 @@
+// The genetic component's selection: the handler, the built-in methods and what they prepare.
+
+#include <qx/engine/GeneticComponent.h>
+#include <qx/platform/Random.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+#include <string>
+
+namespace qx {
+
+namespace {
+
+// Whether the value takes part in a sum of shares at all.
+bool IsShare(TGAFitness Value) { return !std::isnan(Value) && Value != -std::numeric_limits<TGAFitness>::infinity(); }
+
+// Makes values whose sum is not finite summable: infinite ones leave nothing to the others, too large ones are
+// scaled down. Returns the new sum.
+TGAFitness MakeSummable(TGAFitnessArray& Values) {
+  TGAFitness Largest = 0;
+  for (const TGAFitness Value : Values) {
+    Largest = IsShare(Value) ? std::max(Largest, Value) : Largest;
+  }
+  TGAFitness Total = 0;
+  for (TGAFitness& Value : Values) {
+    if (!IsShare(Value)) {
+      Value = 0;
+    } else if (std::isinf(Largest)) {
+      Value = Value == Largest ? 1 : 0;
+    } else if (Largest > 0) {
+      Value /= Largest;
+    }
+    Total += Value;
+  }
+  return Total;
+}
+
+// Turns values into their shares of the total, added up; one that is not a number gets none. Without any
+// total, all the others get the share `Fallback`.
+void AccumulateShares(TGAFitnessArray& Values, TGAFitness Total, TGAFitness Fallback) {
+  if (!std::isfinite(Total)) {
+    Total = MakeSummable(Values);
+  }
+  TGAFitness Share = 0;
+  for (TGAFitness& Value : Values) {
+    if (!std::isnan(Value)) {
+      Share += Total == 0 ? Fallback : Value / Total;
+    }
+    Value = Share;
+  }
+}
+
+} // namespace
+
+void TQXCustomGeneticComponent::SetSelectionMethod(TGASelectionMethod Value) {
+  if (CheckedEnum(Value, "SelectionMethod") != FSelectionMethod) {
+    FSelectionMethod = Value;
+    BindSelection();
+    FPreparationDue = true;
+  }
+}
+
+// The bound handlers go through the sender's virtual operations, so that an override is what runs.
+void TQXCustomGeneticComponent::BindSelection() {
+  using TSender = TQXCustomGeneticComponent;
+  using TMethod = void (TSender::*)(TSender&, TQXPopulation&, TQXIndividual*&);
+  static constexpr TMethod Methods[] = {&TSender::SelectRoulette, &TSender::SelectRandom,
+                                        &TSender::SelectTournament, &TSender::SelectStochasticTournament,
+                                        &TSender::SelectElitist};
+  if (FSelectionMethod == smCustom) {
+    OnSelection.Unbind();
+    return;
+  }
+  OnSelection.Bind([Method = Methods[FSelectionMethod]](TSender& Sender, TQXPopulation& Population,
+                                                        TQXIndividual*& Parent) {
+    (Sender.*Method)(Sender, Population, Parent);
+  });
+}
+
+void TQXCustomGeneticComponent::SelectionHandlerChanged(bool /*WasAssigned*/) {
+  if (OnSelection) {
+    FSelectionMethod = smCustom;
+  } else {
+    SetSelectionMethod(smRoulette);
+  }
+}
+
+TQXIndividual& TQXCustomGeneticComponent::SelectParent(TQXPopulation& Population) {
+  TQXIndividual* Parent = nullptr;
+  if (OnSelection) {
+    OnSelection(*this, Population, Parent);
+  } else {
+    Parent = DoSelectParent(Population);
+  }
+  if (Parent == nullptr) {
+    throw std::logic_error("The handler of OnSelection left no parent");
+  }
+  return *Parent;
+}
+
+TQXIndividual* TQXCustomGeneticComponent::DoSelectParent(TQXPopulation& /*Population*/) {
+  throw EGAException(std::string(SNoSelectionFunction));
+}
+
+void TQXCustomGeneticComponent::SelectRandom(TQXCustomGeneticComponent& /*Sender*/, TQXPopulation& Population,
+                                             TQXIndividual*& Parent) {
+  Parent = &Population[Random(Population.Count())];
+}
+
+bool TQXCustomGeneticComponent::AllFitnessesEqual() const {
+  const TFitnessStatistics& Fitnesses = UsesWeightedFitness() ? FWeightedFitnesses : FFitnesses;
+  return Fitnesses.Min == Fitnesses.Max && (Fitnesses.NotNumbers == 0 || Fitnesses.Numbers == 0);
+}
+
+void TQXCustomGeneticComponent::SelectRoulette(TQXCustomGeneticComponent& Sender, TQXPopulation& Population,
+                                               TQXIndividual*& Parent) {
+  if (AllFitnessesEqual()) {
+    SelectRandom(Sender, Population, Parent);
+    return;
+  }
+  const double Draw = Random();
+  if (FCumulativeFitnesses.empty()) {
+    CalculateCumulativeNormalizedFitnesses();
+  }
+  // The search goes one past the last index: a draw that no entry exceeds fails in the population.
+  const int Length = static_cast<int>(FCumulativeFitnesses.size());
+  int Low = 0;
+  int High = Length;
+  while (High >= Low) {
+    const int Middle = Low + (High - Low) / 2;
+    if (Middle == Length || FCumulativeFitnesses[static_cast<std::size_t>(Middle)] > Draw) {
+      High = Middle - 1;
+    } else {
+      Low = Middle + 1;
+    }
+  }
+  FSelectionCursor = Low;
+  Parent = &Population[Low];
+}
+
+void TQXCustomGeneticComponent::SelectTournament(TQXCustomGeneticComponent& Sender, TQXPopulation& Population,
+                                                 TQXIndividual*& Parent) {
+  SelectRandom(Sender, Population, Parent);
+  for (int I = 1; I < FTournamentField; ++I) {
+    TQXIndividual* Challenger = nullptr;
+    SelectRandom(Sender, Population, Challenger);
+    Parent = &Fittest(*Parent, *Challenger, false);
+  }
+}
+
+void TQXCustomGeneticComponent::SelectStochasticTournament(TQXCustomGeneticComponent& Sender,
+                                                           TQXPopulation& Population, TQXIndividual*& Parent) {
+  SelectRandom(Sender, Population, Parent);
+  for (int I = 1; I < FTournamentField; ++I) {
+    TQXIndividual* Challenger = nullptr;
+    SelectRoulette(Sender, Population, Challenger);
+    Parent = &Fittest(*Parent, *Challenger, false);
+  }
+}
+
+void TQXCustomGeneticComponent::SelectElitist(TQXCustomGeneticComponent& Sender, TQXPopulation& Population,
+                                              TQXIndividual*& Parent) {
+  if (AllFitnessesEqual()) {
+    SelectRandom(Sender, Population, Parent);
+    return;
+  }
+  ++FSelectionCursor;
+  if (FSelectionCursor > std::nearbyint(Population.Count() * FElitistPct)) {
+    FSelectionCursor = 0;
+  }
+  if (FElite == nullptr) {
+    PrioritizePopulation();
+  }
+  if (FElite->Count() == 0) {
+    throw std::out_of_range("Elitist selection from a population that has no ranked individual");
+  }
+  if (FSelectionCursor >= FElite->Count()) {
+    FSelectionCursor = 0;
+  }
+  Parent = &(*FElite)[FSelectionCursor];
+}
+
+void TQXCustomGeneticComponent::DoSelectionPreparation() {
+  if (FSelectionMethod == smRoulette || FSelectionMethod == smStochasticTournament) {
+    CalculateCumulativeNormalizedFitnesses();
+  } else if (FSelectionMethod == smElitist) {
+    PrioritizePopulation();
+  }
+}
+
+void TQXCustomGeneticComponent::CalculateCumulativeNormalizedFitnesses() {
+  const bool Weighted = UsesWeightedFitness();
+  const TFitnessStatistics& Fitnesses = Weighted ? FWeightedFitnesses : FFitnesses;
+  FCumulativeFitnesses.clear();
+  TGAFitness Total = 0;
+  for (const TQXIndividual& Individual : Population()) {
+    const TGAFitness Fitness = Weighted ? Individual.WeightedFitness() : Individual.Fitness();
+    const TGAFitness Value = Maximizing() ? Fitness : Fitnesses.Max - Fitness;
+    FCumulativeFitnesses.push_back(Value);
+    Total += std::isnan(Value) ? 0 : Value;
+  }
+  if (Maximizing()) {
+    AccumulateShares(FCumulativeFitnesses, Fitnesses.Sum, 0);
+  } else {
+    AccumulateShares(FCumulativeFitnesses, Total, TGAFitness{1} / std::max(Fitnesses.Numbers, 1));
+  }
+}
+
+void TQXCustomGeneticComponent::PrioritizePopulation() {
+  if (FElite == nullptr) {
+    FElite = std::make_unique<TFloatPriorityQueue<TQXIndividual>>();
+  }
+  FElite->Clear();
+  FElite->SetHighestFirst(Maximizing());
+  for (TQXIndividual& Individual : Population()) {
+    const TGAFitness Key = UsesWeightedFitness() ? Individual.WeightedFitness() : Individual.Fitness();
+    FElite->Push(Individual, static_cast<float>(Key));
+  }
+}
+
+} // namespace qx

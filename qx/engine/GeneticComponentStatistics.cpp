@@ -1,0 +1,107 @@
+// The genetic component's fitness: evaluation, statistics and what is derived from them.
+
+#include <qx/engine/GeneticComponent.h>
+#include <qx/foundation/FitnessOrder.h>
+
+#include <limits>
+
+namespace qx {
+
+TGAFitness TQXCustomGeneticComponent::AvgFitness() const {
+  return FFitnesses.Average(FPopulation != nullptr ? FPopulation->Count() : 0);
+}
+
+TGAFitness TQXCustomGeneticComponent::AvgWeightedFitness() const {
+  return FWeightedFitnesses.Average(FPopulation != nullptr ? FPopulation->Count() : 0);
+}
+
+TGAFitness TQXCustomGeneticComponent::Diversity() const {
+  return FFitnesses.Max == 0 ? std::numeric_limits<TGAFitness>::infinity() : AvgFitness() / FFitnesses.Max;
+}
+
+void TQXCustomGeneticComponent::EvaluateFitness() {
+  if (Population().Count() == 0) {
+    FFitnesses = {};
+    FWeightedFitnesses = {};
+  } else {
+    DoCalculateFitnessStatistics();
+    DoCalculateWeightedFitnessStatistics();
+    DoSelectionPreparation();
+  }
+  FStatisticsDue = false;
+  FPreparationDue = false;
+}
+
+TGAFitness TQXCustomGeneticComponent::EvaluateFitness(TQXIndividual& Item, bool Weighted) {
+  if (Weighted) {
+    return DoEvaluateWeightedFitness(Item);
+  }
+  TGAFitness Fitness = 0;
+  OnEvaluateFitness(*this, Item, Fitness);
+  return Fitness;
+}
+
+TGAFitness TQXCustomGeneticComponent::DoEvaluateWeightedFitness(TQXIndividual& Item) {
+  if (!OnEvaluateWeightedFitness) {
+    return Item.Fitness();
+  }
+  TGAFitness Fitness = 0;
+  OnEvaluateWeightedFitness(*this, Item, Fitness);
+  return Fitness;
+}
+
+void TQXCustomGeneticComponent::DoCalculateFitnessStatistics() {
+  TFitnessStatistics Statistics;
+  TQXIndividual* Best = nullptr;
+  for (TQXIndividual& Individual : Population()) {
+    Statistics.Add(Individual.Fitness());
+    Best = Best == nullptr ? &Individual : &Fittest(*Best, Individual, true);
+  }
+  FFitnesses = Statistics;
+  FFittestIndividual = Best;
+}
+
+void TQXCustomGeneticComponent::DoCalculateWeightedFitnessStatistics() {
+  TFitnessStatistics Statistics;
+  for (const TQXIndividual& Individual : Population()) {
+    Statistics.Add(Individual.WeightedFitness());
+  }
+  FWeightedFitnesses = Statistics;
+}
+
+int TQXCustomGeneticComponent::CompareFitness(TQXIndividual& Parent1, TQXIndividual& Parent2,
+                                              bool UsePureFitness) {
+  if (UsePureFitness || !UsesWeightedFitness()) {
+    const TGAFitness First = Parent1.Fitness();
+    const TGAFitness Second = Parent2.Fitness();
+    return CompareFitnesses(First, Second, Maximizing());
+  }
+  const TGAFitness First = Parent1.WeightedFitness();
+  const TGAFitness Second = Parent2.WeightedFitness();
+  return CompareFitnesses(First, Second, Maximizing());
+}
+
+TQXIndividual& TQXCustomGeneticComponent::Fittest(TQXIndividual& Parent1, TQXIndividual& Parent2,
+                                                  bool UsePureFitness) {
+  return CompareFitness(Parent1, Parent2, UsePureFitness) > 0 ? Parent2 : Parent1;
+}
+
+TGAFitness TQXCustomGeneticComponent::GetAdjustedFitness(TGAFitness Value) const {
+  return Maximizing() ? 1 / (FFitnesses.Max - Value + 1) : 1 / (1 + Value);
+}
+
+TGAFitness TQXCustomGeneticComponent::GetNormalizedFitness(TGAFitness Value) const {
+  return FFitnesses.Normalized(Value);
+}
+
+TGAFitness TQXCustomGeneticComponent::GetNormalizedWeightedFitness(TGAFitness Value) const {
+  return FWeightedFitnesses.Normalized(Value);
+}
+
+TGAFitness TQXCustomGeneticComponent::UnfitFitness() {
+  constexpr TGAFitness LowestOfMaximizing = 1.5e-45;
+  constexpr TGAFitness HighestOfMinimizing = 3.4e+38;
+  return Maximizing() ? LowestOfMaximizing : HighestOfMinimizing;
+}
+
+} // namespace qx

@@ -1,0 +1,86 @@
+#include <qx/engine/Individual.h>
+
+#include <qx/engine/GeneticComponent.h>
+#include <qx/engine/Population.h>
+
+#include <stdexcept>
+
+namespace qx {
+
+void TQXIndividual::Assign(const TPersistent& Source) {
+  const auto* Individual = dynamic_cast<const TQXIndividual*>(&Source);
+  if (Individual == nullptr) {
+    TCollectionItem::Assign(Source);
+    return;
+  }
+  FFitness = Individual->Fitness();
+  FNeedFitness = Individual->FNeedFitness;
+  FName = Individual->FName;
+  Changed(false);
+}
+
+TQXIndividual& TQXIndividual::Clone() const {
+  TQXPopulation* const Population = Collection();
+  if (Population == nullptr) {
+    throw std::logic_error("The " + ClassName() + " is in no population that its clone could join");
+  }
+  TQXIndividual& Copy = Population->Add();
+  Copy.Assign(*this);
+  return Copy;
+}
+
+void TQXIndividual::SetName(std::string_view Value) {
+  if (FName != Value) {
+    FName = Value;
+    Modified();
+  }
+}
+
+TQXPopulation* TQXIndividual::Collection() const {
+  return dynamic_cast<TQXPopulation*>(TCollectionItem::Collection());
+}
+
+void TQXIndividual::SetCollection(TQXPopulation& Value) { TCollectionItem::SetCollection(Value); }
+
+TGAFitness TQXIndividual::AdjustedFitness() const {
+  return FOwner != nullptr ? FOwner->GetAdjustedFitness(Fitness()) : 0;
+}
+
+// Evaluation hands the individual to the host, which may look at all of it; to the caller of a fitness it is
+// a read.
+TGAFitness TQXIndividual::WeightedFitness() const {
+  return FOwner != nullptr ? FOwner->EvaluateFitness(const_cast<TQXIndividual&>(*this), true) : 0;
+}
+
+TGAFitness TQXIndividual::NormalizedFitness() const {
+  return FOwner != nullptr ? FOwner->GetNormalizedFitness(Fitness()) : 0;
+}
+
+TGAFitness TQXIndividual::NormalizedWeigthedFitness() const {
+  return FOwner != nullptr ? FOwner->GetNormalizedWeightedFitness(WeightedFitness()) : 0;
+}
+
+void TQXIndividual::EvaluateFitness() const {
+  if (FOwner == nullptr) {
+    FFitness = 0;
+    return;
+  }
+  FFitness = FOwner->EvaluateFitness(const_cast<TQXIndividual&>(*this), false);
+  FNeedFitness = false;
+}
+
+void TQXIndividual::Modified() {
+  FNeedFitness = true;
+  Changed(false);
+}
+
+std::string TQXIndividual::GetDisplayName() const {
+  return FName.empty() ? TCollectionItem::GetDisplayName() : FName;
+}
+
+void TQXIndividual::CollectionChanged(TOwnedCollection* Value) {
+  const auto* Population = dynamic_cast<TQXPopulation*>(Value);
+  FOwner = Population != nullptr ? Population->Owner() : nullptr;
+}
+
+} // namespace qx

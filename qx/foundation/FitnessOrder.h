@@ -1,0 +1,17 @@
+#pragma once
+
+#include <qx/foundation/QXGAConsts.h>
+
+namespace qx {
+
+/// The one place that decides which of two fitnesses is better: -1 when `Left` is, +1 when `Right` is, 0 when
+/// neither. A fitness that is not a number is worse than every number, and no worse than another such.
+inline int CompareFitnesses(TGAFitness Left, TGAFitness Right, bool Maximize) {
+  if (Left != Left || Right != Right) {
+    return static_cast<int>(Left != Left) - static_cast<int>(Right != Right);
+  }
+  const int Order = static_cast<int>(Left > Right) - static_cast<int>(Left < Right);
+  return Maximize ? -Order : Order;
+}
+
+} // namespace qx

@@ -1,0 +1,357 @@
+#include <qx/genetic_algorithm/GAGene.h>
+
+#include <qx/genetic_algorithm/GAGenes.h>
+#include <qx/genetic_algorithm/GeneticAlgorithm.h>
+#include <qx/platform/Text.h>
+
+#include <bit>
+#include <cmath>
+#include <concepts>
+#include <limits>
+#include <stdexcept>
+
+namespace qx {
+
+namespace {
+
+// 2 to the power of a gene's size; beyond the range of the type it is infinite.
+double PowerOfTwo(int Exponent) { return std::ldexp(1.0, Exponent); }
+
+// A limit as a value of another type: integers are rounded half to even, and what is too large for the type
+// becomes its largest value.
+template <class T>
+T LimitAs(double Limit) {
+  if constexpr (std::integral<T>) {
+    const double Whole = std::nearbyint(Limit);
+    const double Beyond = PowerOfTwo(std::numeric_limits<T>::digits);
+    if (Whole >= Beyond) {
+      return std::numeric_limits<T>::max();
+    }
+    if (Whole < -Beyond) {
+      return std::numeric_limits<T>::min();
+    }
+    return static_cast<T>(Whole);
+  } else {
+    return static_cast<T>(Limit);
+  }
+}
+
+} // namespace
+
+int BitsRequired(std::uint32_t Value) { return static_cast<int>(std::bit_width(Value)); }
+
+TQXGAGenes* TQXGAGene::Collection() const {
+  return dynamic_cast<TQXGAGenes*>(TCollectionItem::Collection());
+}
+
+void TQXGAGene::SetCollection(TQXGAGenes& Value) { TCollectionItem::SetCollection(Value); }
+
+void TQXGAGene::SetName(std::string_view Value) {
+  if (FName != Value) {
+    FName = Value;
+    Changed(false);
+  }
+}
+
+void TQXGAGene::SetGeneType(TGeneType Value) {
+  if (CheckedEnum(Value, "GeneType") != FGeneType) {
+    FGeneType = Value;
+    RecalcMinMax();
+    Changed(false);
+  }
+}
+
+void TQXGAGene::SetSize(int Value) {
+  if (Value < 0) {
+    throw std::out_of_range("Gene \"" + DisplayName() + "\": Size must not be negative (" +
+                            std::to_string(Value) + ")");
+  }
+  if (Value != FSize) {
+    StoreSize(Value);
+    SizeChange();
+  }
+}
+
+void TQXGAGene::SetOffset(int Value) {
+  FOffset = Value;
+  if (TQXGAGenes* const Genes = Collection()) {
+    Genes->OffsetsUnknownFrom(Index());
+  }
+}
+
+void TQXGAGene::SetPreserveSignBit(bool Value) {
+  if (Value != FPreserveSignBit) {
+    FPreserveSignBit = Value;
+    RecalcMinMax();
+  }
+}
+
+// The two limit rules differ on purpose: a new maximum only ever moves the minimum, and only here is a negative
+// minimum of an unsigned gene raised.
+void TQXGAGene::SetMaxValue(double Value) {
+  RequireNumber(Value, "MaxValue");
+  if (Value == FMaxValue) {
+    return;
+  }
+  FMaxValue = Value;
+  if (FGeneType == gtInteger || FGeneType == gtFloat) {
+    if (FMaxValue - FMinValue < PowerOfTwo(FSize) * 2) {
+      FMinValue = FMaxValue - PowerOfTwo(FSize);
+    }
+  } else if (FGeneType == gtEnumeration) {
+    if (FMaxValue - FMinValue <= Enumerations().Count()) {
+      FMinValue = FMaxValue - Enumerations().Count();
+    }
+  }
+  if (FGeneType != gtBoolean && !FPreserveSignBit && FMinValue < 0) {
+    FMinValue = 0;
+  }
+}
+
+void TQXGAGene::SetMinValue(double Value) {
+  RequireNumber(Value, "MinValue");
+  if (Value == FMinValue) {
+    return;
+  }
+  FMinValue = Value;
+  if (FGeneType == gtInteger || FGeneType == gtFloat) {
+    if (FMaxValue - FMinValue > PowerOfTwo(FSize) - 1 || FMaxValue < FMinValue) {
+      FMaxValue = FMinValue + PowerOfTwo(FSize) - 1;
+    }
+  } else if (FGeneType == gtEnumeration) {
+    FMaxValue = FMinValue + Enumerations().Count() - 1;
+  }
+}
+
+TStrings& TQXGAGene::Enumerations() {
+  if (FEnumerations == nullptr) {
+    FEnumerations = std::make_unique<TStrings>();
+    FEnumerations->OnChange = [this](TStrings&) { EnumerationsChange(); };
+  }
+  return *FEnumerations;
+}
+
+void TQXGAGene::Assign(const TPersistent& Source) {
+  const auto* Gene = dynamic_cast<const TQXGAGene*>(&Source);
+  if (Gene == nullptr) {
+    TCollectionItem::Assign(Source);
+    return;
+  }
+  if (Gene == this) {
+    return;
+  }
+  StoreSize(Gene->FSize);
+  FName = Gene->FName;
+  if (Gene->IsEnumeration() && Gene->FEnumerations != nullptr) {
+    FGeneType = gtUnknown; // the list shall not set the size
+    Enumerations().Assign(*Gene->FEnumerations);
+  } else {
+    FEnumerations.reset();
+  }
+  FGeneType = Gene->FGeneType;
+  FMaxValue = Gene->FMaxValue;
+  FMinValue = Gene->FMinValue;
+  FPreserveSignBit = Gene->FPreserveSignBit;
+  Changed(false);
+}
+
+bool TQXGAGene::GeneAsBoolean(TQXEncodedBits& Bits, int Offset) const {
+  return Bits.GetAsBoolean(Offset, FSize);
+}
+
+std::int32_t TQXGAGene::GeneAsInteger(TQXEncodedBits& Bits, int Offset) const {
+  Bits.SetPreserveSignBit(FPreserveSignBit);
+  return Bits.GetAsInteger(Offset, FSize);
+}
+
+std::int64_t TQXGAGene::GeneAsInt64(TQXEncodedBits& Bits, int Offset) const {
+  Bits.SetPreserveSignBit(FPreserveSignBit);
+  return Bits.GetAsInt64(Offset, FSize);
+}
+
+float TQXGAGene::GeneAsFloat(TQXEncodedBits& Bits, int Offset) const {
+  Bits.SetPreserveSignBit(FPreserveSignBit);
+  return Bits.GetAsFloat(Offset, FSize);
+}
+
+double TQXGAGene::GeneAsDouble(TQXEncodedBits& Bits, int Offset) const {
+  Bits.SetPreserveSignBit(FPreserveSignBit);
+  return Bits.GetAsDouble(Offset, FSize);
+}
+
+const std::string& TQXGAGene::GeneAsEnumeration(TQXEncodedBits& Bits, int Offset) const {
+  const std::int32_t Place = GeneAsInteger(Bits, Offset);
+  if (FEnumerations == nullptr || Place < 0 || Place >= FEnumerations->Count()) {
+    throw EGAException(std::string(SNoEnumerationFound));
+  }
+  return FEnumerations->Strings(Place);
+}
+
+void TQXGAGene::SetGeneAsBoolean(TQXEncodedBits& Bits, int Offset, bool Value) {
+  Bits.SetAsBoolean(Offset, FSize, Value);
+}
+
+void TQXGAGene::SetGeneAsDouble(TQXEncodedBits& Bits, int Offset, double Value) {
+  const double Held = Clamped(Value);
+  Bits.SetPreserveSignBit(FPreserveSignBit);
+  Bits.SetAsDouble(Offset, FSize, Held);
+}
+
+void TQXGAGene::SetGeneAsEnumeration(TQXEncodedBits& Bits, int Offset, std::string_view Value) {
+  const int Place = FEnumerations != nullptr ? FEnumerations->IndexOf(Value) : -1;
+  if (Place < 0) {
+    throw EGAException(FormatText(SValueNotEnumeration, {Value}));
+  }
+  Bits.SetPreserveSignBit(false);
+  Bits.SetAsInteger(Offset, FSize, Place);
+}
+
+void TQXGAGene::SetGeneAsFloat(TQXEncodedBits& Bits, int Offset, float Value) {
+  const float Held = Clamped(Value);
+  Bits.SetPreserveSignBit(FPreserveSignBit);
+  Bits.SetAsFloat(Offset, FSize, Held);
+}
+
+void TQXGAGene::SetGeneAsInt64(TQXEncodedBits& Bits, int Offset, std::int64_t Value) {
+  const std::int64_t Held = Clamped(Value);
+  Bits.SetPreserveSignBit(FPreserveSignBit);
+  Bits.SetAsInt64(Offset, FSize, Held);
+}
+
+void TQXGAGene::SetGeneAsInteger(TQXEncodedBits& Bits, int Offset, std::int32_t Value) {
+  const std::int32_t Held = Clamped(Value);
+  Bits.SetPreserveSignBit(FPreserveSignBit);
+  Bits.SetAsInteger(Offset, FSize, Held);
+}
+
+std::string TQXGAGene::AsString(TQXEncodedBits& Bits) const {
+  switch (FGeneType) {
+  case gtBoolean:
+    return GeneAsBoolean(Bits) ? "True" : "False";
+  case gtInteger:
+    return std::to_string(GeneAsInteger(Bits));
+  case gtFloat:
+    return GeneralText(GeneAsFloat(Bits));
+  case gtEnumeration:
+    return GeneAsEnumeration(Bits);
+  case gtUnknown:
+    break;
+  }
+  return Bits.GetAsBitString(FOffset, FSize);
+}
+
+bool TQXGAGene::AsBoolean(int Index) const { return GeneAsBoolean(Individual(Index).Bits()); }
+
+void TQXGAGene::SetAsBoolean(int Index, bool Value) {
+  TQXGAIndividual& Written = Individual(Index);
+  SetGeneAsBoolean(Written.Bits(), Value);
+  Written.Modified();
+}
+
+std::int32_t TQXGAGene::AsInteger(int Index) const { return GeneAsInteger(Individual(Index).Bits()); }
+
+void TQXGAGene::SetAsInteger(int Index, std::int32_t Value) {
+  TQXGAIndividual& Written = Individual(Index);
+  SetGeneAsInteger(Written.Bits(), Value);
+  Written.Modified();
+}
+
+std::int64_t TQXGAGene::AsInt64(int Index) const { return GeneAsInt64(Individual(Index).Bits()); }
+
+void TQXGAGene::SetAsInt64(int Index, std::int64_t Value) {
+  TQXGAIndividual& Written = Individual(Index);
+  SetGeneAsInt64(Written.Bits(), Value);
+  Written.Modified();
+}
+
+float TQXGAGene::AsFloat(int Index) const { return GeneAsFloat(Individual(Index).Bits()); }
+
+void TQXGAGene::SetAsFloat(int Index, float Value) {
+  TQXGAIndividual& Written = Individual(Index);
+  SetGeneAsFloat(Written.Bits(), Value);
+  Written.Modified();
+}
+
+double TQXGAGene::AsDouble(int Index) const { return GeneAsDouble(Individual(Index).Bits()); }
+
+void TQXGAGene::SetAsDouble(int Index, double Value) {
+  TQXGAIndividual& Written = Individual(Index);
+  SetGeneAsDouble(Written.Bits(), Value);
+  Written.Modified();
+}
+
+const std::string& TQXGAGene::AsEnumeration(int Index) const {
+  return GeneAsEnumeration(Individual(Index).Bits());
+}
+
+void TQXGAGene::SetAsEnumeration(int Index, std::string_view Value) {
+  TQXGAIndividual& Written = Individual(Index);
+  SetGeneAsEnumeration(Written.Bits(), Value);
+  Written.Modified();
+}
+
+std::string TQXGAGene::AsString(int Index) const { return AsString(Individual(Index).Bits()); }
+
+std::string TQXGAGene::GetDisplayName() const {
+  return FName.empty() ? TCollectionItem::GetDisplayName() : FName;
+}
+
+void TQXGAGene::SizeChange() {
+  RecalcMinMax();
+  if (TQXGAGenes* const Genes = Collection()) {
+    Genes->SizeChange(Index());
+  }
+}
+
+// The size follows the number of texts, not the largest index: four texts take three bits.
+void TQXGAGene::EnumerationsChange() {
+  if (FGeneType == gtEnumeration) {
+    SetSize(BitsRequired(static_cast<std::uint32_t>(Enumerations().Count())));
+  }
+}
+
+void TQXGAGene::StoreSize(int Value) {
+  if (TQXGAGenes* const Genes = Collection()) {
+    Genes->CheckGrowth(*this, Value);
+    Genes->OffsetsUnknownFrom(Index() + 1);
+  }
+  FSize = Value;
+}
+
+void TQXGAGene::RecalcMinMax() {
+  const int ValueBits = FPreserveSignBit ? FSize - 1 : FSize;
+  if (FGeneType == gtInteger || FGeneType == gtFloat) {
+    FMinValue = FPreserveSignBit ? -PowerOfTwo(ValueBits) : 0;
+    FMaxValue = PowerOfTwo(ValueBits) - 1;
+  } else if (FGeneType == gtEnumeration) {
+    FMinValue = 0;
+    FMaxValue = Enumerations().Count() - 1;
+  }
+}
+
+void TQXGAGene::RequireNumber(double Value, std::string_view What) const {
+  if (std::isnan(Value)) {
+    throw std::invalid_argument("Gene \"" + DisplayName() + "\": " + std::string(What) +
+                                " must be a number, not NaN");
+  }
+}
+
+template <class T>
+T TQXGAGene::Clamped(T Value) const {
+  const auto Number = static_cast<double>(Value);
+  RequireNumber(Number, "a value");
+  if (Number < FMinValue) {
+    return LimitAs<T>(FMinValue);
+  }
+  return Number > FMaxValue ? LimitAs<T>(FMaxValue) : Value;
+}
+
+TQXGAIndividual& TQXGAGene::Individual(int Index) const {
+  TQXGAGenes* const Genes = Collection();
+  if (Genes == nullptr || Genes->Owner() == nullptr) {
+    throw std::logic_error("Gene \"" + DisplayName() + "\" belongs to no genetic algorithm whose individuals it could read");
+  }
+  return Genes->Owner()->Population()[Index];
+}
+
+} // namespace qx

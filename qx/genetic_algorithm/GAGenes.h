@@ -1,0 +1,45 @@
+#pragma once
+
+#include <qx/genetic_algorithm/GAGene.h>
+#include <qx/platform/Collection.h>
+
+namespace qx {
+
+class TQXCustomGeneticAlgorithm;
+
+/// The genotype: an ordered collection of genes laid end to end in the chromosome. It keeps their offsets
+/// current and tells the component that owns it when it grows.
+class TQXGAGenes : public TTypedCollection<TQXGAGene, TOwnedCollection> {
+public:
+  explicit TQXGAGenes(TPersistent* Owner, TItemClass<TQXGAGene> ItemClass = ItemClassOf<TQXGAGene>());
+
+  /// The owner when it is a genetic algorithm, else nullptr.
+  TQXCustomGeneticAlgorithm* Owner() const { return FAlgorithm; }
+
+  /// Total length of the genes in bits: the end of the last one.
+  int Size() const;
+
+  void Move(int From, int To) override;
+
+  /// Called when the gene at `Index` has a new size: moves the genes behind it, then tells the owner.
+  virtual void SizeChange(int Index);
+
+protected:
+  void Notify(TCollectionItem& Item, TCollectionNotification Action) override;
+  void Update(TCollectionItem* Item) override;
+
+private:
+  friend class TQXGAGene;
+
+  void UpdateOffsets(int Start);
+  // What stands at `Index` and behind it is not known to follow the gene before.
+  void OffsetsUnknownFrom(int Index);
+  // Raises std::length_error when the genotype would become too long with the gene at that size.
+  void CheckGrowth(const TQXGAGene& Gene, int NewSize) const;
+
+  TQXCustomGeneticAlgorithm* FAlgorithm;
+  // Genes known to stand end to end, counted from the first; what lies behind is computed when it is due.
+  int FOffsetsKnown = 0;
+};
+
+} // namespace qx

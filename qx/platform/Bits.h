@@ -1,0 +1,48 @@
+#pragma once
+
+#include <qx/platform/Persistent.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace qx {
+
+/// A resizable vector of bits, kept in 64-bit words: bit i is bit i modulo 64 of word i / 64. The bits of the
+/// last word from `Size` on are always 0.
+class TBits : public TPersistent {
+public:
+  int Size() const { return FSize; }
+  /// Keeps the bits that stay and fills new places with 0. Raises std::out_of_range for a negative size.
+  void SetSize(int Value);
+
+  /// Raises std::out_of_range, as `SetBits`.
+  bool Bits(int Index) const;
+  void SetBits(int Index, bool Value);
+  bool operator[](int Index) const { return Bits(Index); }
+
+  /// How many bits are 1.
+  int CountOnes() const;
+
+  /// The words behind the bits, to be read in one go.
+  std::span<const std::uint64_t> Words() const { return FWords; }
+
+  /// Makes this an exact copy of another bit vector, size and bits.
+  virtual void Assign(const TBits& Source);
+  void Assign(const TPersistent& Source) override;
+
+protected:
+  /// The same words, to be written; who writes keeps the bits from `Size` on at 0.
+  std::span<std::uint64_t> MutableWords() { return FWords; }
+  /// Sets the bits of the last word from `Size` on to 0.
+  void ClearSpareBits();
+
+private:
+  void CheckIndex(int Index) const;
+
+  std::vector<std::uint64_t> FWords;
+  int FSize = 0;
+};
+
+} // namespace qx

@@ -1,0 +1,178 @@
+#include <qx/platform/Collection.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+namespace qx {
+
+namespace {
+
+[[noreturn]] void RaiseIndexError(const TPersistent& Collection, int Index, int Count) {
+  throw std::out_of_range("Index " + std::to_string(Index) + " is outside the " + Collection.ClassName() +
+                          " of " + std::to_string(Count) + " items");
+}
+
+} // namespace
+
+TOwnedCollection::~TOwnedCollection() {
+  // Nobody hears of items that die with their collection: derived parts of it are gone already.
+  while (!FItems.empty()) {
+    FItems.pop_back();
+  }
+}
+
+TCollectionItem* TOwnedCollection::FindItemID(int ID) const {
+  const auto Found =
+      std::find_if(FItems.begin(), FItems.end(), [ID](const auto& Item) { return Item->FID == ID; });
+  return Found == FItems.end() ? nullptr : Found->get();
+}
+
+TCollectionItem& TOwnedCollection::Insert(int Index) {
+  CheckInsertIndex(Index);
+  return Insert(Index, FItemClass.Make());
+}
+
+TCollectionItem& TOwnedCollection::Insert(int Index, std::unique_ptr<TCollectionItem> Item) {
+  CheckInsertIndex(Index);
+  if (!Item) {
+    throw std::invalid_argument("No item to insert into the " + ClassName());
+  }
+  if (!Accepts(*Item)) {
+    throw std::invalid_argument("A " + ClassName() + " does not hold items of class " + Item->ClassName());
+  }
+  TCollectionItem& Inserted = *Item;
+  FItems.insert(FItems.begin() + Index, std::move(Item));
+  Renumber(static_cast<std::size_t>(Index), FItems.size());
+  Inserted.FCollection = this;
+  Inserted.FID = FNextID++;
+  Inserted.CollectionChanged(this);
+  Notify(Inserted, cnAdded);
+  Changed();
+  return Inserted;
+}
+
+std::unique_ptr<TCollectionItem> TOwnedCollection::Extract(TCollectionItem& Item) {
+  if (Item.FCollection != this) {
+    throw std::invalid_argument("The item to extract is not in this " + ClassName());
+  }
+  std::unique_ptr<TCollectionItem> Extracted = Remove(Item, cnExtracted);
+  Changed();
+  return Extracted;
+}
+
+void TOwnedCollection::Delete(int Index) {
+  // The item lives until the list is whole again and its update has been sent.
+  const std::unique_ptr<TCollectionItem> Deleted = Remove(*FItems[CheckedIndex(Index)], cnDeleted);
+  Changed();
+}
+
+void TOwnedCollection::Clear() {
+  if (FItems.empty()) {
+    return;
+  }
+  TUpdateScope Update(*this);
+  while (!FItems.empty()) {
+    Remove(*FItems.back(), cnDeleted);
+  }
+  Update.End();
+}
+
+void TOwnedCollection::Move(int From, int To) {
+  const auto First = FItems.begin() + static_cast<std::ptrdiff_t>(CheckedIndex(From));
+  const auto Target = FItems.begin() + static_cast<std::ptrdiff_t>(CheckedIndex(To));
+  if (First == Target) {
+    return;
+  }
+  if (First < Target) {
+    std::rotate(First, First + 1, Target + 1);
+  } else {
+    std::rotate(Target, First, First + 1);
+  }
+  Renumber(static_cast<std::size_t>(std::min(From, To)), static_cast<std::size_t>(std::max(From, To)) + 1);
+  Changed();
+}
+
+void TOwnedCollection::Assign(const TPersistent& Source) {
+  if (&Source == this) {
+    return;
+  }
+  const auto* List = dynamic_cast<const TOwnedCollection*>(&Source);
+  if (List == nullptr) {
+    TPersistent::Assign(Source);
+    return;
+  }
+  TUpdateScope Update(*this);
+  Clear();
+  FItems.reserve(List->FItems.size());
+  for (const auto& Item : List->FItems) {
+    Add().Assign(*Item);
+  }
+  Update.End();
+}
+
+void TOwnedCollection::EndUpdate() {
+  if (FUpdateCount == 0) {
+    throw std::logic_error("EndUpdate of a " + ClassName() + " without BeginUpdate");
+  }
+  --FUpdateCount;
+  Changed();
+}
+
+bool TOwnedCollection::Accepts(const TCollectionItem& /*Item*/) const { return true; }
+
+void TOwnedCollection::Notify(TCollectionItem& /*Item*/, TCollectionNotification /*Action*/) {}
+
+void TOwnedCollection::Update(TCollectionItem* /*Item*/) {}
+
+void TOwnedCollection::Changed() {
+  if (FUpdateCount == 0) {
+    Update(nullptr);
+  }
+}
+
+std::size_t TOwnedCollection::CheckedIndex(int Index) const {
+  const auto Place = static_cast<std::size_t>(Index);
+  if (Place >= FItems.size()) { // a negative index is a huge one here
+    RaiseIndexError(*this, Index, Count());
+  }
+  return Place;
+}
+
+void TOwnedCollection::CheckInsertIndex(int Index) const {
+  if (Index < 0 || Index > Count()) {
+    RaiseIndexError(*this, Index, Count());
+  }
+}
+
+void TOwnedCollection::Renumber(std::size_t From, std::size_t To) {
+  for (std::size_t I = From; I < To; ++I) {
+    FItems[I]->FIndex = static_cast<int>(I);
+  }
+}
+
+std::unique_ptr<TCollectionItem> TOwnedCollection::Remove(TCollectionItem& Item,
+                                                          TCollectionNotification Action) {
+  Notify(Item, Action);
+  if (Item.FCollection != this) { // the receiver may have taken it out itself
+    return nullptr;
+  }
+  const auto Place = FItems.begin() + Item.FIndex;
+  std::unique_ptr<TCollectionItem> Removed = std::move(*Place);
+  FItems.erase(Place);
+  Renumber(static_cast<std::size_t>(Item.FIndex), FItems.size());
+  Item.FCollection = nullptr;
+  Item.FID = -1;
+  Item.FIndex = -1;
+  Item.CollectionChanged(nullptr);
+  return Removed;
+}
+
+void TOwnedCollection::ItemChanged(TCollectionItem& Item) {
+  if (FUpdateCount == 0) {
+    Update(&Item);
+  }
+}
+
+} // namespace qx

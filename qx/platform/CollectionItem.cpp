@@ -1,0 +1,41 @@
+#include <qx/platform/CollectionItem.h>
+
+#include <qx/platform/Collection.h>
+
+#include <stdexcept>
+
+namespace qx {
+
+void TCollectionItem::SetCollection(TOwnedCollection& Value) {
+  if (&Value == FCollection) {
+    return;
+  }
+  if (FCollection == nullptr) {
+    throw std::logic_error("The " + ClassName() + " is in no collection: hand it over with Insert");
+  }
+  Value.Insert(Value.Count(), FCollection->Extract(*this));
+}
+
+void TCollectionItem::SetIndex(int Value) {
+  if (FCollection == nullptr) {
+    throw std::logic_error("The " + ClassName() + " is in no collection and has no index to set");
+  }
+  FCollection->Move(FIndex, Value);
+}
+
+std::string TCollectionItem::GetDisplayName() const { return ClassName(); }
+
+void TCollectionItem::Changed(bool AllItems) {
+  if (FCollection == nullptr) {
+    return;
+  }
+  if (AllItems) {
+    FCollection->Changed();
+  } else {
+    FCollection->ItemChanged(*this);
+  }
+}
+
+void TCollectionItem::CollectionChanged(TOwnedCollection* /*Value*/) {}
+
+} // namespace qx

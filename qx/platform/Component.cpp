@@ -1,0 +1,80 @@
+#include <qx/platform/Component.h>
+
+#include <qx/platform/Text.h>
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace qx {
+
+TComponent::TComponent(TComponent* Owner) : FOwner(Owner) {
+  if (FOwner != nullptr) {
+    FOwner->FComponents.push_back(this);
+  }
+}
+
+TComponent::~TComponent() {
+  for (TComponent* Component : FComponents) {
+    Component->FOwner = nullptr;
+  }
+  if (FOwner != nullptr) {
+    std::erase(FOwner->FComponents, this);
+  }
+}
+
+void TComponent::SetName(std::string_view Value) {
+  if (FOwner != nullptr) {
+    FOwner->RequireFreeName(Value, this);
+  }
+  FName = Value;
+}
+
+TComponent& TComponent::Components(int Index) const {
+  if (Index < 0 || Index >= ComponentCount()) {
+    throw std::out_of_range("Component index " + std::to_string(Index) + " is not below the count of " +
+                            std::to_string(ComponentCount()));
+  }
+  return *FComponents[static_cast<std::size_t>(Index)];
+}
+
+TComponent* TComponent::FindComponent(std::string_view Name) const {
+  const auto Found = std::find_if(FComponents.begin(), FComponents.end(), [&](const TComponent* Component) {
+    return SameText(Component->FName, Name);
+  });
+  return Found == FComponents.end() ? nullptr : *Found;
+}
+
+TComponent& TComponent::Adopt(std::unique_ptr<TComponent> Component) {
+  if (!Component) {
+    throw std::invalid_argument("No component to adopt");
+  }
+  for (const TComponent* Ancestor = this; Ancestor != nullptr; Ancestor = Ancestor->FOwner) {
+    if (Ancestor == Component.get()) {
+      throw std::invalid_argument("Component \"" + Ancestor->FName + "\" cannot be owned by itself");
+    }
+  }
+  RequireFreeName(Component->FName, Component.get());
+  TComponent& Adopted = *Component;
+  FAdopted.push_back(std::move(Component));
+  if (Adopted.FOwner != this) {
+    FComponents.push_back(&Adopted);
+    if (Adopted.FOwner != nullptr) {
+      std::erase(Adopted.FOwner->FComponents, &Adopted);
+    }
+    Adopted.FOwner = this;
+  }
+  return Adopted;
+}
+
+void TComponent::RequireFreeName(std::string_view Name, const TComponent* Except) const {
+  if (Name.empty()) {
+    return;
+  }
+  for (const TComponent* Component : FComponents) {
+    if (Component != Except && SameText(Component->FName, Name)) {
+      throw std::invalid_argument("A component named \"" + std::string(Name) + "\" already exists");
+    }
+  }
+}
+
+} // namespace qx

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+
+namespace qx {
+
+/// Base of everything that can be copied by content.
+///
+/// An object keeps its identity: copy construction is deleted, and `Assign` copies content into an object
+/// that exists. A class that knows how to read a source overrides `Assign`; a class that knows how to write
+/// itself into a foreign destination overrides `AssignTo`.
+class TPersistent {
+public:
+  TPersistent() = default;
+  TPersistent(const TPersistent&) = delete;
+  TPersistent& operator=(const TPersistent&) = delete;
+  virtual ~TPersistent() = default;
+
+  /// Copies the content of `Source` into this object.
+  /// Raises std::invalid_argument, which names both classes, when no rule for the pair exists.
+  virtual void Assign(const TPersistent& Source);
+
+  /// Name of the object's run-time class, without namespaces.
+  std::string ClassName() const;
+
+protected:
+  /// Copies this object into `Dest`, a class that does not know this one. The base always raises.
+  virtual void AssignTo(TPersistent& Dest) const;
+};
+
+} // namespace qx
