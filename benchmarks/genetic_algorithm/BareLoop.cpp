@@ -54,36 +54,51 @@ struct TBareKernels {
   }
 
 #if defined(__x86_64__)
+  using TVector = std::uint64_t __attribute__((vector_size(64)));
+
+  [[gnu::always_inline]] static void Step(TVector (&W)[4], TVector& Draw) {
+    Draw = W[0] + W[3];
+    const TVector Shifted = W[1] << 17;
+    W[2] ^= W[0];
+    W[3] ^= W[1];
+    W[1] ^= W[2];
+    W[0] ^= W[3];
+    W[2] ^= Shifted;
+    W[3] = W[3] << 45 | W[3] >> 19;
+  }
+
+  __attribute__((target("avx512f"))) static void FillAvx512(TLanes& Lanes, std::uint64_t* Draws,
+                                                            std::size_t Steps) {
+    TVector W[4];
+    std::memcpy(W, Lanes.Words, sizeof W);
+    for (std::size_t S = 0; S < Steps; ++S) {
+      TVector Draw;
+      Step(W, Draw);
+      std::memcpy(Draws + 8 * S, &Draw, sizeof Draw);
+    }
+    std::memcpy(Lanes.Words, W, sizeof W);
+  }
+
   __attribute__((target("avx512f,popcnt"))) static void
   MutateAvx512(TLanes& Lanes, std::uint64_t Threshold, std::uint64_t* Words, std::size_t Bits, double& Ones) {
     const __m512i Limit = _mm512_set1_epi64(static_cast<long long>(Threshold));
-    __m512i W0 = _mm512_load_si512(Lanes.Words[0]);
-    __m512i W1 = _mm512_load_si512(Lanes.Words[1]);
-    __m512i W2 = _mm512_load_si512(Lanes.Words[2]);
-    __m512i W3 = _mm512_load_si512(Lanes.Words[3]);
+    TVector W[4];
+    std::memcpy(W, Lanes.Words, sizeof W);
     int Count = 0;
     for (std::size_t First = 0; First < Bits; First += 64) {
       std::uint64_t Flips = 0;
       const std::size_t Wanted = Bits - First < 64 ? Bits - First : 64;
 #pragma GCC unroll 8
       for (std::size_t B = 0; B < Wanted; B += 8) {
-        const __m512i Draw = _mm512_add_epi64(W0, W3);
-        const __m512i Shifted = _mm512_slli_epi64(W1, 17);
-        W2 = _mm512_xor_si512(W2, W0);
-        W3 = _mm512_xor_si512(W3, W1);
-        W1 = _mm512_xor_si512(W1, W2);
-        W0 = _mm512_xor_si512(W0, W3);
-        W2 = _mm512_xor_si512(W2, Shifted);
-        W3 = _mm512_rol_epi64(W3, 45);
-        Flips |= static_cast<std::uint64_t>(_mm512_cmplt_epu64_mask(Draw, Limit)) << B;
+        TVector Draw;
+        Step(W, Draw);
+        const __mmask8 Below = _mm512_cmplt_epu64_mask(reinterpret_cast<__m512i>(Draw), Limit);
+        Flips |= static_cast<std::uint64_t>(Below) << B;
       }
       Words[First / 64] ^= Wanted == 64 ? Flips : Flips & ((std::uint64_t{1} << Wanted) - 1);
       Count += std::popcount(Words[First / 64]);
     }
-    _mm512_store_si512(Lanes.Words[0], W0);
-    _mm512_store_si512(Lanes.Words[1], W1);
-    _mm512_store_si512(Lanes.Words[2], W2);
-    _mm512_store_si512(Lanes.Words[3], W3);
+    std::memcpy(Lanes.Words, W, sizeof W);
     Ones = Count;
   }
 #endif
@@ -96,6 +111,7 @@ TBareLoop::TBareLoop(std::size_t Individuals, std::size_t Bits)
 #if defined(__x86_64__)
   if (__builtin_cpu_supports("avx512f")) {
     FMutate = TBareKernels::MutateAvx512;
+    FFill = TBareKernels::FillAvx512;
   }
 #endif
   std::mt19937_64 Seeds(1);

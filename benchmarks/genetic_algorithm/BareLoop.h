@@ -37,7 +37,7 @@ private:
   std::vector<double> FFitness;
   std::vector<double> FChildFitness;
   TLanes FLanes;
-  std::uint64_t FBlock[256];
+  alignas(64) std::uint64_t FBlock[256];
   std::size_t FNext = 256;
   void (*FMutate)(TLanes&, std::uint64_t Threshold, std::uint64_t* Words, std::size_t Bits, double& Ones);
   void (*FFill)(TLanes&, std::uint64_t* Draws, std::size_t Steps);

@@ -133,7 +133,7 @@ void TQXCustomGeneticComponent::Assign(const TPersistent& Source) {
   if (&Source == this) {
     return;
   }
-  const auto* Component = dynamic_cast<const TQXCustomGeneticComponent*>(&Source);
+  const auto* Component = SourceAs<TQXCustomGeneticComponent>(Source);
   if (Component == nullptr) {
     TComponent::Assign(Source);
     return;

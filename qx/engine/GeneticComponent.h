@@ -3,6 +3,7 @@
 #include <qx/engine/FitnessStatistics.h>
 #include <qx/engine/GeneticEvents.h>
 #include <qx/engine/Population.h>
+#include <qx/foundation/FitnessOrder.h>
 #include <qx/foundation/FloatPriorityQueue.h>
 #include <qx/foundation/QXGAConsts.h>
 #include <qx/platform/Component.h>
@@ -136,7 +137,12 @@ public:
   virtual TGAFitness EvaluateFitness(TQXIndividual& Item, bool Weighted);
   /// -1 when the first is better, +1 when the second is, else 0; by raw fitness when that is asked for, else
   /// by the fitness that the method uses.
-  int CompareFitness(TQXIndividual& Parent1, TQXIndividual& Parent2, bool UsePureFitness);
+  int CompareFitness(TQXIndividual& Parent1, TQXIndividual& Parent2, bool UsePureFitness) {
+    const bool Weighted = !UsePureFitness && UsesWeightedFitness();
+    const TGAFitness First = Weighted ? Parent1.WeightedFitness() : Parent1.Fitness();
+    const TGAFitness Second = Weighted ? Parent2.WeightedFitness() : Parent2.Fitness();
+    return CompareFitnesses(First, Second, Maximizing());
+  }
   /// The better of two; the first one when neither is.
   virtual TQXIndividual& Fittest(TQXIndividual& Parent1, TQXIndividual& Parent2, bool UsePureFitness);
   TGAFitness GetAdjustedFitness(TGAFitness Value) const;
@@ -279,10 +285,8 @@ protected:
   virtual void DoSelectionPreparation();
 
 private:
-  bool Maximizing() const { return FFitnessMethod == fmMaximize || FFitnessMethod == fmWeightedMaximize; }
-  bool UsesWeightedFitness() const {
-    return FFitnessMethod == fmWeightedMinimize || FFitnessMethod == fmWeightedMaximize;
-  }
+  bool Maximizing() const { return (FFitnessMethod & 1) != 0; }
+  bool UsesWeightedFitness() const { return FFitnessMethod >= fmWeightedMinimize; }
   bool AllFitnessesEqual() const;
   void FitnessHandlerChanged(bool WasAssigned);
   void SelectionHandlerChanged(bool WasAssigned);

@@ -1,7 +1,6 @@
 // The genetic component's fitness: evaluation, statistics and what is derived from them.
 
 #include <qx/engine/GeneticComponent.h>
-#include <qx/foundation/FitnessOrder.h>
 
 #include <limits>
 
@@ -67,18 +66,6 @@ void TQXCustomGeneticComponent::DoCalculateWeightedFitnessStatistics() {
     Statistics.Add(Individual.WeightedFitness());
   }
   FWeightedFitnesses = Statistics;
-}
-
-int TQXCustomGeneticComponent::CompareFitness(TQXIndividual& Parent1, TQXIndividual& Parent2,
-                                              bool UsePureFitness) {
-  if (UsePureFitness || !UsesWeightedFitness()) {
-    const TGAFitness First = Parent1.Fitness();
-    const TGAFitness Second = Parent2.Fitness();
-    return CompareFitnesses(First, Second, Maximizing());
-  }
-  const TGAFitness First = Parent1.WeightedFitness();
-  const TGAFitness Second = Parent2.WeightedFitness();
-  return CompareFitnesses(First, Second, Maximizing());
 }
 
 TQXIndividual& TQXCustomGeneticComponent::Fittest(TQXIndividual& Parent1, TQXIndividual& Parent2,

@@ -8,14 +8,19 @@
 namespace qx {
 
 void TQXIndividual::Assign(const TPersistent& Source) {
-  const auto* Individual = dynamic_cast<const TQXIndividual*>(&Source);
-  if (Individual == nullptr) {
+  if (const auto* Individual = SourceAs<TQXIndividual>(Source)) {
+    AssignIndividual(*Individual);
+  } else {
     TCollectionItem::Assign(Source);
-    return;
   }
-  FFitness = Individual->Fitness();
-  FNeedFitness = Individual->FNeedFitness;
-  FName = Individual->FName;
+}
+
+void TQXIndividual::AssignIndividual(const TQXIndividual& Source) {
+  FFitness = Source.Fitness();
+  FNeedFitness = Source.FNeedFitness;
+  if (!FName.empty() || !Source.FName.empty()) {
+    FName = Source.FName;
+  }
   Changed(false);
 }
 

@@ -58,6 +58,8 @@ public:
   void Modified();
 
 protected:
+  /// What `Assign` does with an individual of whatever class.
+  void AssignIndividual(const TQXIndividual& Source);
   /// The name, or the class name when it is empty.
   std::string GetDisplayName() const override;
   void CollectionChanged(TOwnedCollection* Value) override;

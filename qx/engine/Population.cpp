@@ -8,7 +8,7 @@ TQXPopulation::TQXPopulation(TPersistent* Owner, TItemClass<TQXIndividual> ItemC
     : TTypedCollection(Owner, ItemClass), FComponent(dynamic_cast<TQXCustomGeneticComponent*>(Owner)) {}
 
 void TQXPopulation::Assign(const TPersistent& Source) {
-  if (const auto* Population = dynamic_cast<const TQXPopulation*>(&Source)) {
+  if (const auto* Population = SourceAs<TQXPopulation>(Source)) {
     for (const TQXIndividual& Individual : *Population) {
       static_cast<void>(Individual.Fitness());
     }

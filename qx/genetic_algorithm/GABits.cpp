@@ -19,7 +19,7 @@ constexpr std::uint64_t AllOnes = ~std::uint64_t{0};
 // Calls `Visit(word index, mask of the bits that are meant)` for the bits from `First` up to `End`, excluded.
 // Whole words come with a constant mask, so that a loop over them needs none.
 template <class TVisit>
-void VisitBits(int First, int End, TVisit Visit) {
+[[gnu::always_inline]] inline void VisitBits(int First, int End, TVisit Visit) {
   if (First >= End) {
     return;
   }
@@ -53,15 +53,17 @@ TQXGABits& TQXGABits::CrossOver(const TQXGABits& Source1, const TQXGABits& Sourc
 
 TQXGABits& TQXGABits::CrossOver(const TQXGABits& Source1, const TQXGABits& Source2, int CrossBit) {
   const auto Target = MutableWords();
-  const auto Copy = [&Target](const TQXGABits& Source, int First, int End) {
-    VisitBits(First, End, [&](std::size_t Word, std::uint64_t Mask) {
-      Target[Word] = (Target[Word] & ~Mask) | (Source.Words()[Word] & Mask);
-    });
-  };
+  const auto Words1 = Source1.Words();
+  const auto Words2 = Source2.Words();
   const int FromFirst = std::min(Source1.Size(), Size());
   const int Cut = CrossBit < FromFirst ? std::max(CrossBit + 1, 0) : FromFirst;
-  Copy(Source1, 0, Cut);
-  Copy(Source2, Cut, std::min(Source2.Size(), Size()));
+  const int End = std::min(Source2.Size(), Size());
+  VisitBits(0, Cut, [&](std::size_t Word, std::uint64_t Mask) {
+    Target[Word] = (Target[Word] & ~Mask) | (Words1[Word] & Mask);
+  });
+  VisitBits(Cut, End, [&](std::size_t Word, std::uint64_t Mask) {
+    Target[Word] = (Target[Word] & ~Mask) | (Words2[Word] & Mask);
+  });
   Changed();
   return *this;
 }
@@ -85,18 +87,16 @@ void TQXGABits::Invert(int Offset, int Len) {
 }
 
 bool TQXGABits::Mutate(double MutationProbability) {
-  constexpr std::size_t ChunkWords = 16;
-  const auto Target = MutableWords();
+  constexpr std::size_t ChunkWords = 32;
+  std::uint64_t Flips[ChunkWords];
   std::uint64_t Any = 0;
   auto Left = static_cast<std::size_t>(Size());
-  for (std::size_t First = 0; First < Target.size(); First += ChunkWords) {
-    std::array<std::uint64_t, ChunkWords> Flips;
+  for (std::uint64_t* Word = MutableWords().data(); Left > 0;) {
     const std::size_t Count = std::min(Left, ChunkWords * WordBits);
     RandomBelow(MutationProbability, Flips, Count);
-    const std::size_t Words = (Count + WordBits - 1) / WordBits;
-    for (std::size_t W = 0; W < Words; ++W) {
-      Target[First + W] ^= Flips[W];
-      Any |= Flips[W];
+    for (std::size_t Bit = 0; Bit < Count; Bit += WordBits) {
+      *Word++ ^= Flips[Bit / WordBits];
+      Any |= Flips[Bit / WordBits];
     }
     Left -= Count;
   }

@@ -132,7 +132,7 @@ TStrings& TQXGAGene::Enumerations() {
 }
 
 void TQXGAGene::Assign(const TPersistent& Source) {
-  const auto* Gene = dynamic_cast<const TQXGAGene*>(&Source);
+  const auto* Gene = SourceAs<TQXGAGene>(Source);
   if (Gene == nullptr) {
     TCollectionItem::Assign(Source);
     return;

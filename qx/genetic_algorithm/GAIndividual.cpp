@@ -16,10 +16,12 @@ TQXGAPopulation* TQXGAIndividual::Collection() const {
 void TQXGAIndividual::SetCollection(TQXGAPopulation& Value) { TQXIndividual::SetCollection(Value); }
 
 void TQXGAIndividual::Assign(const TPersistent& Source) {
-  if (const auto* Individual = dynamic_cast<const TQXGAIndividual*>(&Source)) {
+  if (const auto* Individual = SourceAs<TQXGAIndividual>(Source)) {
     Bits().Assign(Individual->Bits());
+    AssignIndividual(*Individual);
+  } else {
+    TQXIndividual::Assign(Source);
   }
-  TQXIndividual::Assign(Source);
 }
 
 std::string TQXGAIndividual::ToString() const { return ClassName() + ' ' + Bits().ToString(); }

@@ -38,7 +38,7 @@ void TQXCustomGeneticAlgorithm::SetCrossoverMethod(TGACrossoverMethod Value) {
 }
 
 void TQXCustomGeneticAlgorithm::Assign(const TPersistent& Source) {
-  const auto* Algorithm = dynamic_cast<const TQXCustomGeneticAlgorithm*>(&Source);
+  const auto* Algorithm = SourceAs<TQXCustomGeneticAlgorithm>(Source);
   if (Algorithm != nullptr && Algorithm != this) {
     FGeneSize = Algorithm->FGeneSize;
     FCrossoverMethod = Algorithm->FCrossoverMethod;

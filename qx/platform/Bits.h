@@ -4,8 +4,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
-#include <vector>
 
 namespace qx {
 
@@ -26,7 +26,7 @@ public:
   int CountOnes() const;
 
   /// The words behind the bits, to be read in one go.
-  std::span<const std::uint64_t> Words() const { return FWords; }
+  std::span<const std::uint64_t> Words() const { return {Data(), WordCount()}; }
 
   /// Makes this an exact copy of another bit vector, size and bits.
   virtual void Assign(const TBits& Source);
@@ -34,14 +34,24 @@ public:
 
 protected:
   /// The same words, to be written; who writes keeps the bits from `Size` on at 0.
-  std::span<std::uint64_t> MutableWords() { return FWords; }
+  std::span<std::uint64_t> MutableWords() { return {Data(), WordCount()}; }
   /// Sets the bits of the last word from `Size` on to 0.
   void ClearSpareBits();
 
 private:
-  void CheckIndex(int Index) const;
+  static constexpr std::size_t InlineWords = 1;
 
-  std::vector<std::uint64_t> FWords;
+  void CheckIndex(int Index) const;
+  std::size_t WordCount() const { return (static_cast<std::size_t>(FSize) + 63) / 64; }
+  const std::uint64_t* Data() const { return FHeap != nullptr ? FHeap.get() : FInline; }
+  std::uint64_t* Data() { return FHeap != nullptr ? FHeap.get() : FInline; }
+  // Makes room for so many words. What the words held is lost unless it is kept.
+  void Reserve(std::size_t Words, bool Keep);
+
+  // Short vectors need no memory of their own beside the object.
+  std::uint64_t FInline[InlineWords] = {};
+  std::unique_ptr<std::uint64_t[]> FHeap;
+  std::size_t FCapacity = InlineWords;
   int FSize = 0;
 };
 

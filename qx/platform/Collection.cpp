@@ -7,15 +7,6 @@
 
 namespace qx {
 
-namespace {
-
-[[noreturn]] void RaiseIndexError(const TPersistent& Collection, int Index, int Count) {
-  throw std::out_of_range("Index " + std::to_string(Index) + " is outside the " + Collection.ClassName() +
-                          " of " + std::to_string(Count) + " items");
-}
-
-} // namespace
-
 TOwnedCollection::~TOwnedCollection() {
   // Nobody hears of items that die with their collection: derived parts of it are gone already.
   while (!FItems.empty()) {
@@ -98,7 +89,7 @@ void TOwnedCollection::Assign(const TPersistent& Source) {
   if (&Source == this) {
     return;
   }
-  const auto* List = dynamic_cast<const TOwnedCollection*>(&Source);
+  const auto* List = SourceAs<TOwnedCollection>(Source);
   if (List == nullptr) {
     TPersistent::Assign(Source);
     return;
@@ -132,17 +123,14 @@ void TOwnedCollection::Changed() {
   }
 }
 
-std::size_t TOwnedCollection::CheckedIndex(int Index) const {
-  const auto Place = static_cast<std::size_t>(Index);
-  if (Place >= FItems.size()) { // a negative index is a huge one here
-    RaiseIndexError(*this, Index, Count());
-  }
-  return Place;
+void TOwnedCollection::RaiseIndexError(int Index) const {
+  throw std::out_of_range("Index " + std::to_string(Index) + " is outside the " + ClassName() + " of " +
+                          std::to_string(Count()) + " items");
 }
 
 void TOwnedCollection::CheckInsertIndex(int Index) const {
   if (Index < 0 || Index > Count()) {
-    RaiseIndexError(*this, Index, Count());
+    RaiseIndexError(Index);
   }
 }
 
@@ -167,12 +155,6 @@ std::unique_ptr<TCollectionItem> TOwnedCollection::Remove(TCollectionItem& Item,
   Item.FIndex = -1;
   Item.CollectionChanged(nullptr);
   return Removed;
-}
-
-void TOwnedCollection::ItemChanged(TCollectionItem& Item) {
-  if (FUpdateCount == 0) {
-    Update(&Item);
-  }
 }
 
 } // namespace qx

@@ -111,11 +111,22 @@ protected:
 private:
   friend class TCollectionItem;
 
-  std::size_t CheckedIndex(int Index) const;
+  std::size_t CheckedIndex(int Index) const {
+    const auto Place = static_cast<std::size_t>(Index);
+    if (Place >= FItems.size()) [[unlikely]] { // a negative index is a huge one here
+      RaiseIndexError(Index);
+    }
+    return Place;
+  }
+  [[noreturn]] void RaiseIndexError(int Index) const;
   void CheckInsertIndex(int Index) const;
   void Renumber(std::size_t From, std::size_t To);
   std::unique_ptr<TCollectionItem> Remove(TCollectionItem& Item, TCollectionNotification Action);
-  void ItemChanged(TCollectionItem& Item);
+  void ItemChanged(TCollectionItem& Item) {
+    if (FUpdateCount == 0) {
+      Update(&Item);
+    }
+  }
 
   TPersistent* FOwner;
   TItemClass<TCollectionItem> FItemClass;

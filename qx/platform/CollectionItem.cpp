@@ -1,6 +1,5 @@
-#include <qx/platform/CollectionItem.h>
-
 #include <qx/platform/Collection.h>
+#include <qx/platform/CollectionItem.h>
 
 #include <stdexcept>
 

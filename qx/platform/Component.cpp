@@ -1,5 +1,4 @@
 #include <qx/platform/Component.h>
-
 #include <qx/platform/Text.h>
 
 #include <algorithm>

@@ -92,8 +92,8 @@ private:
     TCall(const TCall&) = delete;
     TCall& operator=(const TCall&) = delete;
     ~TCall() {
-      if (--FEvent.FCalls == 0 && !FEvent.FRetired.empty()) {
-        const auto Done = std::exchange(FEvent.FRetired, {});
+      if (--FEvent.FCalls == 0 && FEvent.FRetired != nullptr) [[unlikely]] {
+        const auto Done = std::move(FEvent.FRetired);
       }
     }
 
@@ -122,13 +122,16 @@ private:
 
   void Replace(THandlerPointer Handler) {
     if (FCalls > 0 && FHandler != nullptr) {
-      FRetired.push_back(FHandler);
+      if (FRetired == nullptr) {
+        FRetired = std::make_unique<std::vector<THandlerPointer>>();
+      }
+      FRetired->push_back(FHandler);
     }
     FHandler = std::move(Handler);
   }
 
   THandlerPointer FHandler;
-  mutable std::vector<THandlerPointer> FRetired;
+  mutable std::unique_ptr<std::vector<THandlerPointer>> FRetired;
   mutable int FCalls = 0;
 };
 

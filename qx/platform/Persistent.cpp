@@ -1,6 +1,5 @@
-#include <qx/platform/Persistent.h>
-
 #include <qx/platform/ClassName.h>
+#include <qx/platform/Persistent.h>
 
 #include <stdexcept>
 #include <typeinfo>

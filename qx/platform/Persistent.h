@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <typeinfo>
 
 namespace qx {
 
@@ -24,6 +25,16 @@ public:
   std::string ClassName() const;
 
 protected:
+  /// `Source` as a `T`, a class of this object, or nullptr when it is none. Costs one comparison when both
+  /// objects are of one class, as they usually are.
+  template <class T>
+  const T* SourceAs(const TPersistent& Source) const {
+    if (typeid(Source) == typeid(*this)) {
+      return static_cast<const T*>(&Source);
+    }
+    return dynamic_cast<const T*>(&Source);
+  }
+
   /// Copies this object into `Dest`, a class that does not know this one. The base always raises.
   virtual void AssignTo(TPersistent& Dest) const;
 };

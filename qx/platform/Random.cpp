@@ -1,9 +1,7 @@
 #include <qx/platform/Random.h>
-
 #include <qx/platform/RandomKernels.h>
 
 #include <algorithm>
-#include <cmath>
 #include <istream>
 #include <ostream>
 #include <stdexcept>
@@ -23,8 +21,10 @@ constexpr std::size_t BlockSize = 256;
 // A vector kernel may read up to seven draws past the last one that counts.
 constexpr std::size_t BlockPadding = 8;
 
-TRandomLanes SeededLanes(std::uint64_t Seed) {
-  TRandomLanes Lanes;
+constexpr std::uint64_t LowBits(std::size_t Count) { return Count >= 64 ? ~0ULL : (1ULL << Count) - 1; }
+
+constexpr TRandomLanes SeededLanes(std::uint64_t Seed) {
+  TRandomLanes Lanes{};
   for (auto& Words : Lanes.Words) {
     for (std::uint64_t& Word : Words) { // splitmix64 (Steele, Lea and Flood 2014)
       Seed += 0x9e3779b97f4a7c15;
@@ -36,110 +36,59 @@ TRandomLanes SeededLanes(std::uint64_t Seed) {
   return Lanes;
 }
 
-// Sets `Count` bits of `Words`, which are 0, from bit `Offset` on.
-void PutBits(std::span<std::uint64_t> Words, std::size_t Offset, std::uint64_t Bits, std::size_t Count) {
+// Takes back one step of all lanes.
+void StepBack(TRandomLanes& Lanes) {
+  auto& Words = Lanes.Words;
+  for (std::size_t L = 0; L < LaneCount; ++L) {
+    const std::uint64_t Mixed3 = Words[3][L] >> 45 | Words[3][L] << 19;
+    const std::uint64_t Word0 = Words[0][L] ^ Mixed3;
+    // What is left of word 1 is x ^ x << 17.
+    const std::uint64_t Folded = Words[1][L] ^ Words[2][L];
+    const std::uint64_t Word1 = Folded ^ Folded << 17 ^ Folded << 34 ^ Folded << 51;
+    Words[2][L] = Words[1][L] ^ Word1 ^ Word0;
+    Words[3][L] = Mixed3 ^ Word1;
+    Words[1][L] = Word1;
+    Words[0][L] = Word0;
+  }
+}
+
+// Appends `Count` bits to those that stand below bit `Offset`.
+void AppendBits(std::uint64_t* Words, std::size_t Offset, std::uint64_t Bits, std::size_t Count) {
   const std::size_t Shift = Offset % 64;
-  Words[Offset / 64] |= Bits << Shift;
+  std::uint64_t* const Word = Words + Offset / 64;
+  if (Shift == 0) {
+    *Word = Bits;
+    return;
+  }
+  *Word |= Bits << Shift;
   if (Shift + Count > 64) {
-    Words[Offset / 64 + 1] |= Bits >> (64 - Shift);
+    Word[1] = Bits >> (64 - Shift);
   }
 }
 
 // Turns over the first `Count` bits; those behind them are 0 and stay so.
-void Complement(std::span<std::uint64_t> Words, std::size_t Count) {
+void Complement(std::uint64_t* Words, std::size_t Count) {
   for (std::size_t I = 0; I < Count; I += 64) {
-    Words[I / 64] ^= Count - I >= 64 ? ~0ULL : (1ULL << (Count - I)) - 1;
+    Words[I / 64] ^= LowBits(Count - I);
   }
 }
 
-/// The process-wide generator, and the source that may stand in for it.
+inline void RequireRoom(std::span<const std::uint64_t> Words, std::size_t Count) {
+  if (Count > 64 * Words.size()) [[unlikely]] {
+    throw std::invalid_argument(std::to_string(Count) + " bits do not fit " + std::to_string(Words.size()) +
+                                " words");
+  }
+}
+
+/// The process-wide generator, and the source that may stand in for it. Draws that have been made and not yet
+/// taken stand at the end of `FDraws`.
 class TGenerator {
 public:
-  TGenerator() { Seed(0); }
+  constexpr TGenerator() = default;
 
-  void Seed(std::uint64_t Value) { Restart(SeededLanes(Value), 0); }
-
-  TQXRandomState State() {
-    const std::uint64_t* Next = FSource == nullptr ? RandomBlock.Next : FResting.Next;
-    const auto Taken = static_cast<std::size_t>(Next - FDraws);
-    TRandomLanes Lanes = FBlockStart;
-    std::uint64_t Passed[BlockSize];
-    FKernels->Fill(Lanes, Passed, Taken / LaneCount);
-    TQXRandomState State;
-    for (std::size_t W = 0; W < TQXRandomState::WordsPerLane; ++W) {
-      std::copy_n(Lanes.Words[W], LaneCount, State.Words[W].begin());
-    }
-    State.NextLane = static_cast<std::uint32_t>(Taken % LaneCount);
-    return State;
-  }
-
-  void SetState(const TQXRandomState& State) {
-    if (State.NextLane >= LaneCount) {
-      throw std::invalid_argument("Random state: lane " + std::to_string(State.NextLane) + " does not exist");
-    }
-    TRandomLanes Lanes;
-    for (std::size_t L = 0; L < LaneCount; ++L) {
-      std::uint64_t Any = 0;
-      for (std::size_t W = 0; W < TQXRandomState::WordsPerLane; ++W) {
-        Lanes.Words[W][L] = State.Words[W][L];
-        Any |= State.Words[W][L];
-      }
-      if (Any == 0) {
-        throw std::invalid_argument("Random state: lane " + std::to_string(L) + " is all zero");
-      }
-    }
-    Restart(Lanes, State.NextLane);
-  }
-
-  TQXRandomSource* Replace(TQXRandomSource* Source) {
-    TQXRandomSource* const Former = FSource;
-    if (Former == nullptr && Source != nullptr) {
-      FResting = RandomBlock;
-      RandomBlock = {};
-    } else if (Former != nullptr && Source == nullptr) {
-      RandomBlock = FResting;
-    }
-    FSource = Source;
-    return Former;
-  }
-
-  TQXRandomSource* Source() const { return FSource; }
-
-  void Refill() {
-    FBlockStart = FLanes;
-    FKernels->Fill(FLanes, FDraws, BlockSize / LaneCount);
-    RandomBlock = {FDraws, FDraws + BlockSize};
-  }
-
-  // `Count` draws against a threshold: what the block holds first, whole words straight from the lanes, and
-  // the rest from a new block.
-  void Below(std::uint64_t Threshold, std::span<std::uint64_t> Words, std::size_t Count) {
-    for (std::size_t Done = 0; Done < Count;) {
-      const std::size_t Wanted = Count - Done;
-      const auto Waiting = static_cast<std::size_t>(RandomBlock.End - RandomBlock.Next);
-      if (Waiting > 0) {
-        const std::size_t Taken = std::min({Waiting, Wanted, std::size_t{64}});
-        PutBits(Words, Done, FKernels->CompareBelow(RandomBlock.Next, Taken, Threshold), Taken);
-        RandomBlock.Next += Taken;
-        Done += Taken;
-      } else if (Wanted >= 64) {
-        std::uint64_t Fresh[16];
-        const std::size_t Taken = std::min(Wanted / 64, std::size(Fresh));
-        FKernels->GenerateBelow(FLanes, Threshold, Fresh, Taken);
-        MarkBlockEmpty();
-        for (std::size_t W = 0; W < Taken; ++W, Done += 64) {
-          PutBits(Words, Done, Fresh[W], 64);
-        }
-      } else {
-        Refill();
-      }
-    }
-  }
-
-private:
   void Restart(const TRandomLanes& Lanes, std::size_t NextLane) {
     FLanes = Lanes;
-    MarkBlockEmpty();
+    SetWaiting(0);
     if (NextLane > 0) {
       Refill();
       RandomBlock.Next += NextLane;
@@ -149,42 +98,114 @@ private:
     }
   }
 
-  // The lanes stand where a block that has been used up would have left them.
-  void MarkBlockEmpty() {
-    FBlockStart = FLanes;
-    RandomBlock = {FDraws, FDraws};
+  TQXRandomState State() const {
+    const TRandomBlock& Block = FSource == nullptr ? RandomBlock : FResting;
+    const auto Waiting = static_cast<std::size_t>(Block.End - Block.Next);
+    TRandomLanes Lanes = FLanes;
+    for (std::size_t Untaken = 0; Untaken < Waiting; Untaken += LaneCount) {
+      StepBack(Lanes);
+    }
+    TQXRandomState State;
+    for (std::size_t W = 0; W < TQXRandomState::WordsPerLane; ++W) {
+      std::copy_n(Lanes.Words[W], LaneCount, State.Words[W].begin());
+    }
+    State.NextLane = static_cast<std::uint32_t>((LaneCount - Waiting % LaneCount) % LaneCount);
+    return State;
   }
 
-  const TRandomKernels* FKernels = *RandomKernels().First;
-  TRandomLanes FLanes;      // after the block
-  TRandomLanes FBlockStart; // before it
-  std::uint64_t FDraws[BlockSize + BlockPadding] = {};
+  TQXRandomSource* Replace(TQXRandomSource* Source) {
+    TQXRandomSource* const Former = FSource;
+    if (Former == nullptr && Source != nullptr) {
+      FResting = std::exchange(RandomBlock, {});
+    } else if (Former != nullptr && Source == nullptr) {
+      RandomBlock = FResting;
+    }
+    FSource = Source;
+    return Former;
+  }
+
+  TQXRandomSource* Source() const { return FSource; }
+
+  // Short blocks while draws are taken in bulk, which is faster straight from the lanes; longer and longer
+  // ones while they are taken one by one.
+  void Refill() {
+    const std::size_t Count = FRefillSteps * LaneCount;
+    Kernels().Fill(FLanes, FDraws + BlockSize - Count, FRefillSteps);
+    SetWaiting(Count);
+    FRefillSteps = std::min(2 * FRefillSteps, BlockSize / LaneCount);
+  }
+
+  // `Count` draws, at least one, against a threshold: first what is waiting, then straight from the lanes.
+  void Below(std::uint64_t Threshold, std::uint64_t* Words, std::size_t Count) {
+    auto Waiting = static_cast<std::size_t>(RandomBlock.End - RandomBlock.Next);
+    while (Waiting >= 64 || Waiting >= Count) {
+      const std::size_t Taken = std::min(Count, std::size_t{64});
+      *Words++ = Kernels().CompareBelow(RandomBlock.Next, Taken, Threshold);
+      RandomBlock.Next += Taken;
+      Waiting -= Taken;
+      Count -= Taken;
+      if (Count == 0) {
+        return;
+      }
+    }
+    const std::size_t Fresh = Count - Waiting;
+    Kernels().GenerateBelow(FLanes, Threshold, RandomBlock.Next, Waiting, Words, Fresh,
+                            FDraws + BlockSize - LaneCount);
+    SetWaiting((LaneCount - Fresh % LaneCount) % LaneCount);
+    FRefillSteps = 1;
+  }
+
+  // A draw k / 2^53, where k is the upper 53 bits of a word, is below p exactly when k is below
+  // ceil(p * 2^53), that is, when the word is below 2^11 times that. For p of 1 and more that is no word: 0 stands
+  // for it.
+  std::uint64_t Threshold(double Probability) {
+    if (Probability != FProbability) [[unlikely]] {
+      const double Scaled = Probability > 0 && Probability < 1 ? Probability * 0x1p53 : 0;
+      const auto Floor = static_cast<std::uint64_t>(Scaled);
+      FThreshold = (static_cast<double>(Floor) < Scaled ? Floor + 1 : Floor) << 11;
+      FProbability = Probability;
+    }
+    return FThreshold;
+  }
+
+private:
+  void SetWaiting(std::size_t Count) { RandomBlock = {FDraws + BlockSize - Count, FDraws + BlockSize}; }
+
+  const TRandomKernels& Kernels() {
+    if (FKernels == nullptr) [[unlikely]] {
+      FKernels = *RandomKernels().First;
+    }
+    return *FKernels;
+  }
+
+  const TRandomKernels* FKernels = nullptr;
+  TRandomLanes FLanes = SeededLanes(0); // behind all draws that have been made
+  alignas(64) std::uint64_t FDraws[BlockSize + BlockPadding] = {};
+  std::size_t FRefillSteps = 1;
+  // The last probability asked for, and its threshold.
+  double FProbability = 0;
+  std::uint64_t FThreshold = 0;
   TQXRandomSource* FSource = nullptr;
   TRandomBlock FResting; // the generator's block while a source stands in for it
 };
 
-TGenerator& Generator() {
-  static TGenerator Instance;
-  return Instance;
-}
+constinit TGenerator Generator;
 
 } // namespace
 
 std::int64_t SlowRandomInteger(std::int64_t n) {
-  TGenerator& Source = Generator();
-  if (Source.Source() != nullptr) {
-    return Source.Source()->Integer(n);
+  if (Generator.Source() != nullptr) {
+    return Generator.Source()->Integer(n);
   }
-  Source.Refill();
+  Generator.Refill();
   return Random(n);
 }
 
 double SlowRandomReal() {
-  TGenerator& Source = Generator();
-  if (Source.Source() != nullptr) {
-    return Source.Source()->Real();
+  if (Generator.Source() != nullptr) {
+    return Generator.Source()->Real();
   }
-  Source.Refill();
+  Generator.Refill();
   return Random();
 }
 
@@ -213,47 +234,63 @@ std::istream& operator>>(std::istream& Stream, TQXRandomState& State) {
   return Stream;
 }
 
-void SeedRandom(std::uint64_t Seed) { detail::Generator().Seed(Seed); }
+void SeedRandom(std::uint64_t Seed) { detail::Generator.Restart(detail::SeededLanes(Seed), 0); }
 
-TQXRandomState RandomState() { return detail::Generator().State(); }
+TQXRandomState RandomState() { return detail::Generator.State(); }
 
-void SetRandomState(const TQXRandomState& State) { detail::Generator().SetState(State); }
+void SetRandomState(const TQXRandomState& State) {
+  if (State.NextLane >= TQXRandomState::Lanes) {
+    throw std::invalid_argument("Random state: lane " + std::to_string(State.NextLane) + " does not exist");
+  }
+  detail::TRandomLanes Lanes;
+  for (std::size_t L = 0; L < TQXRandomState::Lanes; ++L) {
+    std::uint64_t Any = 0;
+    for (std::size_t W = 0; W < TQXRandomState::WordsPerLane; ++W) {
+      Lanes.Words[W][L] = State.Words[W][L];
+      Any |= State.Words[W][L];
+    }
+    if (Any == 0) {
+      throw std::invalid_argument("Random state: lane " + std::to_string(L) + " is all zero");
+    }
+  }
+  detail::Generator.Restart(Lanes, State.NextLane);
+}
 
 TQXRandomSourceScope::TQXRandomSourceScope(TQXRandomSource& Source)
-    : FFormer(detail::Generator().Replace(&Source)) {}
+    : FFormer(detail::Generator.Replace(&Source)) {}
 
-TQXRandomSourceScope::~TQXRandomSourceScope() { detail::Generator().Replace(FFormer); }
+TQXRandomSourceScope::~TQXRandomSourceScope() { detail::Generator.Replace(FFormer); }
 
 void RandomBelow(double Probability, std::span<std::uint64_t> Words, std::size_t Count) {
-  std::fill_n(Words.begin(), (Count + 63) / 64, 0);
-  detail::TGenerator& Source = detail::Generator();
-  if (Source.Source() != nullptr) {
+  detail::RequireRoom(Words, Count);
+  if (Count == 0) {
+    return;
+  }
+  if (TQXRandomSource* const Source = detail::Generator.Source()) [[unlikely]] {
     for (std::size_t I = 0; I < Count; ++I) {
-      detail::PutBits(Words, I, Source.Source()->Real() < Probability ? 1 : 0, 1);
+      detail::AppendBits(Words.data(), I, Source->Real() < Probability ? 1 : 0, 1);
     }
     return;
   }
-  // A draw k / 2^53, where k is the upper 53 bits of a word, is below p exactly when k is below
-  // ceil(p * 2^53), that is, when the word is below 2^11 times that.
-  const double Limit = Probability > 0 ? std::ceil(Probability * 0x1p53) : 0;
-  const bool Always = Limit >= 0x1p53;
-  Source.Below(Always ? 0 : static_cast<std::uint64_t>(Limit) << 11, Words, Count);
-  if (Always) {
-    detail::Complement(Words, Count);
+  detail::Generator.Below(detail::Generator.Threshold(Probability), Words.data(), Count);
+  if (Probability >= 1) [[unlikely]] {
+    detail::Complement(Words.data(), Count);
   }
 }
 
 void RandomBits(std::span<std::uint64_t> Words, std::size_t Count) {
-  std::fill_n(Words.begin(), (Count + 63) / 64, 0);
-  detail::TGenerator& Source = detail::Generator();
-  if (Source.Source() != nullptr) {
+  detail::RequireRoom(Words, Count);
+  if (Count == 0) {
+    return;
+  }
+  if (TQXRandomSource* const Source = detail::Generator.Source()) {
     for (std::size_t I = 0; I < Count; ++I) {
-      detail::PutBits(Words, I, static_cast<std::uint64_t>(Source.Source()->Integer(2)), 1);
+      detail::AppendBits(Words.data(), I, static_cast<std::uint64_t>(Source->Integer(2)), 1);
     }
     return;
   }
-  Source.Below(1ULL << 63, Words, Count); // the draws of 0
-  detail::Complement(Words, Count);
+  detail::Generator.Below(1ULL << 63, Words.data(), Count); // the draws of 0
+  detail::Complement(Words.data(), Count);
 }
 
 } // namespace qx

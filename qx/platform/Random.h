@@ -102,7 +102,8 @@ T Random(T n) {
 
 /// Takes `Count` real draws and sets bit i of `Words` (bit i modulo 64 of word i / 64) exactly when draw i is
 /// below `Probability`. Bits from `Count` on, up to the end of the last word used, become 0.
-/// `Words` holds at least Count / 64 words, rounded up. Equal to `Count` calls of `Random()`, but fast.
+/// Equal to `Count` calls of `Random()`, but fast. Raises std::invalid_argument, and draws nothing, when the
+/// words do not hold so many bits.
 void RandomBelow(double Probability, std::span<std::uint64_t> Words, std::size_t Count);
 
 /// Takes `Count` draws of `Random(2)` and sets bit i of `Words` to draw i. Otherwise as `RandomBelow`.

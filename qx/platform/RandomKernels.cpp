@@ -12,9 +12,10 @@ namespace qx::detail {
 namespace {
 
 constexpr std::size_t LaneCount = TQXRandomState::Lanes;
+constexpr std::size_t StepsPerWord = 64 / LaneCount;
 
-// One step of the lanes that fit `TVector` (a vector of 64-bit words, or one word): the draws, from before the
-// step, go to `Draw`.
+// One step of the lanes that fit `TVector` (a vector of 64-bit words, or one word): the draws, from before
+// the step, go to `Draw`.
 template <class TVector>
 [[gnu::always_inline]] inline void Step(TVector (&Words)[4], TVector& Draw) {
   Draw = Words[0] + Words[3];
@@ -28,14 +29,16 @@ template <class TVector>
 }
 
 template <class TVector>
-[[gnu::always_inline]] inline void Load(TVector (&Words)[4], const TRandomLanes& Lanes, std::size_t FirstLane) {
+[[gnu::always_inline]] inline void Load(TVector (&Words)[4], const TRandomLanes& Lanes,
+                                        std::size_t FirstLane) {
   for (std::size_t W = 0; W < 4; ++W) {
     std::memcpy(&Words[W], &Lanes.Words[W][FirstLane], sizeof(TVector));
   }
 }
 
 template <class TVector>
-[[gnu::always_inline]] inline void Save(const TVector (&Words)[4], TRandomLanes& Lanes, std::size_t FirstLane) {
+[[gnu::always_inline]] inline void Save(const TVector (&Words)[4], TRandomLanes& Lanes,
+                                        std::size_t FirstLane) {
   for (std::size_t W = 0; W < 4; ++W) {
     std::memcpy(&Lanes.Words[W][FirstLane], &Words[W], sizeof(TVector));
   }
@@ -69,13 +72,52 @@ std::uint64_t CompareBelowPlain(const std::uint64_t* Draws, std::size_t Count, s
   return Word;
 }
 
-void GenerateBelowPlain(TRandomLanes& Lanes, std::uint64_t Threshold, std::uint64_t* Words,
-                        std::size_t Count) {
-  std::uint64_t Draws[64];
-  for (std::size_t W = 0; W < Count; ++W) {
-    FillPlain(Lanes, Draws, 64 / LaneCount);
-    Words[W] = CompareBelowPlain(Draws, 64, Threshold);
+/// Appends words of 64 bits, and at last a shorter one, to the few bits that come before them.
+class TBitAppender {
+public:
+  [[gnu::always_inline]] TBitAppender(std::uint64_t* Words, std::uint64_t FirstBits, std::size_t FirstCount)
+      : FWord(Words), FOffset(FirstCount), FCarry(FirstBits & ((std::uint64_t{1} << FirstCount) - 1)) {}
+
+  [[gnu::always_inline]] void AppendWord(std::uint64_t Bits) {
+    *FWord++ = FCarry | Bits << FOffset;
+    FCarry = Bits >> 1 >> (63 - FOffset);
   }
+
+  // Less than 64 bits; those behind them are cut off.
+  [[gnu::always_inline]] void AppendLast(std::uint64_t Bits, std::size_t Count) {
+    Bits &= (std::uint64_t{1} << Count) - 1;
+    if (FOffset + Count > 0) {
+      *FWord = FCarry | Bits << FOffset;
+    }
+    if (FOffset + Count > 64) {
+      FWord[1] = Bits >> (64 - FOffset);
+    }
+  }
+
+private:
+  std::uint64_t* FWord;
+  std::size_t FOffset;
+  std::uint64_t FCarry;
+};
+
+std::size_t StepsFor(std::size_t Draws) { return (Draws + LaneCount - 1) / LaneCount; }
+
+void GenerateBelowPlain(TRandomLanes& Lanes, std::uint64_t Threshold, const std::uint64_t* Draws,
+                        std::size_t Waiting, std::uint64_t* Words, std::size_t Fresh,
+                        std::uint64_t* LastDraws) {
+  TBitAppender Appender(Words, CompareBelowPlain(Draws, Waiting, Threshold), Waiting);
+  const auto Bits = [&](std::size_t Steps) {
+    std::uint64_t Word = 0;
+    for (std::size_t Bit = 0; Bit < Steps * LaneCount; Bit += LaneCount) {
+      FillPlain(Lanes, LastDraws, 1);
+      Word |= CompareBelowPlain(LastDraws, LaneCount, Threshold) << Bit;
+    }
+    return Word;
+  };
+  for (; Fresh >= 64; Fresh -= 64) {
+    Appender.AppendWord(Bits(StepsPerWord));
+  }
+  Appender.AppendLast(Bits(StepsFor(Fresh)), Fresh);
 }
 
 constexpr TRandomKernels PlainKernels{"plain", FillPlain, GenerateBelowPlain, CompareBelowPlain};
@@ -104,36 +146,55 @@ QX_AVX2 inline std::uint64_t BelowAvx2(__m256i Draws, __m256i ShiftedThreshold) 
   return static_cast<std::uint64_t>(_mm256_movemask_pd(_mm256_castsi256_pd(Below)));
 }
 
-QX_AVX2 void GenerateBelowAvx2(TRandomLanes& Lanes, std::uint64_t Threshold, std::uint64_t* Words,
-                               std::size_t Count) {
-  const __m256i Limit = ShiftedAvx2(_mm256_set1_epi64x(static_cast<long long>(Threshold)));
-  TVector4 Low[4];
-  TVector4 High[4];
-  Load(Low, Lanes, 0);
-  Load(High, Lanes, 4);
-  for (std::size_t W = 0; W < Count; ++W) {
-    std::uint64_t Word = 0;
-    for (unsigned Bit = 0; Bit < 64; Bit += LaneCount) {
-      TVector4 Draw;
-      Step(Low, Draw);
-      Word |= BelowAvx2(reinterpret_cast<__m256i>(Draw), Limit) << Bit;
-      Step(High, Draw);
-      Word |= BelowAvx2(reinterpret_cast<__m256i>(Draw), Limit) << (Bit + 4);
-    }
-    Words[W] = Word;
+QX_AVX2 inline std::uint64_t EightBelowAvx2(const std::uint64_t* Draws, __m256i ShiftedThreshold) {
+  const auto* const Halves = reinterpret_cast<const __m256i*>(Draws);
+  return BelowAvx2(_mm256_loadu_si256(Halves), ShiftedThreshold) |
+         BelowAvx2(_mm256_loadu_si256(Halves + 1), ShiftedThreshold) << 4;
+}
+
+QX_AVX2 inline std::uint64_t BitsBelowAvx2(const std::uint64_t* Draws, std::size_t Count, __m256i Limit) {
+  std::uint64_t Word = 0;
+  for (std::size_t I = 0; I < Count; I += LaneCount) {
+    Word |= EightBelowAvx2(Draws + I, Limit) << I;
   }
-  Save(Low, Lanes, 0);
-  Save(High, Lanes, 4);
+  return Word;
 }
 
 QX_AVX2 std::uint64_t CompareBelowAvx2(const std::uint64_t* Draws, std::size_t Count,
                                        std::uint64_t Threshold) {
   const __m256i Limit = ShiftedAvx2(_mm256_set1_epi64x(static_cast<long long>(Threshold)));
-  std::uint64_t Word = 0;
-  for (std::size_t I = 0; I < Count; I += 4) {
-    Word |= BelowAvx2(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(Draws + I)), Limit) << I;
+  return BitsBelowAvx2(Draws, Count, Limit) & LowBits(Count);
+}
+
+QX_AVX2 void GenerateBelowAvx2(TRandomLanes& Lanes, std::uint64_t Threshold, const std::uint64_t* Draws,
+                               std::size_t Waiting, std::uint64_t* Words, std::size_t Fresh,
+                               std::uint64_t* LastDraws) {
+  const __m256i Limit = ShiftedAvx2(_mm256_set1_epi64x(static_cast<long long>(Threshold)));
+  TVector4 Low[4];
+  TVector4 High[4];
+  Load(Low, Lanes, 0);
+  Load(High, Lanes, 4);
+  TVector4 LowDraw = {};
+  TVector4 HighDraw = {};
+  TBitAppender Appender(Words, BitsBelowAvx2(Draws, Waiting, Limit), Waiting);
+  const auto Bits = [&](std::size_t Steps) __attribute__((always_inline, target("avx2"))) {
+    std::uint64_t Word = 0;
+    for (std::size_t Bit = 0; Bit < Steps * LaneCount; Bit += LaneCount) {
+      Step(Low, LowDraw);
+      Step(High, HighDraw);
+      Word |= BelowAvx2(reinterpret_cast<__m256i>(LowDraw), Limit) << Bit;
+      Word |= BelowAvx2(reinterpret_cast<__m256i>(HighDraw), Limit) << (Bit + 4);
+    }
+    return Word;
+  };
+  for (; Fresh >= 64; Fresh -= 64) {
+    Appender.AppendWord(Bits(StepsPerWord));
   }
-  return Word & LowBits(Count);
+  Appender.AppendLast(Bits(StepsFor(Fresh)), Fresh);
+  Save(Low, Lanes, 0);
+  Save(High, Lanes, 4);
+  std::memcpy(LastDraws, &LowDraw, sizeof LowDraw);
+  std::memcpy(LastDraws + 4, &HighDraw, sizeof HighDraw);
 }
 
 constexpr TRandomKernels Avx2Kernels{"avx2", FillAvx2, GenerateBelowAvx2, CompareBelowAvx2};
@@ -142,32 +203,47 @@ QX_AVX512 void FillAvx512(TRandomLanes& Lanes, std::uint64_t* Draws, std::size_t
   FillBy<TVector8>(Lanes, Draws, Steps);
 }
 
-QX_AVX512 void GenerateBelowAvx512(TRandomLanes& Lanes, std::uint64_t Threshold, std::uint64_t* Words,
-                                   std::size_t Count) {
-  const __m512i Limit = _mm512_set1_epi64(static_cast<long long>(Threshold));
-  TVector8 All[4];
-  Load(All, Lanes, 0);
-  for (std::size_t W = 0; W < Count; ++W) {
-    std::uint64_t Word = 0;
-#pragma GCC unroll 8
-    for (unsigned Bit = 0; Bit < 64; Bit += LaneCount) {
-      TVector8 Draw;
-      Step(All, Draw);
-      Word |= static_cast<std::uint64_t>(_mm512_cmplt_epu64_mask(reinterpret_cast<__m512i>(Draw), Limit)) << Bit;
-    }
-    Words[W] = Word;
+QX_AVX512 inline std::uint64_t EightBelowAvx512(const std::uint64_t* Draws, __m512i Threshold) {
+  return _mm512_cmplt_epu64_mask(_mm512_loadu_si512(Draws), Threshold);
+}
+
+QX_AVX512 inline std::uint64_t BitsBelowAvx512(const std::uint64_t* Draws, std::size_t Count, __m512i Limit) {
+  std::uint64_t Word = 0;
+  for (std::size_t I = 0; I < Count; I += LaneCount) {
+    Word |= EightBelowAvx512(Draws + I, Limit) << I;
   }
-  Save(All, Lanes, 0);
+  return Word;
 }
 
 QX_AVX512 std::uint64_t CompareBelowAvx512(const std::uint64_t* Draws, std::size_t Count,
                                            std::uint64_t Threshold) {
   const __m512i Limit = _mm512_set1_epi64(static_cast<long long>(Threshold));
-  std::uint64_t Word = 0;
-  for (std::size_t I = 0; I < Count; I += LaneCount) {
-    Word |= static_cast<std::uint64_t>(_mm512_cmplt_epu64_mask(_mm512_loadu_si512(Draws + I), Limit)) << I;
+  return BitsBelowAvx512(Draws, Count, Limit) & LowBits(Count);
+}
+
+QX_AVX512 void GenerateBelowAvx512(TRandomLanes& Lanes, std::uint64_t Threshold, const std::uint64_t* Draws,
+                                   std::size_t Waiting, std::uint64_t* Words, std::size_t Fresh,
+                                   std::uint64_t* LastDraws) {
+  const __m512i Limit = _mm512_set1_epi64(static_cast<long long>(Threshold));
+  TVector8 All[4];
+  Load(All, Lanes, 0);
+  TVector8 Draw = {};
+  TBitAppender Appender(Words, BitsBelowAvx512(Draws, Waiting, Limit), Waiting);
+  const auto Bits = [&](std::size_t Steps) __attribute__((always_inline, target("avx512f"))) {
+    std::uint64_t Word = 0;
+    for (std::size_t Bit = 0; Bit < Steps * LaneCount; Bit += LaneCount) {
+      Step(All, Draw);
+      const __mmask8 Below = _mm512_cmplt_epu64_mask(reinterpret_cast<__m512i>(Draw), Limit);
+      Word |= static_cast<std::uint64_t>(Below) << Bit;
+    }
+    return Word;
+  };
+  for (; Fresh >= 64; Fresh -= 64) {
+    Appender.AppendWord(Bits(StepsPerWord));
   }
-  return Word & LowBits(Count);
+  Appender.AppendLast(Bits(StepsFor(Fresh)), Fresh);
+  Save(All, Lanes, 0);
+  std::memcpy(LastDraws, &Draw, sizeof Draw);
 }
 
 constexpr TRandomKernels Avx512Kernels{"avx512", FillAvx512, GenerateBelowAvx512, CompareBelowAvx512};

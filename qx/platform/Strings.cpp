@@ -67,7 +67,7 @@ void TStrings::Assign(const TPersistent& Source) {
   if (&Source == this) {
     return;
   }
-  const auto* List = dynamic_cast<const TStrings*>(&Source);
+  const auto* List = SourceAs<TStrings>(Source);
   if (List == nullptr) {
     TPersistent::Assign(Source);
     return;
