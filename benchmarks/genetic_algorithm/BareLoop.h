@@ -9,9 +9,9 @@ namespace qx::benchmarks {
 /// OneMax by a bare loop over packed words: the limit that the component is measured against.
 ///
 /// The same operators with the same probabilities as the component's benchmark (binary tournament, one-point
-/// crossover with 0.98, one draw a bit for mutation), and nothing else: no objects, no events, no statistics but
-/// the count of ones. The generator is xoshiro256+ in eight lanes, kept in registers while a chromosome is
-/// mutated and, where the machine has it, vectorised with AVX-512 or AVX2.
+/// crossover with 0.98, one draw a bit for mutation), and nothing else: no objects, no events, no statistics
+/// but the count of ones. The generator is xoshiro256+ in eight lanes, kept in registers while a chromosome
+/// is mutated and, where the machine has it, vectorised with AVX-512 or AVX2.
 class TBareLoop {
 public:
   TBareLoop(std::size_t Individuals, std::size_t Bits);

@@ -1,7 +1,6 @@
 // One generation of OneMax: the whole component with its events bound, beside a bare loop over packed words.
 
 #include "BareLoop.h"
-
 #include <qx/genetic_algorithm/QXGeneticAlgorithm.h>
 #include <qx/platform/Random.h>
 
@@ -10,14 +9,18 @@
 namespace {
 
 void Shapes(benchmark::internal::Benchmark* Benchmark) {
-  Benchmark->ArgNames({"individuals", "bits"})->Args({1000, 1000})->Args({100, 10000})->Args({10000, 64})->Args({1000,64})->Args({200,64});
+  Benchmark->ArgNames({"individuals", "bits"})
+      ->Args({1000, 1000})
+      ->Args({100, 10000})
+      ->Args({10000, 64})
+      ->Args({1000, 64})
+      ->Args({200, 64});
 }
 
 void ReportPerBit(benchmark::State& State) {
   const double BitsPerGeneration = static_cast<double>(State.range(0) * State.range(1));
-  State.counters["per_bit"] =
-      benchmark::Counter(BitsPerGeneration, benchmark::Counter::kIsIterationInvariantRate |
-                                                benchmark::Counter::kInvert);
+  State.counters["per_bit"] = benchmark::Counter(
+      BitsPerGeneration, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void Component(benchmark::State& State) {
@@ -43,12 +46,14 @@ void Component(benchmark::State& State) {
     ga.Evolve();
   }
   State.counters["best"] = ga.MaxFitness();
-  State.counters["events"] = benchmark::Counter(static_cast<double>(Events), benchmark::Counter::kAvgIterations);
+  State.counters["events"] =
+      benchmark::Counter(static_cast<double>(Events), benchmark::Counter::kAvgIterations);
   ReportPerBit(State);
 }
 
 void BareLoop(benchmark::State& State) {
-  qx::benchmarks::TBareLoop Loop(static_cast<std::size_t>(State.range(0)), static_cast<std::size_t>(State.range(1)));
+  qx::benchmarks::TBareLoop Loop(static_cast<std::size_t>(State.range(0)),
+                                 static_cast<std::size_t>(State.range(1)));
   for (auto _ : State) {
     Loop.Generation();
   }

@@ -51,9 +51,9 @@ constexpr bool InCircularRange(int Bottom, int Item, int TopInc) {
 /// A hash map with open addressing, linear probing and backward-shift deletion (Knuth, The Art of Computer
 /// Programming 3, section 6.4, algorithm R): no markers are left behind, so chains stay short.
 ///
-/// The table is a power of two and grows when it is three quarters full. Enumeration follows the table, so its
-/// order depends on the hash codes and on the history of the table. Keys that are looked up and values that are
-/// replaced may refer into the table itself. `TComparer` supplies `Equals` and `GetHashCode`.
+/// The table is a power of two and grows when it is three quarters full. Enumeration follows the table, so
+/// its order depends on the hash codes and on the history of the table. Keys that are looked up and values
+/// that are replaced may refer into the table itself. `TComparer` supplies `Equals` and `GetHashCode`.
 template <class K, class V, class TComparer = TQXEqualityComparer<K>>
 class TQXDictionary : public TQXEnumerable<TPair<K, V>> {
   struct TBucket {
@@ -143,7 +143,8 @@ protected:
   }
 
   std::int32_t Hash(const K& Key) const;
-  /// Index of the key's bucket; otherwise the complement of the free one where it would go, or `NoFreeBucket`.
+  /// Index of the key's bucket; otherwise the complement of the free one where it would go, or
+  /// `NoFreeBucket`.
   int GetBucketIndex(const K& Key, std::int32_t HashCode) const;
 
 private:

@@ -265,8 +265,8 @@ V TQXDictionary<K, V, TComparer>::DoRemove(const K& Key, std::int32_t HashCode,
 template <class K, class V, class TComparer>
 std::int32_t TQXDictionary<K, V, TComparer>::Hash(const K& Key) const {
   constexpr std::uint32_t Positive = 0x7fffffff;
-  return static_cast<std::int32_t>(
-      ((static_cast<std::uint32_t>(FComparer.GetHashCode(Key)) & Positive) + 1) & Positive);
+  return static_cast<std::int32_t>(((static_cast<std::uint32_t>(FComparer.GetHashCode(Key)) & Positive) + 1) &
+                                   Positive);
 }
 
 template <class K, class V, class TComparer>
@@ -304,7 +304,8 @@ void TQXDictionary<K, V, TComparer>::Rehash(std::int64_t NewCapacity) {
   if (NewCapacity > Largest) {
     throw std::length_error("A dictionary cannot have a capacity of " + std::to_string(NewCapacity));
   }
-  std::vector<TBucket> Former = std::exchange(FItems, std::vector<TBucket>(static_cast<std::size_t>(NewCapacity)));
+  std::vector<TBucket> Former =
+      std::exchange(FItems, std::vector<TBucket>(static_cast<std::size_t>(NewCapacity)));
   FGrowThreshold = static_cast<int>(NewCapacity / 2 + NewCapacity / 4);
   for (TBucket& Moved : Former) {
     if (Moved.HashCode != TBucket::EmptyHash) {

@@ -51,6 +51,14 @@ void TQXCustomGeneticComponent::SetInversionProbability(TGAProbability Value) {
   StoreProbability(FInversionProbability, Value, "InversionProbability");
 }
 
+void TQXCustomGeneticComponent::SetOperations(TGAGeneticOperations Value) {
+  constexpr TGAGeneticOperations All = {goCrossover, goMutate, goInvert};
+  if ((Value.Bits() & ~All.Bits()) != 0) {
+    throw std::out_of_range("Operations: bits " + std::to_string(Value.Bits()) + " hold more than the three");
+  }
+  FOperations = Value;
+}
+
 void TQXCustomGeneticComponent::SetTournamentField(int Value) { FTournamentField = std::max(Value, 2); }
 
 void TQXCustomGeneticComponent::SetElitistPct(TGAProbability Value) {
@@ -58,7 +66,8 @@ void TQXCustomGeneticComponent::SetElitistPct(TGAProbability Value) {
 }
 
 void TQXCustomGeneticComponent::SetFitnessMethod(TGAFitnessMethod Value) {
-  FFitnessMethod = CheckedEnum(Value, "FitnessMethod");
+  FStatisticsDue |= CheckedEnum(Value, "FitnessMethod") != FFitnessMethod;
+  FFitnessMethod = Value;
 }
 
 void TQXCustomGeneticComponent::SetDiversityLimit(TGAProbability Value) {
@@ -104,14 +113,14 @@ void TQXCustomGeneticComponent::Evolve() {
 
 int TQXCustomGeneticComponent::Evolve(int Generations) {
   FHalt = false;
-  const int Before = FGeneration;
+  const std::int64_t Before = FGeneration;
   for (int I = 0; I < Generations; ++I) {
     Evolve();
     if (IsFinished() || FHalt) {
       break;
     }
   }
-  return FGeneration - Before;
+  return static_cast<int>(FGeneration - Before);
 }
 
 bool TQXCustomGeneticComponent::IsFinished() {
@@ -127,7 +136,10 @@ bool TQXCustomGeneticComponent::IsFinished() {
   return FUseGenerationLimit && FGeneration >= FGenerationLimit;
 }
 
-void TQXCustomGeneticComponent::SwapGenerations() { FPopulation.swap(FPreviousGeneration); }
+void TQXCustomGeneticComponent::SwapGenerations() {
+  FPopulation.swap(FPreviousGeneration);
+  FStatisticsDue = true;
+}
 
 void TQXCustomGeneticComponent::Assign(const TPersistent& Source) {
   if (&Source == this) {
@@ -138,6 +150,7 @@ void TQXCustomGeneticComponent::Assign(const TPersistent& Source) {
     TComponent::Assign(Source);
     return;
   }
+  Component->EvaluateStale();
   AssignGeneration(Population(), Component->FPopulation.get());
   if (Component->FPreviousGeneration != nullptr) {
     SetPreviousGeneration(*Component->FPreviousGeneration);
@@ -166,8 +179,9 @@ void TQXCustomGeneticComponent::AssignSettings(const TQXCustomGeneticComponent& 
   FUseDiversityLimit = Source.FUseDiversityLimit;
   FUseGenerationLimit = Source.FUseGenerationLimit;
   FInitialDuplicatesRetries = Source.FInitialDuplicatesRetries;
-  FPreparationDue = true;
+  FStatisticsDue = Source.FStatisticsDue;
   SetSelectionMethod(Source.FSelectionMethod);
+  ForgetSelection();
 }
 
 // The own individual that stands where the source's fittest one stands there.
@@ -180,7 +194,8 @@ TQXIndividual* TQXCustomGeneticComponent::Counterpart(const TQXCustomGeneticComp
   return &Own->Items(Source.FFittestIndividual->Index());
 }
 
-std::unique_ptr<TQXPopulation> TQXCustomGeneticComponent::CreatePopulation(TItemClass<TQXIndividual> ItemClass) {
+std::unique_ptr<TQXPopulation>
+TQXCustomGeneticComponent::CreatePopulation(TItemClass<TQXIndividual> ItemClass) {
   return std::make_unique<TQXPopulation>(this, ItemClass);
 }
 
@@ -192,7 +207,7 @@ void TQXCustomGeneticComponent::PopulationNotify(TQXIndividual& Item, TCollectio
     FFittestIndividual = nullptr;
   }
   if (Item.TCollectionItem::Collection() == FPopulation.get()) {
-    FPreparationDue = true;
+    FStatisticsDue = true;
   }
   if (FElite != nullptr) {
     FElite->Remove(Item);
@@ -205,7 +220,7 @@ void TQXCustomGeneticComponent::DoEvolve() {
   if (!FInitialized) {
     Initialize();
   }
-  if (FStatisticsDue) {
+  if (FStatisticsDue && OnEvaluateFitness) {
     EvaluateFitness();
   }
   if (IsFinished() || Population().Count() == 0) {
@@ -214,15 +229,13 @@ void TQXCustomGeneticComponent::DoEvolve() {
   PrepareGeneration();
   DoStartEvolve();
   TUpdateScope Update(*FPopulation);
-  for (int Index = 0; Index < FPopulation->Count(); Index += 2) {
-    DoEvolveOneStep(Index);
-  }
+  ReproduceAll();
   EvaluateFitness();
   Update.End();
   DoFinishEvolve();
 }
 
-// What a generation needs, checked and prepared before anything of it changes.
+// What a generation needs, checked before anything changes.
 void TQXCustomGeneticComponent::PrepareGeneration() {
   if (!OnEvaluateFitness) {
     throw EGAException(std::string(SNoFitnessFunction));
@@ -236,9 +249,16 @@ void TQXCustomGeneticComponent::PrepareGeneration() {
   if (FPreviousGeneration == nullptr) {
     SetPreviousGeneration(Population());
   }
-  if (FPreparationDue) {
-    DoSelectionPreparation();
-    FPreparationDue = false;
+}
+
+void TQXCustomGeneticComponent::ReproduceAll() {
+  struct TReproducing {
+    explicit TReproducing(bool& Flag) : FFlag(Flag) { FFlag = true; }
+    ~TReproducing() { FFlag = false; }
+    bool& FFlag;
+  } const Reproducing(FReproducing);
+  for (int Index = 0; Index < FPopulation->Count(); Index += 2) {
+    DoEvolveOneStep(Index);
   }
 }
 
@@ -261,6 +281,21 @@ void TQXCustomGeneticComponent::DoStartEvolve() {
 void TQXCustomGeneticComponent::DoFinishEvolve() { ++FGeneration; }
 
 int TQXCustomGeneticComponent::DoInitialize() { return 0; }
+
+void TQXCustomGeneticComponent::EvaluateStale() const {
+  for (const TQXPopulation* Generation : {FPopulation.get(), FPreviousGeneration.get()}) {
+    if (Generation != nullptr) {
+      Generation->EvaluateStale();
+    }
+  }
+}
+
+void TQXCustomGeneticComponent::FreeGenerations() {
+  FFittestIndividual = nullptr;
+  FElite.reset();
+  FPopulation.reset();
+  FPreviousGeneration.reset();
+}
 
 void TQXCustomGeneticComponent::FitnessHandlerChanged(bool WasAssigned) {
   if (WasAssigned || !OnEvaluateFitness) {

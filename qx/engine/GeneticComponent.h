@@ -22,8 +22,9 @@ namespace qx {
 /// One generation: the two generations change places; for each pair of places of the new one, two parents are
 /// selected from the previous generation and reproduced over the individuals that stand there; fitness and
 /// statistics are evaluated. All random choices are made by `Random`, in the order that the operations tell.
-/// Everything runs on the caller's thread. An exception of a handler reaches the caller; the population may be
-/// partly overwritten then, `Generation` has not changed, and the component can be used on.
+/// Everything runs on the caller's thread. An exception of a handler reaches the caller; the population may
+/// be partly overwritten then, `Generation` has not changed, and the component can be used on. A handler may
+/// change either generation, but must not free the individuals that it is called with.
 ///
 /// Writing NaN to a setting that is clamped raises std::invalid_argument; an enumeration value that does not
 /// exist raises std::out_of_range. Both name the property.
@@ -50,7 +51,7 @@ public:
   void SetInversionProbability(TGAProbability Value);
   /// The operators that reproduction applies. Default all three.
   TGAGeneticOperations Operations() const { return FOperations; }
-  void SetOperations(TGAGeneticOperations Value) { FOperations = Value; }
+  void SetOperations(TGAGeneticOperations Value);
   /// How parents are chosen. Default smStochasticTournament. A new method binds the matching built-in
   /// selection to `OnSelection`; smCustom clears it.
   TGASelectionMethod SelectionMethod() const { return FSelectionMethod; }
@@ -115,8 +116,8 @@ public:
   /// Prepares generation 0: fills the population, lets `OnInitialization` or `DoInitialize` make the
   /// individuals, evaluates them and copies them into the previous generation.
   virtual void Initialize();
-  /// Runs one generation, initializing first if need be, then fires `OnEvolve`. Does nothing but fire when the
-  /// run is finished or the population empty. Raises EGAException without a fitness handler.
+  /// Runs one generation, initializing first if need be, then fires `OnEvolve`. Does nothing but fire when
+  /// the run is finished or the population empty. Raises EGAException without a fitness handler.
   virtual void Evolve();
   /// Runs up to `Generations` generations until the run is finished or `Halt` is set; returns by how much
   /// `Generation` grew.
@@ -170,15 +171,16 @@ public:
   /// The best individuals in turn. Draws only when all are equal.
   virtual void SelectElitist(TQXCustomGeneticComponent& Sender, TQXPopulation& Population,
                              TQXIndividual*& Parent);
-  /// Fills the cumulative shares that roulette draws from, over the current population.
+  /// Fills the cumulative shares that roulette draws from, over the current population; while children are
+  /// being made, over their parents. The same holds for `PrioritizePopulation`.
   void CalculateCumulativeNormalizedFitnesses();
   /// Ranks the current population for elitist selection.
   virtual void PrioritizePopulation();
 
   // --- Reproduction -------------------------------------------------------------------------------------
 
-  /// Overwrites one or two children by the offspring of two parents, then fires `OnReproduction` for each. The
-  /// result tells whether some operator changed something, or what the handlers made of that.
+  /// Overwrites one or two children by the offspring of two parents, then fires `OnReproduction` for each.
+  /// The result tells whether some operator changed something, or what the handlers made of that.
   virtual bool Reproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1);
   virtual bool Reproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
                          TQXIndividual& Child2);
@@ -202,6 +204,7 @@ private:
   public:
     explicit TFitnessSlot(TQXCustomGeneticComponent& Component) : FComponent(Component) {}
     using TQXFitnessEvent::operator=;
+    TFitnessSlot(const TFitnessSlot&) = delete; // a saved handler is a TQXFitnessEvent
     TFitnessSlot& operator=(const TFitnessSlot& Source) {
       TQXFitnessEvent::operator=(Source);
       return *this;
@@ -216,6 +219,7 @@ private:
   public:
     explicit TSelectionSlot(TQXCustomGeneticComponent& Component) : FComponent(Component) {}
     using TQXSelectionEvent::operator=;
+    TSelectionSlot(const TSelectionSlot&) = delete; // a saved handler is a TQXSelectionEvent
     TSelectionSlot& operator=(const TSelectionSlot& Source) {
       TQXSelectionEvent::operator=(Source);
       return *this;
@@ -275,6 +279,10 @@ protected:
   virtual TGAFitness DoEvaluateWeightedFitness(TQXIndividual& Item);
   virtual void DoCalculateFitnessStatistics();
   virtual void DoCalculateWeightedFitnessStatistics();
+  /// Evaluates every individual of both generations that is stale, so that nothing can fail later.
+  void EvaluateStale() const;
+  /// Frees both generations; for the destructor of a descendant that its individuals depend on.
+  void FreeGenerations();
   /// Fills the population with random individuals; the result counts what the representation defines.
   virtual int DoInitialize();
   virtual bool DoReproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1);
@@ -291,7 +299,12 @@ private:
   void FitnessHandlerChanged(bool WasAssigned);
   void SelectionHandlerChanged(bool WasAssigned);
   void BindSelection();
+  // What was prepared for selection is of no use any more; it is prepared anew when it is wanted.
+  void ForgetSelection();
   void PrepareGeneration();
+  void ReproduceAll();
+  // The population that the statistics were taken of.
+  TQXPopulation& JudgedPopulation() { return FReproducing ? *FPreviousGeneration : Population(); }
   void AssignSettings(const TQXCustomGeneticComponent& Source);
   TQXIndividual* Counterpart(const TQXCustomGeneticComponent& Source);
   bool ApplyOperators(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
@@ -307,10 +320,11 @@ private:
   TGAFitnessArray FCumulativeFitnesses;
   std::unique_ptr<TFloatPriorityQueue<TQXIndividual>> FElite; // made on first use
   std::int32_t FSelectionCursor = -1;
-  // What the next generation needs first: statistics, because the fitness handler is new, or the preparation of
-  // selection, because the method is new or an individual is gone.
+  // The statistics do not belong to the current population, or not to the fitness that it has now: the next
+  // generation evaluates them first.
   bool FStatisticsDue = false;
-  bool FPreparationDue = false;
+  // Children are being made: the statistics and the preparation of selection are those of the parents.
+  bool FReproducing = false;
 
   int FInitialPopulation = 100;
   int FInitialDuplicatesRetries = 10;

@@ -14,10 +14,12 @@ namespace qx {
 namespace {
 
 // Whether the value takes part in a sum of shares at all.
-bool IsShare(TGAFitness Value) { return !std::isnan(Value) && Value != -std::numeric_limits<TGAFitness>::infinity(); }
+bool IsShare(TGAFitness Value) {
+  return !std::isnan(Value) && Value != -std::numeric_limits<TGAFitness>::infinity();
+}
 
-// Makes values whose sum is not finite summable: infinite ones leave nothing to the others, too large ones are
-// scaled down. Returns the new sum.
+// Makes values whose sum is not finite summable: of infinite ones the positive leave nothing to the others
+// and the negative are no shares; values that are too large are scaled down. Returns the new sum.
 TGAFitness MakeSummable(TGAFitnessArray& Values) {
   TGAFitness Largest = 0;
   for (const TGAFitness Value : Values) {
@@ -26,8 +28,10 @@ TGAFitness MakeSummable(TGAFitnessArray& Values) {
   TGAFitness Total = 0;
   for (TGAFitness& Value : Values) {
     if (!IsShare(Value)) {
-      Value = 0;
-    } else if (std::isinf(Largest)) {
+      Value = std::numeric_limits<TGAFitness>::quiet_NaN();
+      continue;
+    }
+    if (std::isinf(Largest)) {
       Value = Value == Largest ? 1 : 0;
     } else if (Largest > 0) {
       Value /= Largest;
@@ -37,16 +41,25 @@ TGAFitness MakeSummable(TGAFitnessArray& Values) {
   return Total;
 }
 
-// Turns values into their shares of the total, added up; one that is not a number gets none. Without any
-// total, all the others get the share `Fallback`.
-void AccumulateShares(TGAFitnessArray& Values, TGAFitness Total, TGAFitness Fallback) {
+// The share of each number when they are all equal and have no sum; otherwise 0.
+TGAFitness EqualShare(const TGAFitnessArray& Values) {
+  TFitnessStatistics Statistics;
+  for (const TGAFitness Value : Values) {
+    Statistics.Add(Value);
+  }
+  return Statistics.Min == Statistics.Max ? TGAFitness{1} / std::max(Statistics.Numbers, 1) : 0;
+}
+
+// Turns values into their shares of the total, added up; one that is not a number gets none.
+void AccumulateShares(TGAFitnessArray& Values, TGAFitness Total) {
   if (!std::isfinite(Total)) {
     Total = MakeSummable(Values);
   }
+  const TGAFitness WithoutTotal = Total == 0 ? EqualShare(Values) : 0;
   TGAFitness Share = 0;
   for (TGAFitness& Value : Values) {
     if (!std::isnan(Value)) {
-      Share += Total == 0 ? Fallback : Value / Total;
+      Share += Total == 0 ? WithoutTotal : Value / Total;
     }
     Value = Share;
   }
@@ -58,8 +71,13 @@ void TQXCustomGeneticComponent::SetSelectionMethod(TGASelectionMethod Value) {
   if (CheckedEnum(Value, "SelectionMethod") != FSelectionMethod) {
     FSelectionMethod = Value;
     BindSelection();
-    FPreparationDue = true;
+    ForgetSelection();
   }
+}
+
+void TQXCustomGeneticComponent::ForgetSelection() {
+  FCumulativeFitnesses.clear();
+  FElite.reset();
 }
 
 // The bound handlers go through the sender's virtual operations, so that an override is what runs.
@@ -151,7 +169,8 @@ void TQXCustomGeneticComponent::SelectTournament(TQXCustomGeneticComponent& Send
 }
 
 void TQXCustomGeneticComponent::SelectStochasticTournament(TQXCustomGeneticComponent& Sender,
-                                                           TQXPopulation& Population, TQXIndividual*& Parent) {
+                                                           TQXPopulation& Population,
+                                                           TQXIndividual*& Parent) {
   SelectRandom(Sender, Population, Parent);
   for (int I = 1; I < FTournamentField; ++I) {
     TQXIndividual* Challenger = nullptr;
@@ -193,19 +212,16 @@ void TQXCustomGeneticComponent::DoSelectionPreparation() {
 void TQXCustomGeneticComponent::CalculateCumulativeNormalizedFitnesses() {
   const bool Weighted = UsesWeightedFitness();
   const TFitnessStatistics& Fitnesses = Weighted ? FWeightedFitnesses : FFitnesses;
+  TQXPopulation& Judged = JudgedPopulation();
   FCumulativeFitnesses.clear();
   TGAFitness Total = 0;
-  for (const TQXIndividual& Individual : Population()) {
-    const TGAFitness Fitness = Weighted ? Individual.WeightedFitness() : Individual.Fitness();
+  for (int I = 0; I < Judged.Count(); ++I) {
+    const TGAFitness Fitness = Weighted ? Judged[I].WeightedFitness() : Judged[I].Fitness();
     const TGAFitness Value = Maximizing() ? Fitness : Fitnesses.Max - Fitness;
     FCumulativeFitnesses.push_back(Value);
     Total += std::isnan(Value) ? 0 : Value;
   }
-  if (Maximizing()) {
-    AccumulateShares(FCumulativeFitnesses, Fitnesses.Sum, 0);
-  } else {
-    AccumulateShares(FCumulativeFitnesses, Total, TGAFitness{1} / std::max(Fitnesses.Numbers, 1));
-  }
+  AccumulateShares(FCumulativeFitnesses, Maximizing() ? Fitnesses.Sum : Total);
 }
 
 void TQXCustomGeneticComponent::PrioritizePopulation() {
@@ -214,7 +230,9 @@ void TQXCustomGeneticComponent::PrioritizePopulation() {
   }
   FElite->Clear();
   FElite->SetHighestFirst(Maximizing());
-  for (TQXIndividual& Individual : Population()) {
+  TQXPopulation& Judged = JudgedPopulation();
+  for (int I = 0; I < Judged.Count(); ++I) {
+    TQXIndividual& Individual = Judged[I];
     const TGAFitness Key = UsesWeightedFitness() ? Individual.WeightedFitness() : Individual.Fitness();
     FElite->Push(Individual, static_cast<float>(Key));
   }

@@ -19,16 +19,20 @@ TGAFitness TQXCustomGeneticComponent::Diversity() const {
 }
 
 void TQXCustomGeneticComponent::EvaluateFitness() {
-  if (Population().Count() == 0) {
-    FFitnesses = {};
-    FWeightedFitnesses = {};
-  } else {
-    DoCalculateFitnessStatistics();
-    DoCalculateWeightedFitnessStatistics();
-    DoSelectionPreparation();
+  FStatisticsDue = false; // a handler that deletes an individual makes them due again
+  try {
+    if (Population().Count() == 0) {
+      FFitnesses = {};
+      FWeightedFitnesses = {};
+    } else {
+      DoCalculateFitnessStatistics();
+      DoCalculateWeightedFitnessStatistics();
+      DoSelectionPreparation();
+    }
+  } catch (...) {
+    FStatisticsDue = true;
+    throw;
   }
-  FStatisticsDue = false;
-  FPreparationDue = false;
 }
 
 TGAFitness TQXCustomGeneticComponent::EvaluateFitness(TQXIndividual& Item, bool Weighted) {
@@ -49,21 +53,23 @@ TGAFitness TQXCustomGeneticComponent::DoEvaluateWeightedFitness(TQXIndividual& I
   return Fitness;
 }
 
+// Handlers may add and delete individuals while these passes run, so they go by index.
 void TQXCustomGeneticComponent::DoCalculateFitnessStatistics() {
   TFitnessStatistics Statistics;
-  TQXIndividual* Best = nullptr;
-  for (TQXIndividual& Individual : Population()) {
+  FFittestIndividual = nullptr;
+  for (int I = 0; I < Population().Count(); ++I) {
+    TQXIndividual& Individual = Population()[I];
     Statistics.Add(Individual.Fitness());
-    Best = Best == nullptr ? &Individual : &Fittest(*Best, Individual, true);
+    FFittestIndividual =
+        FFittestIndividual == nullptr ? &Individual : &Fittest(*FFittestIndividual, Individual, true);
   }
   FFitnesses = Statistics;
-  FFittestIndividual = Best;
 }
 
 void TQXCustomGeneticComponent::DoCalculateWeightedFitnessStatistics() {
   TFitnessStatistics Statistics;
-  for (const TQXIndividual& Individual : Population()) {
-    Statistics.Add(Individual.WeightedFitness());
+  for (int I = 0; I < Population().Count(); ++I) {
+    Statistics.Add(Population()[I].WeightedFitness());
   }
   FWeightedFitnesses = Statistics;
 }

@@ -23,9 +23,8 @@ using TQXSelectionEvent =
 using TQXParentChildEvent = TQXEvent<void(TQXCustomGeneticComponent& Sender, TQXIndividual& Parent1,
                                           TQXIndividual& Parent2, TQXIndividual& Child)>;
 /// The handler clears the flag to veto the crossover; `Child` is the first child.
-using TQXCrossoverEvent =
-    TQXEvent<void(TQXCustomGeneticComponent& Sender, TQXIndividual& Parent1, TQXIndividual& Parent2,
-                  TQXIndividual& Child, bool& DoMutation)>;
+using TQXCrossoverEvent = TQXEvent<void(TQXCustomGeneticComponent& Sender, TQXIndividual& Parent1,
+                                        TQXIndividual& Parent2, TQXIndividual& Child, bool& DoMutation)>;
 /// The handler clears the flag to veto the operator, or changes the result of the reproduction.
 using TQXMutationEvent =
     TQXEvent<void(TQXCustomGeneticComponent& Sender, TQXIndividual& Item, bool& DoMutation)>;

@@ -1,6 +1,5 @@
-#include <qx/engine/Individual.h>
-
 #include <qx/engine/GeneticComponent.h>
+#include <qx/engine/Individual.h>
 #include <qx/engine/Population.h>
 
 #include <stdexcept>

@@ -15,8 +15,8 @@ class TQXPopulation;
 /// A member of a population: it has a name and a fitness that is evaluated when it is first asked for.
 ///
 /// Every question about fitness goes to the individual's *owner*: the owner of its population, when that is a
-/// genetic component. Without such an owner each of them answers 0. A concrete individual adds a genome, calls
-/// `Modified` after every change of it, and overrides `Assign`.
+/// genetic component. Without such an owner each of them answers 0. A concrete individual adds a genome,
+/// calls `Modified` after every change of it, and overrides `Assign`.
 class TQXIndividual : public TCollectionItem {
 public:
   /// Copies fitness (a stale source is evaluated first), stale flag and name of another individual.

@@ -1,6 +1,5 @@
-#include <qx/engine/Population.h>
-
 #include <qx/engine/GeneticComponent.h>
+#include <qx/engine/Population.h>
 
 namespace qx {
 
@@ -9,11 +8,15 @@ TQXPopulation::TQXPopulation(TPersistent* Owner, TItemClass<TQXIndividual> ItemC
 
 void TQXPopulation::Assign(const TPersistent& Source) {
   if (const auto* Population = SourceAs<TQXPopulation>(Source)) {
-    for (const TQXIndividual& Individual : *Population) {
-      static_cast<void>(Individual.Fitness());
-    }
+    Population->EvaluateStale();
   }
   TTypedCollection::Assign(Source);
+}
+
+void TQXPopulation::EvaluateStale() const {
+  for (int I = 0; I < Count(); ++I) {
+    static_cast<void>(Items(I).Fitness());
+  }
 }
 
 void TQXPopulation::Notify(TCollectionItem& Item, TCollectionNotification Action) {

@@ -9,7 +9,8 @@ namespace qx {
 /// component that owns it.
 class TQXPopulation : public TTypedCollection<TQXIndividual, TOwnedCollection> {
 public:
-  /// @param Owner  the genetic component that the population belongs to; any other object, or nullptr, makes a
+  /// @param Owner  the genetic component that the population belongs to; any other object, or nullptr, makes
+  /// a
   ///               population whose members have no fitness.
   explicit TQXPopulation(TPersistent* Owner,
                          TItemClass<TQXIndividual> ItemClass = ItemClassOf<TQXIndividual>());
@@ -20,6 +21,9 @@ public:
   /// Members of the source that are stale are evaluated before the first own member goes, so that a fitness
   /// handler that raises changes nothing here.
   void Assign(const TPersistent& Source) override;
+
+  /// Evaluates the members whose fitness is stale.
+  void EvaluateStale() const;
 
 protected:
   void Notify(TCollectionItem& Item, TCollectionNotification Action) override;

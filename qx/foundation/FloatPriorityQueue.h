@@ -8,8 +8,8 @@
 
 namespace qx {
 
-/// Ranks objects by a key in single precision, the best at position 0. Equal keys keep the order in which they
-/// were pushed. Objects are referred to, never owned.
+/// Ranks objects by a key in single precision, the best at position 0. Equal keys keep the order in which
+/// they were pushed. Objects are referred to, never owned.
 ///
 /// Pushing and removing are O(1); the first read after either sorts, so that filling, emptying and ranking n
 /// objects costs O(n log n) in all. Memory is kept for the next filling.
@@ -31,14 +31,15 @@ public:
 
   void Push(TObject& Object, float Key) {
     DropRemoved();
-    FEntries.push_back({Key, FEntries.size(), &Object});
+    FEntries.push_back({Key, FPushes++, &Object});
     FSorted = false;
   }
 
   /// Takes all entries of the object out, if there are any.
   void Remove(const TObject& Object) {
-    if (!FEntries.empty()) {
-      FRemoved.push_back(&Object);
+    FRemoved.push_back(&Object);
+    if (FRemoved.size() > FEntries.size()) {
+      DropRemoved();
     }
   }
 
@@ -83,6 +84,7 @@ private:
   }
 
   std::vector<TEntry> FEntries;
+  std::size_t FPushes = 0;
   std::vector<const TObject*> FRemoved;
   bool FHighestFirst = false;
   bool FSorted = true;

@@ -18,17 +18,18 @@ std::uint64_t LowMask(int Length) {
   return Length >= WordBits ? ~std::uint64_t{0} : (std::uint64_t{1} << Length) - 1;
 }
 
-// The nearest integer, halves to even, as the 64 bits that an integer field keeps the low ones of.
-std::uint64_t NearestInteger(double Value) {
-  if (std::isnan(Value)) {
-    return 0;
+// The nearest integer, halves to even, that a field of `Length` bits can hold; the field keeps its low bits.
+std::int64_t NearestInteger(double Value, int Length, bool Signed) {
+  const int Bits = std::min(Length, WordBits) - (Signed ? 1 : 0);
+  const double Beyond = std::ldexp(1.0, Bits);
+  const double Whole = std::isnan(Value) ? 0 : std::nearbyint(Value);
+  if (Whole >= Beyond) {
+    return static_cast<std::int64_t>(LowMask(Bits));
   }
-  const double Whole = std::nearbyint(Value);
   if (Whole < 0) {
-    return static_cast<std::uint64_t>(Whole <= -0x1p63 ? std::numeric_limits<std::int64_t>::min()
-                                                       : static_cast<std::int64_t>(Whole));
+    return Signed ? static_cast<std::int64_t>(std::max(Whole, -Beyond)) : 0;
   }
-  return Whole >= 0x1p64 ? std::numeric_limits<std::uint64_t>::max() : static_cast<std::uint64_t>(Whole);
+  return static_cast<std::int64_t>(static_cast<std::uint64_t>(Whole));
 }
 
 template <class TReal>
@@ -129,7 +130,8 @@ double TQXEncodedBits::GetAsDouble(int Offset, int Length) const {
     return FromImage(std::bit_cast<double>(ReadBits(Offset, Length)), FPreserveSignBit);
   }
   const std::int64_t Whole = ReadInteger(Offset, Length);
-  return FPreserveSignBit ? static_cast<double>(Whole) : static_cast<double>(static_cast<std::uint64_t>(Whole));
+  return FPreserveSignBit ? static_cast<double>(Whole)
+                          : static_cast<double>(static_cast<std::uint64_t>(Whole));
 }
 
 void TQXEncodedBits::SetAsDouble(int Offset, int Length, double Value) {
@@ -138,8 +140,8 @@ void TQXEncodedBits::SetAsDouble(int Offset, int Length, double Value) {
     WriteBits(Offset, Length, std::bit_cast<std::uint32_t>(NearestSingle(Value)));
   } else if (Length == DoubleBits) {
     WriteBits(Offset, Length, std::bit_cast<std::uint64_t>(Value));
-  } else {
-    WriteInteger(Offset, Length, NearestInteger(Value), FPreserveSignBit && Value < 0);
+  } else if (Length > 0) {
+    SetAsInt64(Offset, Length, NearestInteger(Value, Length, FPreserveSignBit));
   }
 }
 
@@ -166,8 +168,9 @@ void TQXEncodedBits::Decode(int Offset, int Length, std::span<std::uint8_t> Byte
 
 void TQXEncodedBits::CheckField(int Offset, int Length) const {
   if (Offset < 0 || Length < 0 || Offset > Size() - Length) {
-    throw std::out_of_range("Field of " + std::to_string(Length) + " bits at offset " + std::to_string(Offset) +
-                            " is outside the vector of " + std::to_string(Size()) + " bits");
+    throw std::out_of_range("Field of " + std::to_string(Length) + " bits at offset " +
+                            std::to_string(Offset) + " is outside the vector of " + std::to_string(Size()) +
+                            " bits");
   }
 }
 

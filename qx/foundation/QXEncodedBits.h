@@ -13,8 +13,8 @@ namespace qx {
 ///
 /// Integers stand in plain binary, the least significant bit first, in two's complement when the sign counts.
 /// A field wider than the value is filled with its sign (or with 0 when signs do not count); a narrower one
-/// keeps the low bits. Real numbers stand as the IEEE image of a single in fields of 32 bits and of a double in
-/// fields of 64; in fields of any other length as the integer that is nearest, halves to even. A field of
+/// keeps the low bits. Real numbers stand as the IEEE image of a single in fields of 32 bits and of a double
+/// in fields of 64; in fields of any other length as the integer that is nearest, halves to even. A field of
 /// length 0 reads 0 and writes nothing. A field with a negative offset or length, or one that reaches past
 /// `Size`, raises std::out_of_range before anything changes.
 class TQXEncodedBits : public TBits {
@@ -31,8 +31,8 @@ public:
 
   /// The field as '0' and '1' in the order of positions.
   std::string GetAsBitString(int Offset, int Length) const;
-  /// Text that is too short leaves the rest 0, text that is too long is cut. Raises std::invalid_argument, and
-  /// changes nothing, for any character but '0' and '1'.
+  /// Text that is too short leaves the rest 0, text that is too long is cut. Raises std::invalid_argument,
+  /// and changes nothing, for any character but '0' and '1'.
   void SetAsBitString(int Offset, int Length, std::string_view Value);
 
   /// True when any bit of the field is 1.
@@ -49,8 +49,9 @@ public:
   float GetAsFloat(int Offset, int Length) const;
   void SetAsFloat(int Offset, int Length, float Value);
   double GetAsDouble(int Offset, int Length) const;
-  /// A finite value beyond single precision becomes the largest single in a field of 32 bits; one beyond 64-bit
-  /// integers becomes the largest of them in a field of another length.
+  /// A finite value beyond single precision becomes the largest single in a field of 32 bits; in a field of
+  /// any other length than 32 and 64, a value beyond what it holds becomes the nearest integer that it does
+  /// hold.
   void SetAsDouble(int Offset, int Length, double Value);
 
   /// Fills the field from bytes, the least significant bit of the first byte first; missing bytes are 0.

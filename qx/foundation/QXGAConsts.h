@@ -157,8 +157,7 @@ namespace detail {
 /// Returns the value when its ordinal is one of the enumeration's. Otherwise raises std::out_of_range, which
 /// names `What` the value is for, and the ordinal.
 template <class TEnum>
-  requires std::is_enum_v<TEnum>
-TEnum CheckedEnum(TEnum Value, std::string_view What) {
+requires std::is_enum_v<TEnum> TEnum CheckedEnum(TEnum Value, std::string_view What) {
   const auto Ordinal = static_cast<unsigned>(Value);
   if (Ordinal >= EnumNames<TEnum>().size()) {
     detail::RaiseBadOrdinal(What, Ordinal, EnumNames<TEnum>().size());
@@ -168,15 +167,13 @@ TEnum CheckedEnum(TEnum Value, std::string_view What) {
 
 /// The name of a value, such as "fmMinimize". Raises std::out_of_range for no value of the enumeration.
 template <class TEnum>
-  requires std::is_enum_v<TEnum>
-std::string_view EnumName(TEnum Value) {
+requires std::is_enum_v<TEnum> std::string_view EnumName(TEnum Value) {
   return EnumNames<TEnum>()[static_cast<std::size_t>(CheckedEnum(Value, "enumeration"))];
 }
 
 /// The value of a name, case included, or nothing when no value has that name.
 template <class TEnum>
-  requires std::is_enum_v<TEnum>
-std::optional<TEnum> EnumValue(std::string_view Name) {
+requires std::is_enum_v<TEnum> std::optional<TEnum> EnumValue(std::string_view Name) {
   const auto Names = EnumNames<TEnum>();
   for (std::size_t I = 0; I < Names.size(); ++I) {
     if (Names[I] == Name) {

@@ -1,5 +1,4 @@
 #include <qx/genetic_algorithm/GABits.h>
-
 #include <qx/genetic_algorithm/GAIndividual.h>
 #include <qx/platform/Random.h>
 

@@ -1,5 +1,4 @@
 #include <qx/genetic_algorithm/GAGene.h>
-
 #include <qx/genetic_algorithm/GAGenes.h>
 #include <qx/genetic_algorithm/GeneticAlgorithm.h>
 #include <qx/platform/Text.h>
@@ -40,9 +39,7 @@ T LimitAs(double Limit) {
 
 int BitsRequired(std::uint32_t Value) { return static_cast<int>(std::bit_width(Value)); }
 
-TQXGAGenes* TQXGAGene::Collection() const {
-  return dynamic_cast<TQXGAGenes*>(TCollectionItem::Collection());
-}
+TQXGAGenes* TQXGAGene::Collection() const { return dynamic_cast<TQXGAGenes*>(TCollectionItem::Collection()); }
 
 void TQXGAGene::SetCollection(TQXGAGenes& Value) { TCollectionItem::SetCollection(Value); }
 
@@ -86,8 +83,8 @@ void TQXGAGene::SetPreserveSignBit(bool Value) {
   }
 }
 
-// The two limit rules differ on purpose: a new maximum only ever moves the minimum, and only here is a negative
-// minimum of an unsigned gene raised.
+// The two limit rules differ on purpose: a new maximum only ever moves the minimum, and only here is a
+// negative minimum of an unsigned gene raised.
 void TQXGAGene::SetMaxValue(double Value) {
   RequireNumber(Value, "MaxValue");
   if (Value == FMaxValue) {
@@ -312,7 +309,7 @@ void TQXGAGene::EnumerationsChange() {
 
 void TQXGAGene::StoreSize(int Value) {
   if (TQXGAGenes* const Genes = Collection()) {
-    Genes->CheckGrowth(*this, Value);
+    Genes->CheckGrowth(*this, FSize, Value);
     Genes->OffsetsUnknownFrom(Index() + 1);
   }
   FSize = Value;
@@ -338,18 +335,30 @@ void TQXGAGene::RequireNumber(double Value, std::string_view What) const {
 
 template <class T>
 T TQXGAGene::Clamped(T Value) const {
-  const auto Number = static_cast<double>(Value);
-  RequireNumber(Number, "a value");
-  if (Number < FMinValue) {
-    return LimitAs<T>(FMinValue);
+  if constexpr (!std::integral<T>) {
+    RequireNumber(Value, "Value");
   }
-  return Number > FMaxValue ? LimitAs<T>(FMaxValue) : Value;
+  const T Low = LimitAs<T>(FMinValue);
+  if (Value < Low) {
+    return Low;
+  }
+  T High = LimitAs<T>(FMaxValue);
+  if constexpr (std::integral<T>) {
+    // Of the limit 2^n - 1 a double knows but 2^n when n is large.
+    const int ValueBits = FPreserveSignBit ? FSize - 1 : FSize;
+    if (ValueBits < std::numeric_limits<T>::digits && FMaxValue == PowerOfTwo(ValueBits) &&
+        FMaxValue - 1 == FMaxValue) {
+      --High;
+    }
+  }
+  return Value > High ? High : Value;
 }
 
 TQXGAIndividual& TQXGAGene::Individual(int Index) const {
   TQXGAGenes* const Genes = Collection();
   if (Genes == nullptr || Genes->Owner() == nullptr) {
-    throw std::logic_error("Gene \"" + DisplayName() + "\" belongs to no genetic algorithm whose individuals it could read");
+    throw std::logic_error("Gene \"" + DisplayName() +
+                           "\" belongs to no genetic algorithm whose individuals it could read");
   }
   return Genes->Owner()->Population()[Index];
 }

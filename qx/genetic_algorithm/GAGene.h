@@ -21,8 +21,8 @@ int BitsRequired(std::uint32_t Value);
 /// A gene: a named field of the chromosome, read and written as a typed value within limits.
 ///
 /// A host sets `GeneType` and `Size` (an enumerated gene takes its size from its list when the type is set
-/// first), which sets the limits to what the field can hold; then it may narrow them. Values outside the limits
-/// are moved to the nearer one when they are written; a value that is not a number raises
+/// first), which sets the limits to what the field can hold; then it may narrow them. Values outside the
+/// limits are moved to the nearer one when they are written; a value that is not a number raises
 /// std::invalid_argument. The type does not restrict access: any gene reads and writes in any form.
 class TQXGAGene : public TCollectionItem {
 public:
@@ -78,7 +78,9 @@ public:
   double GeneAsDouble(TQXEncodedBits& Bits) const { return GeneAsDouble(Bits, FOffset); }
   double GeneAsDouble(TQXEncodedBits& Bits, int Offset) const;
   /// Raises EGAException when the field holds no index of the list.
-  const std::string& GeneAsEnumeration(TQXEncodedBits& Bits) const { return GeneAsEnumeration(Bits, FOffset); }
+  const std::string& GeneAsEnumeration(TQXEncodedBits& Bits) const {
+    return GeneAsEnumeration(Bits, FOffset);
+  }
   const std::string& GeneAsEnumeration(TQXEncodedBits& Bits, int Offset) const;
 
   void SetGeneAsBoolean(TQXEncodedBits& Bits, bool Value) { SetGeneAsBoolean(Bits, FOffset, Value); }

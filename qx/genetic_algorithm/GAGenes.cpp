@@ -1,5 +1,4 @@
 #include <qx/genetic_algorithm/GAGenes.h>
-
 #include <qx/genetic_algorithm/GeneticAlgorithm.h>
 
 #include <algorithm>
@@ -13,13 +12,7 @@ namespace qx {
 TQXGAGenes::TQXGAGenes(TPersistent* Owner, TItemClass<TQXGAGene> ItemClass)
     : TTypedCollection(Owner, ItemClass), FAlgorithm(dynamic_cast<TQXCustomGeneticAlgorithm*>(Owner)) {}
 
-int TQXGAGenes::Size() const {
-  if (Count() == 0) {
-    return 0;
-  }
-  const TQXGAGene& Last = Items(Count() - 1);
-  return Last.Offset() + Last.Size();
-}
+int TQXGAGenes::Size() const { return Count() == 0 ? 0 : EndOf(Items(Count() - 1)); }
 
 void TQXGAGenes::SizeChange(int Index) {
   UpdateOffsets(Index + 1);
@@ -35,15 +28,19 @@ void TQXGAGenes::Move(int From, int To) {
 
 void TQXGAGenes::Notify(TCollectionItem& Item, TCollectionNotification Action) {
   TTypedCollection::Notify(Item, Action);
+  auto& Gene = static_cast<TQXGAGene&>(Item);
   if (Action == cnAdded) {
-    OffsetsUnknownFrom(Item.Index());
+    OffsetsUnknownFrom(Gene.Index());
   }
   UpdateOffsets(0);
-  if (Action != cnAdded) {
-    OffsetsUnknownFrom(Item.Index()); // the gene is about to go
-  }
   if (FAlgorithm != nullptr) {
-    FAlgorithm->GeneNotify(static_cast<TQXGAGene&>(Item), Action);
+    FAlgorithm->GeneNotify(Gene, Action);
+    if (Action == cnAdded && Gene.Size() > 0) { // a gene that was whole before it came
+      FAlgorithm->GenesSizeChange();
+    }
+  }
+  if (Action != cnAdded) {
+    OffsetsUnknownFrom(Gene.Index()); // it goes as soon as this returns
   }
 }
 
@@ -62,7 +59,7 @@ void TQXGAGenes::Update(TCollectionItem* Item) {
 void TQXGAGenes::UpdateOffsets(int Start) {
   const bool FollowsKnown = Start <= FOffsetsKnown;
   for (int I = std::max(FollowsKnown ? FOffsetsKnown : Start, 1); I < Count(); ++I) {
-    Items(I).FOffset = Items(I - 1).Offset() + Items(I - 1).Size();
+    Items(I).FOffset = EndOf(Items(I - 1));
   }
   if (FollowsKnown) {
     FOffsetsKnown = Count();
@@ -71,12 +68,31 @@ void TQXGAGenes::UpdateOffsets(int Start) {
 
 void TQXGAGenes::OffsetsUnknownFrom(int Index) { FOffsetsKnown = std::clamp(Index, 0, FOffsetsKnown); }
 
-void TQXGAGenes::CheckGrowth(const TQXGAGene& Gene, int NewSize) const {
-  const std::int64_t Total = std::int64_t{Size()} + NewSize - Gene.Size();
-  if (Total > std::numeric_limits<int>::max()) {
-    throw std::length_error("Gene \"" + Gene.DisplayName() + "\": a size of " + std::to_string(NewSize) +
-                            " bits makes the genotype too long");
+void TQXGAGenes::CheckGrowth(const TQXGAGene& Gene, int OldSize, int NewSize) const {
+  if (std::int64_t{Size()} + NewSize - OldSize > std::numeric_limits<int>::max()) {
+    RaiseTooLong(Gene);
   }
+}
+
+int TQXGAGenes::EndOf(const TQXGAGene& Gene) {
+  const std::int64_t End = std::int64_t{Gene.Offset()} + Gene.Size();
+  if (End > std::numeric_limits<int>::max()) {
+    RaiseTooLong(Gene);
+  }
+  return static_cast<int>(End);
+}
+
+void TQXGAGenes::RaiseTooLong(const TQXGAGene& Gene) {
+  throw std::length_error("Gene \"" + Gene.DisplayName() + "\" makes the genotype longer than " +
+                          std::to_string(std::numeric_limits<int>::max()) + " bits");
+}
+
+bool TQXGAGenes::Accepts(const TCollectionItem& Item) const {
+  const auto* Gene = dynamic_cast<const TQXGAGene*>(&Item);
+  if (Gene != nullptr) {
+    CheckGrowth(*Gene, 0, Gene->Size());
+  }
+  return Gene != nullptr;
 }
 
 } // namespace qx

@@ -16,7 +16,8 @@ public:
   /// The owner when it is a genetic algorithm, else nullptr.
   TQXCustomGeneticAlgorithm* Owner() const { return FAlgorithm; }
 
-  /// Total length of the genes in bits: the end of the last one.
+  /// Total length of the genes in bits: the end of the last one. The first gene keeps the offset that it has:
+  /// when the gene before it goes or it is moved to the front, the bits before it belong to no gene.
   int Size() const;
 
   void Move(int From, int To) override;
@@ -25,6 +26,8 @@ public:
   virtual void SizeChange(int Index);
 
 protected:
+  /// Raises std::length_error for a gene that makes the genotype too long.
+  bool Accepts(const TCollectionItem& Item) const override;
   void Notify(TCollectionItem& Item, TCollectionNotification Action) override;
   void Update(TCollectionItem* Item) override;
 
@@ -34,8 +37,11 @@ private:
   void UpdateOffsets(int Start);
   // What stands at `Index` and behind it is not known to follow the gene before.
   void OffsetsUnknownFrom(int Index);
-  // Raises std::length_error when the genotype would become too long with the gene at that size.
-  void CheckGrowth(const TQXGAGene& Gene, int NewSize) const;
+  // Raises std::length_error when the genotype would become too long by a gene's new size.
+  void CheckGrowth(const TQXGAGene& Gene, int OldSize, int NewSize) const;
+  // The first bit behind a gene; raises std::length_error when it cannot be told.
+  static int EndOf(const TQXGAGene& Gene);
+  [[noreturn]] static void RaiseTooLong(const TQXGAGene& Gene);
 
   TQXCustomGeneticAlgorithm* FAlgorithm;
   // Genes known to stand end to end, counted from the first; what lies behind is computed when it is due.

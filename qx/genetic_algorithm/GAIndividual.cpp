@@ -1,5 +1,4 @@
 #include <qx/genetic_algorithm/GAIndividual.h>
-
 #include <qx/genetic_algorithm/GAPopulation.h>
 
 namespace qx {
@@ -17,6 +16,7 @@ void TQXGAIndividual::SetCollection(TQXGAPopulation& Value) { TQXIndividual::Set
 
 void TQXGAIndividual::Assign(const TPersistent& Source) {
   if (const auto* Individual = SourceAs<TQXGAIndividual>(Source)) {
+    static_cast<void>(Individual->Fitness()); // may fail; then nothing has changed
     Bits().Assign(Individual->Bits());
     AssignIndividual(*Individual);
   } else {

@@ -1,5 +1,4 @@
 #include <qx/genetic_algorithm/GAPopulation.h>
-
 #include <qx/genetic_algorithm/GeneticAlgorithm.h>
 
 namespace qx {

@@ -1,6 +1,5 @@
-#include <qx/genetic_algorithm/GeneticAlgorithm.h>
-
 #include <qx/collections/QXGenerics.Collections.h>
+#include <qx/genetic_algorithm/GeneticAlgorithm.h>
 #include <qx/platform/Random.h>
 
 #include <stdexcept>
@@ -10,11 +9,18 @@ namespace qx {
 
 TQXCustomGeneticAlgorithm::TQXCustomGeneticAlgorithm(TComponent* Owner) : TQXTypedGeneticComponent(Owner) {}
 
+TQXCustomGeneticAlgorithm::~TQXCustomGeneticAlgorithm() { FreeGenerations(); }
+
 TQXGAGenes& TQXCustomGeneticAlgorithm::Genes() {
   if (FGenes == nullptr) {
     FGenes = CreateGenes(ItemClassOf<TQXGAGene>());
   }
   return *FGenes;
+}
+
+void TQXCustomGeneticAlgorithm::SetGenes(const TQXGAGenes& Value) {
+  Genes().Assign(Value);
+  GenesSizeChange();
 }
 
 void TQXCustomGeneticAlgorithm::SetGeneSize(int Value) {
@@ -40,6 +46,7 @@ void TQXCustomGeneticAlgorithm::SetCrossoverMethod(TGACrossoverMethod Value) {
 void TQXCustomGeneticAlgorithm::Assign(const TPersistent& Source) {
   const auto* Algorithm = SourceAs<TQXCustomGeneticAlgorithm>(Source);
   if (Algorithm != nullptr && Algorithm != this) {
+    Algorithm->EvaluateStale(); // may fail; then nothing has changed
     FGeneSize = Algorithm->FGeneSize;
     FCrossoverMethod = Algorithm->FCrossoverMethod;
     if (Algorithm->FGenes != nullptr) {
@@ -69,7 +76,9 @@ std::unique_ptr<TQXGAGenes> TQXCustomGeneticAlgorithm::CreateGenes(TItemClass<TQ
 void TQXCustomGeneticAlgorithm::PopulationNotify(TQXIndividual& Item, TCollectionNotification Action) {
   TQXTypedGeneticComponent::PopulationNotify(Item, Action);
   if (Action == cnAdded) {
-    static_cast<TQXGAIndividual&>(Item).Bits().SetSize(FGeneSize);
+    if (auto* const Individual = dynamic_cast<TQXGAIndividual*>(&Item)) {
+      Individual->Bits().SetSize(FGeneSize);
+    }
   }
 }
 
@@ -125,8 +134,8 @@ bool TQXCustomGeneticAlgorithm::DoCrossover(TQXIndividual& Parent1, TQXIndividua
   return Allowed;
 }
 
-// A boundary is the first bit of what follows it, and the chromosome's crossover takes that bit from the first
-// parent too.
+// A boundary is the first bit of what follows it, and the chromosome's crossover takes that bit from the
+// first parent too.
 int TQXCustomGeneticAlgorithm::DrawCrossoverBit(int Length) {
   int Unit = 1;
   switch (FCrossoverMethod) {

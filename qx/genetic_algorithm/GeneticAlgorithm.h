@@ -25,18 +25,20 @@ using TQXGACrossoverEvent =
 ///     qx::TQXGAGene& x = ga.Genes().Add();
 ///     x.SetGeneType(qx::gtInteger);
 ///     x.SetSize(8);
-///     ga.OnEvaluateFitness = [&](auto&, auto& item, double& fitness) { fitness = x.GeneAsInteger(item.Bits()); };
-///     ga.Evolve(50);
+///     ga.OnEvaluateFitness = [&](auto&, auto& item, double& fitness) { fitness =
+///     x.GeneAsInteger(item.Bits()); }; ga.Evolve(50);
 class TQXCustomGeneticAlgorithm
     : public TQXTypedGeneticComponent<TQXCustomGeneticComponent, TQXCustomGeneticAlgorithm, TQXGAIndividual,
                                       TQXGAPopulation> {
 public:
   explicit TQXCustomGeneticAlgorithm(TComponent* Owner = nullptr);
+  /// Frees the individuals first, which may look at the genotype to the last.
+  ~TQXCustomGeneticAlgorithm() override;
 
   /// The genotype.
   TQXGAGenes& Genes();
-  /// Copies the given genes into the genotype. `GeneSize` stays: set it when the genotype became longer.
-  void SetGenes(const TQXGAGenes& Value) { Genes().Assign(Value); }
+  /// Copies the given genes into the genotype; `GeneSize` follows when that became longer.
+  void SetGenes(const TQXGAGenes& Value);
   /// Length in bits of every chromosome of the population. It follows the genotype when that grows, and never
   /// shrinks with it; bits behind the genes take part in crossover and mutation. A new size resizes every
   /// chromosome. Raises std::out_of_range for a negative one.

@@ -30,9 +30,7 @@ TCollectionItem& TOwnedCollection::Insert(int Index, std::unique_ptr<TCollection
   if (!Item) {
     throw std::invalid_argument("No item to insert into the " + ClassName());
   }
-  if (!Accepts(*Item)) {
-    throw std::invalid_argument("A " + ClassName() + " does not hold items of class " + Item->ClassName());
-  }
+  RequireAccepted(*Item);
   TCollectionItem& Inserted = *Item;
   FItems.insert(FItems.begin() + Index, std::move(Item));
   Renumber(static_cast<std::size_t>(Index), FItems.size());
@@ -128,6 +126,12 @@ void TOwnedCollection::RaiseIndexError(int Index) const {
                           std::to_string(Count()) + " items");
 }
 
+void TOwnedCollection::RequireAccepted(const TCollectionItem& Item) const {
+  if (!Accepts(Item)) {
+    throw std::invalid_argument("A " + ClassName() + " does not hold items of class " + Item.ClassName());
+  }
+}
+
 void TOwnedCollection::CheckInsertIndex(int Index) const {
   if (Index < 0 || Index > Count()) {
     RaiseIndexError(Index);
@@ -142,14 +146,19 @@ void TOwnedCollection::Renumber(std::size_t From, std::size_t To) {
 
 std::unique_ptr<TCollectionItem> TOwnedCollection::Remove(TCollectionItem& Item,
                                                           TCollectionNotification Action) {
+  const int Index = Item.FIndex;
   Notify(Item, Action);
-  if (Item.FCollection != this) { // the receiver may have taken it out itself
-    return nullptr;
+  // The receiver may have moved the item, or taken it out and freed it.
+  auto Place = FItems.begin() + std::min(Index, Count());
+  if (Place == FItems.end() || Place->get() != &Item) {
+    Place = std::find_if(FItems.begin(), FItems.end(), [&](const auto& Slot) { return Slot.get() == &Item; });
+    if (Place == FItems.end()) {
+      return nullptr;
+    }
   }
-  const auto Place = FItems.begin() + Item.FIndex;
   std::unique_ptr<TCollectionItem> Removed = std::move(*Place);
-  FItems.erase(Place);
-  Renumber(static_cast<std::size_t>(Item.FIndex), FItems.size());
+  const auto Next = FItems.erase(Place);
+  Renumber(static_cast<std::size_t>(Next - FItems.begin()), FItems.size());
   Item.FCollection = nullptr;
   Item.FID = -1;
   Item.FIndex = -1;

@@ -77,8 +77,8 @@ public:
   TCollectionItem& Add() { return Insert(Count()); }
   /// Makes an item and inserts it at `Index`, 0 to `Count`.
   TCollectionItem& Insert(int Index);
-  /// Takes over a whole item that belongs to no collection. Raises std::invalid_argument for nullptr and for an
-  /// item of a class that the collection does not hold.
+  /// Takes over a whole item that belongs to no collection. Raises std::invalid_argument for nullptr and for
+  /// an item of a class that the collection does not hold.
   TCollectionItem& Insert(int Index, std::unique_ptr<TCollectionItem> Item);
   /// Hands the item over to the caller. Raises std::invalid_argument when it is not in this collection.
   std::unique_ptr<TCollectionItem> Extract(TCollectionItem& Item);
@@ -120,6 +120,7 @@ private:
   }
   [[noreturn]] void RaiseIndexError(int Index) const;
   void CheckInsertIndex(int Index) const;
+  void RequireAccepted(const TCollectionItem& Item) const;
   void Renumber(std::size_t From, std::size_t To);
   std::unique_ptr<TCollectionItem> Remove(TCollectionItem& Item, TCollectionNotification Action);
   void ItemChanged(TCollectionItem& Item) {

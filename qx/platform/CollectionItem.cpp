@@ -12,6 +12,7 @@ void TCollectionItem::SetCollection(TOwnedCollection& Value) {
   if (FCollection == nullptr) {
     throw std::logic_error("The " + ClassName() + " is in no collection: hand it over with Insert");
   }
+  Value.RequireAccepted(*this);
   Value.Insert(Value.Count(), FCollection->Extract(*this));
 }
 

@@ -15,7 +15,8 @@ public:
   /// The collection that owns the item, or nullptr.
   TOwnedCollection* Collection() const { return FCollection; }
   /// Moves the item, with its ownership, to the end of another collection; it gets a new ID there. Raises
-  /// std::logic_error when it is in no collection (hand it over with `TOwnedCollection::Insert`).
+  /// std::logic_error when it is in no collection (hand it over with `TOwnedCollection::Insert`), and
+  /// std::invalid_argument, before it leaves, when the other does not hold items of its class.
   void SetCollection(TOwnedCollection& Value);
 
   /// Number that the collection gave to the item and gives to no other; -1 outside any collection.

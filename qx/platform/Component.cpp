@@ -38,21 +38,24 @@ TComponent& TComponent::Components(int Index) const {
 
 TComponent* TComponent::FindComponent(std::string_view Name) const {
   const auto Found = std::find_if(FComponents.begin(), FComponents.end(), [&](const TComponent* Component) {
-    return SameText(Component->FName, Name);
+    return !Name.empty() && SameText(Component->FName, Name);
   });
   return Found == FComponents.end() ? nullptr : *Found;
 }
 
-TComponent& TComponent::Adopt(std::unique_ptr<TComponent> Component) {
-  if (!Component) {
+void TComponent::RequireAdoptable(const TComponent* Component) const {
+  if (Component == nullptr) {
     throw std::invalid_argument("No component to adopt");
   }
   for (const TComponent* Ancestor = this; Ancestor != nullptr; Ancestor = Ancestor->FOwner) {
-    if (Ancestor == Component.get()) {
+    if (Ancestor == Component) {
       throw std::invalid_argument("Component \"" + Ancestor->FName + "\" cannot be owned by itself");
     }
   }
-  RequireFreeName(Component->FName, Component.get());
+  RequireFreeName(Component->FName, Component);
+}
+
+void TComponent::TakeOver(std::unique_ptr<TComponent> Component) {
   TComponent& Adopted = *Component;
   FAdopted.push_back(std::move(Component));
   if (Adopted.FOwner != this) {
@@ -62,7 +65,6 @@ TComponent& TComponent::Adopt(std::unique_ptr<TComponent> Component) {
     }
     Adopted.FOwner = this;
   }
-  return Adopted;
 }
 
 void TComponent::RequireFreeName(std::string_view Name, const TComponent* Except) const {

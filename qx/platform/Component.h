@@ -2,9 +2,11 @@
 
 #include <qx/platform/Persistent.h>
 
+#include <concepts>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace qx {
@@ -28,14 +30,22 @@ public:
   int ComponentCount() const { return static_cast<int>(FComponents.size()); }
   /// Raises std::out_of_range.
   TComponent& Components(int Index) const;
-  /// The owned component of that name, compared without case, or nullptr.
+  /// The owned component of that name, compared without case, or nullptr. Nobody has the empty name.
   TComponent* FindComponent(std::string_view Name) const;
 
   /// Takes over the component: this one becomes its owner and frees it. Raises std::invalid_argument, and
-  /// leaves everything as it was, when the name is taken or the component would come to own itself.
-  TComponent& Adopt(std::unique_ptr<TComponent> Component);
+  /// leaves everything as it was, when there is none, its name is taken, or it would come to own itself.
+  template <std::derived_from<TComponent> T>
+  T& Adopt(std::unique_ptr<T>&& Component) {
+    RequireAdoptable(Component.get());
+    T& Adopted = *Component;
+    TakeOver(std::move(Component));
+    return Adopted;
+  }
 
 private:
+  void RequireAdoptable(const TComponent* Component) const;
+  void TakeOver(std::unique_ptr<TComponent> Component);
   void RequireFreeName(std::string_view Name, const TComponent* Except) const;
 
   TComponent* FOwner;

@@ -2,13 +2,15 @@
 
 #include <concepts>
 #include <initializer_list>
+#include <stdexcept>
 #include <type_traits>
 
 namespace qx {
 
-/// A set of the values of an enumeration, held as bits: bit n stands for the value of ordinal n, 0 to 31.
+/// A set of the values of an enumeration, held as bits: bit n stands for the value of ordinal n, 0 to 31. An
+/// ordinal beyond that raises std::out_of_range.
 template <class TEnum>
-  requires std::is_enum_v<TEnum>
+requires std::is_enum_v<TEnum>
 class TEnumSet {
 public:
   constexpr TEnumSet() = default;
@@ -33,7 +35,13 @@ public:
   constexpr bool operator==(const TEnumSet&) const = default;
 
 private:
-  static constexpr unsigned Mask(TEnum Value) { return 1U << static_cast<unsigned>(Value); }
+  static constexpr unsigned Mask(TEnum Value) {
+    constexpr unsigned Places = 32;
+    if (static_cast<unsigned>(Value) >= Places) {
+      throw std::out_of_range("A set of enumeration values cannot hold one of so high an ordinal");
+    }
+    return 1U << static_cast<unsigned>(Value);
+  }
 
   unsigned FBits = 0;
 };

@@ -12,6 +12,12 @@ namespace qx {
 template <class TSignature>
 class TQXEvent;
 
+/// A callable that may be empty, as function pointers and std::function may.
+template <class TCallable>
+concept Nullable = std::is_constructible_v<TCallable, std::nullptr_t> && requires(const TCallable& Callable) {
+  static_cast<bool>(Callable == nullptr);
+};
+
 /// A slot for one handler: assign any callable of matching parameters, test the slot, call it, clear it with
 /// nullptr.
 ///
@@ -39,9 +45,15 @@ public:
     return *this;
   }
   template <class TCallable>
-    requires(!std::derived_from<std::remove_cvref_t<TCallable>, TQXEvent>)
-  TQXEvent& operator=(TCallable&& Callable) {
-    Store(Wrap(std::forward<TCallable>(Callable)));
+  requires(!std::derived_from<std::remove_cvref_t<TCallable>, TQXEvent>) TQXEvent&
+  operator=(TCallable&& Callable) {
+    if constexpr (requires {
+                    { Callable.Slot() } -> std::convertible_to<const TQXEvent&>;
+                  }) { // a view through derived types
+      Store(static_cast<const TQXEvent&>(Callable.Slot()).FHandler);
+    } else {
+      Store(Wrap(std::forward<TCallable>(Callable)));
+    }
     return *this;
   }
 
@@ -106,7 +118,7 @@ private:
     using TStored = std::decay_t<TCallable>;
     static_assert(std::is_invocable_v<TStored&, TArguments...>,
                   "the handler's parameters do not match the event's");
-    if constexpr (std::is_constructible_v<TStored, std::nullptr_t>) { // function pointers, std::function
+    if constexpr (Nullable<TStored>) {
       if (Callable == nullptr) {
         return nullptr;
       }
@@ -149,8 +161,8 @@ private:
 };
 
 template <class TWanted, class TGiven>
-  requires(std::is_base_of_v<TGiven, TWanted> && !std::is_same_v<TWanted, TGiven>)
-class TNarrowed<TWanted&, TGiven&> {
+requires(std::is_base_of_v<TGiven, TWanted> &&
+         !std::is_same_v<TWanted, TGiven>) class TNarrowed<TWanted&, TGiven&> {
 public:
   explicit TNarrowed(TGiven& Given) : FGiven(Given) {}
   TWanted& Get() { return static_cast<TWanted&>(FGiven); }
@@ -161,8 +173,8 @@ private:
 
 // A pointer that the handler may set: it sees a pointer of its own class, whose value is carried back.
 template <class TWanted, class TGiven>
-  requires(std::is_base_of_v<TGiven, TWanted> && !std::is_same_v<TWanted, TGiven>)
-class TNarrowed<TWanted*&, TGiven*&> {
+requires(std::is_base_of_v<TGiven, TWanted> &&
+         !std::is_same_v<TWanted, TGiven>) class TNarrowed<TWanted*&, TGiven*&> {
 public:
   explicit TNarrowed(TGiven*& Given) : FGiven(Given), FWanted(static_cast<TWanted*>(Given)) {}
   TNarrowed(const TNarrowed&) = delete;
@@ -199,8 +211,8 @@ public:
     return *this;
   }
   template <class TCallable>
-    requires(!std::derived_from<std::remove_cvref_t<TCallable>, TQXTypedEvent>)
-  TQXTypedEvent& operator=(TCallable&& Callable) {
+  requires(!std::derived_from<std::remove_cvref_t<TCallable>, TQXTypedEvent>) TQXTypedEvent&
+  operator=(TCallable&& Callable) {
     using TStored = std::decay_t<TCallable>;
     if constexpr (std::derived_from<TStored, TBaseEvent>) {
       FSlot = Callable;
@@ -209,17 +221,13 @@ public:
                          }) {
       FSlot = Callable.Slot();
     } else {
-      static_assert(std::is_invocable_v<TStored&, TTyped...>,
-                    "the handler's parameters do not match the event's");
-      if constexpr (std::is_constructible_v<TStored, std::nullptr_t>) {
+      if constexpr (Nullable<TStored>) {
         if (Callable == nullptr) {
           FSlot = nullptr;
           return *this;
         }
       }
-      FSlot = [Handler = TStored(std::forward<TCallable>(Callable))](TBase... Arguments) mutable {
-        Handler(TNarrowed<TTyped, TBase>(static_cast<TBase>(Arguments)).Get()...);
-      };
+      Store(std::forward<TCallable>(Callable));
     }
     return *this;
   }
@@ -234,6 +242,18 @@ public:
   TBaseEvent& Slot() const { return FSlot; }
 
 private:
+  template <class TCallable>
+  void Store(TCallable&& Callable) {
+    using TStored = std::decay_t<TCallable>;
+    if constexpr (std::is_invocable_v<TStored&, TTyped...>) {
+      FSlot = [Handler = TStored(std::forward<TCallable>(Callable))](TBase... Arguments) mutable {
+        Handler(TNarrowed<TTyped, TBase>(static_cast<TBase>(Arguments)).Get()...);
+      };
+    } else { // a handler of the slot's own types, or a mismatch that the slot names
+      FSlot = std::forward<TCallable>(Callable);
+    }
+  }
+
   TBaseEvent& FSlot;
 };
 

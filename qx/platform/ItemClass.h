@@ -18,8 +18,8 @@ class TItemClass {
 public:
   /// A class of `TDerived` items serves wherever `TBase` items are wanted.
   template <class TDerived>
-    requires std::derived_from<TDerived, TBase>
-  TItemClass(TItemClass<TDerived> Derived) : FMake(Derived.FMake), FType(Derived.FType) {}
+  requires std::derived_from<TDerived, TBase> TItemClass(TItemClass<TDerived> Derived)
+      : FMake(Derived.FMake), FType(Derived.FType) {}
 
   std::unique_ptr<TBase> Make() const { return std::unique_ptr<TBase>(static_cast<TBase*>(FMake())); }
   std::string Name() const { return ClassNameOf(*FType); }
@@ -37,7 +37,9 @@ private:
   TItemClass(TCollectionItem* (*MakeItem)(), const std::type_info& Type) : FMake(MakeItem), FType(&Type) {}
 
   // Only for who knows that the class makes `TBase` items.
-  static TItemClass Narrowed(TItemClass<TCollectionItem> Class) { return TItemClass(Class.FMake, *Class.FType); }
+  static TItemClass Narrowed(TItemClass<TCollectionItem> Class) {
+    return TItemClass(Class.FMake, *Class.FType);
+  }
 
   TCollectionItem* (*FMake)();
   const std::type_info* FType;

@@ -156,8 +156,8 @@ public:
   }
 
   // A draw k / 2^53, where k is the upper 53 bits of a word, is below p exactly when k is below
-  // ceil(p * 2^53), that is, when the word is below 2^11 times that. For p of 1 and more that is no word: 0 stands
-  // for it.
+  // ceil(p * 2^53), that is, when the word is below 2^11 times that. For p of 1 and more that is no word: 0
+  // stands for it.
   std::uint64_t Threshold(double Probability) {
     if (Probability != FProbability) [[unlikely]] {
       const double Scaled = Probability > 0 && Probability < 1 ? Probability * 0x1p53 : 0;
@@ -193,20 +193,11 @@ constinit TGenerator Generator;
 
 } // namespace
 
-std::int64_t SlowRandomInteger(std::int64_t n) {
-  if (Generator.Source() != nullptr) {
-    return Generator.Source()->Integer(n);
+TQXRandomSource* RefillRandomBlock() {
+  if (Generator.Source() == nullptr) {
+    Generator.Refill();
   }
-  Generator.Refill();
-  return Random(n);
-}
-
-double SlowRandomReal() {
-  if (Generator.Source() != nullptr) {
-    return Generator.Source()->Real();
-  }
-  Generator.Refill();
-  return Random();
+  return Generator.Source();
 }
 
 } // namespace detail
@@ -285,7 +276,7 @@ void RandomBits(std::span<std::uint64_t> Words, std::size_t Count) {
   }
   if (TQXRandomSource* const Source = detail::Generator.Source()) {
     for (std::size_t I = 0; I < Count; ++I) {
-      detail::AppendBits(Words.data(), I, static_cast<std::uint64_t>(Source->Integer(2)), 1);
+      detail::AppendBits(Words.data(), I, static_cast<std::uint64_t>(Source->Integer(2)) & 1, 1);
     }
     return;
   }

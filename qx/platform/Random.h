@@ -5,13 +5,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
+#include <limits>
 #include <span>
 #include <type_traits>
+#include <utility>
 
 namespace qx {
 
-/// Where draws come from when the built-in generator is not wanted: a scripted sequence in a test, a
-/// recording, a generator of the host's own. Install it with `TQXRandomSourceScope`.
+/// Where draws come from when the built-in generator is not wanted: a scripted sequence in a test, or a
+/// generator of the host's own. Install it with `TQXRandomSourceScope`.
 class TQXRandomSource {
 public:
   virtual ~TQXRandomSource() = default;
@@ -61,16 +63,16 @@ private:
 
 namespace detail {
 
-// The generator's draws wait here in blocks. While a source replaces the generator the block is empty, so that
-// the straight way of a draw has one test for both.
+// The generator's draws wait here in blocks. While a source replaces the generator the block is empty, so
+// that the straight way of a draw has one test for both.
 struct TRandomBlock {
   const std::uint64_t* Next = nullptr;
   const std::uint64_t* End = nullptr;
 };
 extern constinit TRandomBlock RandomBlock;
 
-std::int64_t SlowRandomInteger(std::int64_t n);
-double SlowRandomReal();
+// Fills the block and returns nullptr, or returns the source that stands in for the generator.
+TQXRandomSource* RefillRandomBlock();
 
 } // namespace detail
 
@@ -78,7 +80,9 @@ double SlowRandomReal();
 inline double Random() {
   detail::TRandomBlock& Block = detail::RandomBlock;
   if (Block.Next == Block.End) [[unlikely]] {
-    return detail::SlowRandomReal();
+    if (TQXRandomSource* const Source = detail::RefillRandomBlock()) {
+      return Source->Real();
+    }
   }
   return static_cast<double>(*Block.Next++ >> 11) * 0x1p-53;
 }
@@ -86,11 +90,14 @@ inline double Random() {
 /// An integer draw: uniform in 0 to n-1 (each value's chance is within n / 2^64 of 1/n). For n below 1 the
 /// result is 0; a draw is taken all the same.
 template <std::integral T>
-  requires(!std::same_as<T, bool>)
-T Random(T n) {
+requires(!std::same_as<T, bool>) T Random(T n) {
   detail::TRandomBlock& Block = detail::RandomBlock;
   if (Block.Next == Block.End) [[unlikely]] {
-    return static_cast<T>(detail::SlowRandomInteger(static_cast<std::int64_t>(n)));
+    if (TQXRandomSource* const Source = detail::RefillRandomBlock()) {
+      constexpr auto Largest = std::numeric_limits<std::int64_t>::max();
+      return static_cast<T>(
+          Source->Integer(std::cmp_less(n, Largest) ? static_cast<std::int64_t>(n) : Largest));
+    }
   }
   const std::uint64_t Draw = *Block.Next++;
   if (n <= 0) {

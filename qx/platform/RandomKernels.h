@@ -21,14 +21,15 @@ struct TRandomKernels {
   const char* Name;
   /// Writes the draws of `Steps` steps, eight each.
   void (*Fill)(TRandomLanes& Lanes, std::uint64_t* Draws, std::size_t Steps);
-  /// Writes one bit a draw, 64 a word: 1 when the draw is below `Threshold`. The first `Waiting` draws, 0 to 63,
-  /// stand at `Draws`; `Fresh` more, at least one, come from the lanes, and those of the last step, of which some
-  /// may be left over, are written to `LastDraws`. The bits of the last word behind the last draw are 0. Up to
-  /// seven draws behind the waiting ones are read.
+  /// Writes one bit a draw, 64 a word: 1 when the draw is below `Threshold`. The first `Waiting` draws, 0 to
+  /// 63, stand at `Draws`; `Fresh` more, at least one, come from the lanes, and those of the last step, of
+  /// which some may be left over, are written to `LastDraws`. The bits of the last word behind the last draw
+  /// are 0. Up to seven draws behind the waiting ones are read.
   void (*GenerateBelow)(TRandomLanes& Lanes, std::uint64_t Threshold, const std::uint64_t* Draws,
-                        std::size_t Waiting, std::uint64_t* Words, std::size_t Fresh, std::uint64_t* LastDraws);
-  /// Bit i of the result is set when `Draws[i]` is below `Threshold`, for the first `Count` draws, at most 64.
-  /// Up to seven draws past `Count` are read.
+                        std::size_t Waiting, std::uint64_t* Words, std::size_t Fresh,
+                        std::uint64_t* LastDraws);
+  /// Bit i of the result is set when `Draws[i]` is below `Threshold`, for the first `Count` draws, at
+  /// most 64. Up to seven draws past `Count` are read.
   std::uint64_t (*CompareBelow)(const std::uint64_t* Draws, std::size_t Count, std::uint64_t Threshold);
 };
 
