@@ -14,6 +14,8 @@ write_basic_package_version_file(QXEvolutionConfigVersion.cmake COMPATIBILITY Sa
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/QXEvolutionConfig.cmake
   ${CMAKE_CURRENT_BINARY_DIR}/QXEvolutionConfigVersion.cmake DESTINATION ${QX_CMAKE_DIR})
 
+# The file finds the package by its own place, wherever `cmake --install --prefix` puts it.
+file(RELATIVE_PATH QX_PREFIX_OF_PC /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/qxevolution.pc.in qxevolution.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/qxevolution.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})

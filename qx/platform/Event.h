@@ -12,11 +12,11 @@ namespace qx {
 template <class TSignature>
 class TQXEvent;
 
-/// A callable that may be empty, as function pointers and std::function may.
+/// A callable that may be empty, as function pointers and std::function may; a function itself never is.
 template <class TCallable>
-concept Nullable = std::is_constructible_v<TCallable, std::nullptr_t> && requires(const TCallable& Callable) {
-  static_cast<bool>(Callable == nullptr);
-};
+concept Nullable = !std::is_function_v<std::remove_reference_t<TCallable>> &&
+                   std::is_constructible_v<std::decay_t<TCallable>, std::nullptr_t> &&
+                   requires(const TCallable& Callable) { static_cast<bool>(Callable == nullptr); };
 
 /// A slot for one handler: assign any callable of matching parameters, test the slot, call it, clear it with
 /// nullptr.
@@ -118,7 +118,7 @@ private:
     using TStored = std::decay_t<TCallable>;
     static_assert(std::is_invocable_v<TStored&, TArguments...>,
                   "the handler's parameters do not match the event's");
-    if constexpr (Nullable<TStored>) {
+    if constexpr (Nullable<TCallable>) {
       if (Callable == nullptr) {
         return nullptr;
       }
@@ -221,7 +221,7 @@ public:
                          }) {
       FSlot = Callable.Slot();
     } else {
-      if constexpr (Nullable<TStored>) {
+      if constexpr (Nullable<TCallable>) {
         if (Callable == nullptr) {
           FSlot = nullptr;
           return *this;

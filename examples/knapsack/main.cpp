@@ -1,0 +1,104 @@
+// Packs a knapsack (0-1 knapsack problem; instance of 15 items after Kreher and Stinson): which items of
+// given profit and weight are the most profitable ones that do not exceed the capacity? One boolean gene an
+// item.
+//
+// Usage: knapsack [--seed N]
+
+#include <qx/genetic_algorithm/QXGeneticAlgorithm.h>
+#include <qx/platform/Random.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace {
+
+struct TItem {
+  int Profit;
+  int Weight;
+};
+
+constexpr std::array<TItem, 15> Items = {{{135, 70},
+                                          {139, 73},
+                                          {149, 77},
+                                          {150, 80},
+                                          {156, 82},
+                                          {163, 87},
+                                          {173, 90},
+                                          {184, 94},
+                                          {192, 98},
+                                          {201, 106},
+                                          {210, 110},
+                                          {214, 113},
+                                          {221, 115},
+                                          {229, 118},
+                                          {240, 120}}};
+constexpr int Capacity = 750;
+constexpr int Optimum = 1458;
+
+TItem Load(qx::TQXGAGenes& Genes, qx::TQXGABits& Bits) {
+  TItem Sum{0, 0};
+  for (const qx::TQXGAGene& Gene : Genes) {
+    if (Gene.GeneAsBoolean(Bits)) {
+      const TItem& Item = Items[static_cast<std::size_t>(Gene.Index())];
+      Sum = {Sum.Profit + Item.Profit, Sum.Weight + Item.Weight};
+    }
+  }
+  return Sum;
+}
+
+} // namespace
+
+int main(int Count, char** Arguments) {
+  const bool Seeded = Count == 3 && std::strcmp(Arguments[1], "--seed") == 0;
+  if (Count != 1 && !Seeded) {
+    std::fprintf(stderr, "Usage: %s [--seed N]\n", Arguments[0]);
+    return EXIT_FAILURE;
+  }
+  qx::SeedRandom(Seeded ? std::strtoull(Arguments[2], nullptr, 10) : 1);
+
+  qx::TQXGeneticAlgorithm ga;
+  for (std::size_t I = 0; I < Items.size(); ++I) {
+    qx::TQXGAGene& Gene = ga.Genes().Add();
+    Gene.SetName("item" + std::to_string(I + 1));
+    Gene.SetGeneType(qx::gtBoolean);
+    Gene.SetSize(1);
+  }
+  ga.SetInitialPopulation(400);
+  ga.SetFitnessMethod(qx::fmMaximize);
+  ga.SetSelectionMethod(qx::smTournament);
+  ga.SetMutationProbability(0.05);
+  // What is too heavy loses more profit than it could have gained: the excess counts ten times.
+  ga.OnEvaluateFitness = [&](auto&, auto& Item, double& Fitness) {
+    const TItem Sum = Load(ga.Genes(), Item.Bits());
+    Fitness = Sum.Weight <= Capacity ? Sum.Profit : Capacity - 10.0 * (Sum.Weight - Capacity);
+  };
+  qx::TQXGAIndividual Best;
+  ga.OnEvolve = [&](auto& Sender) {
+    if (Sender.FittestIndividual()->Fitness() > Load(Sender.Genes(), Best.Bits()).Profit) {
+      Best.SetBits(Sender.FittestIndividual()->Bits());
+    }
+    if (Sender.Generation() % 20 == 0) {
+      std::printf("generation %4d   best profit %4.0f   population mean %6.1f\n", Sender.Generation(),
+                  Sender.MaxFitness(), Sender.AvgFitness());
+      std::fflush(stdout);
+    }
+  };
+  ga.SetUseFitnessCutoff(true);
+  ga.SetFitnessCutoff(Optimum);
+  Best.Bits().SetSize(ga.GeneSize());
+  const int Generations = ga.Evolve(400);
+
+  const TItem Sum = Load(ga.Genes(), Best.Bits());
+  std::printf("\nKnapsack: items");
+  for (const qx::TQXGAGene& Gene : ga.Genes()) {
+    if (Gene.GeneAsBoolean(Best.Bits())) {
+      std::printf(" %d", Gene.Index() + 1);
+    }
+  }
+  std::printf("\nProfit %d (optimum %d), weight %d of %d, after %d generations\n", Sum.Profit, Optimum,
+              Sum.Weight, Capacity, Generations);
+  return Sum.Weight <= Capacity ? EXIT_SUCCESS : EXIT_FAILURE;
+}

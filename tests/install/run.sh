@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# Installs the library into a folder of its own and builds a stranger's project against it in three ways:
+# find_package, pkg-config, and add_subdirectory of the sources. The stranger's programs are the README's first
+# example and, alone against the installed package, every example of the repository.
+# Usage: run.sh SOURCE_DIR BUILD_DIR COMPILER
+set -euo pipefail
+source=$1 build=$2 compiler=$3
+here=$source/tests/install
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# The first block of C++ in the README.
+awk '/^```cpp/ { on = 1; next } /^```/ && on { exit } on' "$source/README.md" > "$work/readme.cpp"
+grep -q 'int main' "$work/readme.cpp" || { echo "the README has no program"; exit 1; }
+runs() { "$1" | grep -qE '^[0-9.]+ ' || { echo "$1 printed no result"; exit 1; }; }
+
+cmake --install "$build" --prefix "$work/prefix" >/dev/null
+if find "$work/prefix" -name 'RandomKernels.h' | grep -q .; then echo "an internal header was installed"; exit 1; fi
+
+echo "find_package ..."
+cmake -S "$here/stranger" -B "$work/found" -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$work/prefix" \
+  -DPROGRAM="$work/readme.cpp" >/dev/null
+cmake --build "$work/found" >/dev/null
+runs "$work/found/stranger"
+
+echo "pkg-config ..."
+export PKG_CONFIG_PATH
+PKG_CONFIG_PATH=$(dirname "$(find "$work/prefix" -name qxevolution.pc)")
+"$compiler" -std=c++20 "$work/readme.cpp" $(pkg-config --cflags --libs qxevolution) -o "$work/packaged"
+runs "$work/packaged"
+
+echo "add_subdirectory ..."
+cmake -S "$here/stranger" -B "$work/added" -DCMAKE_CXX_COMPILER="$compiler" -DQX_SOURCES="$source" \
+  -DPROGRAM="$work/readme.cpp" >/dev/null
+cmake --build "$work/added" >/dev/null
+runs "$work/added/stranger"
+
+for example in "$source"/examples/*/; do
+  echo "$(basename "$example") alone ..."
+  cmake -S "$example" -B "$work/alone" -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
+  cmake --build "$work/alone" >/dev/null
+  rm -r "$work/alone"
+done
