@@ -14,9 +14,11 @@ class TQXEvent;
 
 /// A callable that may be empty, as function pointers and std::function may; a function itself never is.
 template <class TCallable>
-concept Nullable = !std::is_function_v<std::remove_reference_t<TCallable>> &&
-                   std::is_constructible_v<std::decay_t<TCallable>, std::nullptr_t> &&
-                   requires(const TCallable& Callable) { static_cast<bool>(Callable == nullptr); };
+concept Nullable =
+    !std::is_function_v<std::remove_reference_t<TCallable>> &&
+    std::is_constructible_v<std::decay_t<TCallable>, std::nullptr_t> && requires(const TCallable& Callable) {
+  static_cast<bool>(Callable == nullptr);
+};
 
 /// A slot for one handler: assign any callable of matching parameters, test the slot, call it, clear it with
 /// nullptr.

@@ -81,7 +81,7 @@ TEST_F(Reproduction, ProbabilityOneAlwaysAndZeroNeverApplies) {
 
 TEST_F(Reproduction, EventsFireInTheirOrder) {
   std::string Log;
-  const auto Number = [this](const TQXIndividual& Item) { return std::to_string(Item.Index()); };
+  const auto Number = [](const TQXIndividual& Item) { return std::to_string(Item.Index()); };
   Component.OnInitializeChild = [&](auto&, auto& P1, auto& P2, auto& Child) {
     EXPECT_EQ(Child.Fitness(), 1);
     Log += "init" + Number(P1) + Number(P2) + Number(Child) + " ";
