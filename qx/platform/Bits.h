@@ -13,8 +13,12 @@ namespace qx {
 /// last word from `Size` on are always 0.
 class TBits : public TPersistent {
 public:
+  /// The largest size: what a 32-bit position counts, in whole words.
+  static constexpr int MaxSize = 0x7fffffff / 64 * 64;
+
   int Size() const { return FSize; }
-  /// Keeps the bits that stay and fills new places with 0. Raises std::out_of_range for a negative size.
+  /// Keeps the bits that stay and fills new places with 0. Raises std::out_of_range for a negative size and
+  /// std::length_error for one above `MaxSize`.
   void SetSize(int Value);
 
   /// Raises std::out_of_range, as `SetBits`.

@@ -39,7 +39,9 @@ public:
   virtual ~TQXEvent() = default;
 
   TQXEvent& operator=(const TQXEvent& Source) {
-    Store(Source.FHandler);
+    if (&Source != this) {
+      Store(Source.FHandler);
+    }
     return *this;
   }
   TQXEvent& operator=(std::nullptr_t) {

@@ -1,6 +1,7 @@
 #include <qx/platform/RandomKernels.h>
 
 #include <cstring>
+#include <iterator>
 
 #if defined(__x86_64__) && defined(__GNUC__)
 #define QX_X86_KERNELS 1
@@ -259,7 +260,7 @@ constexpr const TRandomKernels* KernelTable[] = {&PlainKernels};
 } // namespace
 
 TRandomKernelList RandomKernels() {
-  constexpr std::size_t TableSize = sizeof KernelTable / sizeof *KernelTable;
+  constexpr std::size_t TableSize = std::size(KernelTable);
   std::size_t Skipped = 0;
 #ifdef QX_X86_KERNELS
   __builtin_cpu_init();

@@ -60,6 +60,7 @@ TEST(Bits, ANegativeSizeRaisesAndChangesNothing) {
   TBits Bits;
   Bits.SetSize(8);
   EXPECT_THROW(Bits.SetSize(-1), std::out_of_range);
+  EXPECT_THROW(Bits.SetSize(0x7fffffff), std::length_error);
   EXPECT_EQ(Bits.Size(), 8);
 }
 
