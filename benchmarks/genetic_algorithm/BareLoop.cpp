@@ -56,6 +56,18 @@ struct TBareKernels {
 #if defined(__x86_64__)
   using TVector = std::uint64_t __attribute__((vector_size(64)));
 
+  [[gnu::always_inline]] static void Load(const TLanes& Lanes, TVector (&W)[4]) {
+    for (std::size_t I = 0; I < 4; ++I) {
+      std::memcpy(&W[I], Lanes.Words[I], sizeof(TVector));
+    }
+  }
+
+  [[gnu::always_inline]] static void Save(const TVector (&W)[4], TLanes& Lanes) {
+    for (std::size_t I = 0; I < 4; ++I) {
+      std::memcpy(Lanes.Words[I], &W[I], sizeof(TVector));
+    }
+  }
+
   [[gnu::always_inline]] static void Step(TVector (&W)[4], TVector& Draw) {
     Draw = W[0] + W[3];
     const TVector Shifted = W[1] << 17;
@@ -70,20 +82,20 @@ struct TBareKernels {
   __attribute__((target("avx512f"))) static void FillAvx512(TLanes& Lanes, std::uint64_t* Draws,
                                                             std::size_t Steps) {
     TVector W[4];
-    std::memcpy(W, Lanes.Words, sizeof W);
+    Load(Lanes, W);
     for (std::size_t S = 0; S < Steps; ++S) {
       TVector Draw;
       Step(W, Draw);
       std::memcpy(Draws + 8 * S, &Draw, sizeof Draw);
     }
-    std::memcpy(Lanes.Words, W, sizeof W);
+    Save(W, Lanes);
   }
 
   __attribute__((target("avx512f,popcnt"))) static void
   MutateAvx512(TLanes& Lanes, std::uint64_t Threshold, std::uint64_t* Words, std::size_t Bits, double& Ones) {
     const __m512i Limit = _mm512_set1_epi64(static_cast<long long>(Threshold));
     TVector W[4];
-    std::memcpy(W, Lanes.Words, sizeof W);
+    Load(Lanes, W);
     int Count = 0;
     for (std::size_t First = 0; First < Bits; First += 64) {
       std::uint64_t Flips = 0;
@@ -98,7 +110,7 @@ struct TBareKernels {
       Words[First / 64] ^= Wanted == 64 ? Flips : Flips & ((std::uint64_t{1} << Wanted) - 1);
       Count += std::popcount(Words[First / 64]);
     }
-    std::memcpy(Lanes.Words, W, sizeof W);
+    Save(W, Lanes);
     Ones = Count;
   }
 #endif
