@@ -23,14 +23,20 @@ constexpr std::size_t BlockPadding = 8;
 
 constexpr std::uint64_t LowBits(std::size_t Count) { return Count >= 64 ? ~0ULL : (1ULL << Count) - 1; }
 
+// Two words from each output of splitmix64 (Steele, Lea and Flood 2014), the low half first.
 constexpr TRandomLanes SeededLanes(std::uint64_t Seed) {
   TRandomLanes Lanes{};
+  std::uint64_t Mixed = 0;
   for (auto& Words : Lanes.Words) {
-    for (std::uint64_t& Word : Words) { // splitmix64 (Steele, Lea and Flood 2014)
-      Seed += 0x9e3779b97f4a7c15;
-      std::uint64_t Mixed = (Seed ^ Seed >> 30) * 0xbf58476d1ce4e5b9;
-      Mixed = (Mixed ^ Mixed >> 27) * 0x94d049bb133111eb;
-      Word = Mixed ^ Mixed >> 31;
+    for (std::size_t L = 0; L < LaneCount; ++L) {
+      if (L % 2 == 0) {
+        Seed += 0x9e3779b97f4a7c15;
+        Mixed = (Seed ^ Seed >> 30) * 0xbf58476d1ce4e5b9;
+        Mixed = (Mixed ^ Mixed >> 27) * 0x94d049bb133111eb;
+        Mixed ^= Mixed >> 31;
+      }
+      Words[L] = static_cast<std::uint32_t>(Mixed);
+      Mixed >>= 32;
     }
   }
   return Lanes;
@@ -40,11 +46,11 @@ constexpr TRandomLanes SeededLanes(std::uint64_t Seed) {
 void StepBack(TRandomLanes& Lanes) {
   auto& Words = Lanes.Words;
   for (std::size_t L = 0; L < LaneCount; ++L) {
-    const std::uint64_t Mixed3 = Words[3][L] >> 45 | Words[3][L] << 19;
-    const std::uint64_t Word0 = Words[0][L] ^ Mixed3;
-    // What is left of word 1 is x ^ x << 17.
-    const std::uint64_t Folded = Words[1][L] ^ Words[2][L];
-    const std::uint64_t Word1 = Folded ^ Folded << 17 ^ Folded << 34 ^ Folded << 51;
+    const std::uint32_t Mixed3 = Words[3][L] >> 11 | Words[3][L] << 21;
+    const std::uint32_t Word0 = Words[0][L] ^ Mixed3;
+    // What is left of word 1 is x ^ x << 9.
+    const std::uint32_t Folded = Words[1][L] ^ Words[2][L];
+    const std::uint32_t Word1 = Folded ^ Folded << 9 ^ Folded << 18 ^ Folded << 27;
     Words[2][L] = Words[1][L] ^ Word1 ^ Word0;
     Words[3][L] = Mixed3 ^ Word1;
     Words[1][L] = Word1;
@@ -204,7 +210,7 @@ TQXRandomSource* RefillRandomBlock() {
 
 std::ostream& operator<<(std::ostream& Stream, const TQXRandomState& State) {
   for (const auto& Words : State.Words) {
-    for (const std::uint64_t Word : Words) {
+    for (const std::uint32_t Word : Words) {
       Stream << std::to_string(Word) << ' ';
     }
   }
@@ -214,7 +220,7 @@ std::ostream& operator<<(std::ostream& Stream, const TQXRandomState& State) {
 std::istream& operator>>(std::istream& Stream, TQXRandomState& State) {
   TQXRandomState Read{};
   for (auto& Words : Read.Words) {
-    for (std::uint64_t& Word : Words) {
+    for (std::uint32_t& Word : Words) {
       Stream >> Word;
     }
   }
@@ -235,7 +241,7 @@ void SetRandomState(const TQXRandomState& State) {
   }
   detail::TRandomLanes Lanes;
   for (std::size_t L = 0; L < TQXRandomState::Lanes; ++L) {
-    std::uint64_t Any = 0;
+    std::uint32_t Any = 0;
     for (std::size_t W = 0; W < TQXRandomState::WordsPerLane; ++W) {
       Lanes.Words[W][L] = State.Words[W][L];
       Any |= State.Words[W][L];

@@ -25,10 +25,10 @@ public:
 
 /// The state of the process-wide generator: everything that its future draws depend on.
 struct TQXRandomState {
-  static constexpr std::size_t Lanes = 8;
+  static constexpr std::size_t Lanes = 16;
   static constexpr std::size_t WordsPerLane = 4;
 
-  std::array<std::array<std::uint64_t, Lanes>, WordsPerLane> Words;
+  std::array<std::array<std::uint32_t, Lanes>, WordsPerLane> Words;
   /// The lane that the next draw comes from.
   std::uint32_t NextLane;
 

@@ -15,18 +15,39 @@ namespace {
 constexpr std::size_t LaneCount = TQXRandomState::Lanes;
 constexpr std::size_t StepsPerWord = 64 / LaneCount;
 
-// One step of the lanes that fit `TVector` (a vector of 64-bit words, or one word): the draws, from before
-// the step, go to `Draw`.
+constexpr std::uint32_t HighHalf(std::uint64_t Draw) { return static_cast<std::uint32_t>(Draw >> 32); }
+
+std::size_t StepsFor(std::size_t Draws) { return (Draws + LaneCount - 1) / LaneCount; }
+
+// Vectors go in and out by reference: their calling convention depends on the instruction set.
+
 template <class TVector>
-[[gnu::always_inline]] inline void Step(TVector (&Words)[4], TVector& Draw) {
-  Draw = Words[0] + Words[3];
-  const TVector Shifted = Words[1] << 17;
+[[gnu::always_inline]] inline void RotateLeft(TVector& Words, int Count) {
+  Words = Words << Count | Words >> (32 - Count);
+}
+
+// The halves of the draws of the present state. `TVector` is a vector of 32-bit words, or one word.
+template <class TVector>
+[[gnu::always_inline]] inline void GetHigh(const TVector (&Words)[4], TVector& High) {
+  High = Words[0] + Words[3];
+}
+
+template <class TVector>
+[[gnu::always_inline]] inline void GetLow(const TVector (&Words)[4], TVector& Low) {
+  Low = Words[1] * 5;
+  RotateLeft(Low, 7);
+  Low *= 9;
+}
+
+template <class TVector>
+[[gnu::always_inline]] inline void Step(TVector (&Words)[4]) {
+  const TVector Shifted = Words[1] << 9;
   Words[2] ^= Words[0];
   Words[3] ^= Words[1];
   Words[1] ^= Words[2];
   Words[0] ^= Words[3];
   Words[2] ^= Shifted;
-  Words[3] = Words[3] << 45 | Words[3] >> 19;
+  RotateLeft(Words[3], 11);
 }
 
 template <class TVector>
@@ -45,32 +66,36 @@ template <class TVector>
   }
 }
 
+// One step of the lanes that fit `TVector`, and their draws.
+template <class TVector>
+[[gnu::always_inline]] inline void StepAndDraw(TVector (&Words)[4], std::uint64_t* Draws) {
+  constexpr std::size_t Width = sizeof(TVector) / sizeof(std::uint32_t);
+  std::uint32_t Highs[Width];
+  std::uint32_t Lows[Width];
+  TVector High;
+  TVector Low;
+  GetHigh(Words, High);
+  GetLow(Words, Low);
+  std::memcpy(Highs, &High, sizeof Highs);
+  std::memcpy(Lows, &Low, sizeof Lows);
+  Step(Words);
+  for (std::size_t L = 0; L < Width; ++L) {
+    Draws[L] = static_cast<std::uint64_t>(Highs[L]) << 32 | Lows[L];
+  }
+}
+
 // Lanes are independent: those that fit a vector run through all steps before the next ones do.
 template <class TVector>
 [[gnu::always_inline]] inline void FillBy(TRandomLanes& Lanes, std::uint64_t* Draws, std::size_t Steps) {
-  constexpr std::size_t Width = sizeof(TVector) / sizeof(std::uint64_t);
+  constexpr std::size_t Width = sizeof(TVector) / sizeof(std::uint32_t);
   for (std::size_t First = 0; First < LaneCount; First += Width) {
     TVector Words[4];
     Load(Words, Lanes, First);
     for (std::size_t S = 0; S < Steps; ++S) {
-      TVector Draw;
-      Step(Words, Draw);
-      std::memcpy(Draws + S * LaneCount + First, &Draw, sizeof Draw);
+      StepAndDraw(Words, Draws + S * LaneCount + First);
     }
     Save(Words, Lanes, First);
   }
-}
-
-void FillPlain(TRandomLanes& Lanes, std::uint64_t* Draws, std::size_t Steps) {
-  FillBy<std::uint64_t>(Lanes, Draws, Steps);
-}
-
-std::uint64_t CompareBelowPlain(const std::uint64_t* Draws, std::size_t Count, std::uint64_t Threshold) {
-  std::uint64_t Word = 0;
-  for (std::size_t I = 0; I < Count; ++I) {
-    Word |= static_cast<std::uint64_t>(Draws[I] < Threshold) << I;
-  }
-  return Word;
 }
 
 /// Appends words of 64 bits, and at last a shorter one, to the few bits that come before them.
@@ -84,12 +109,10 @@ public:
     FCarry = Bits >> 1 >> (63 - FOffset);
   }
 
-  // Less than 64 bits; those behind them are cut off.
+  // Up to 64 bits, and the end; those behind them are cut off.
   [[gnu::always_inline]] void AppendLast(std::uint64_t Bits, std::size_t Count) {
-    Bits &= (std::uint64_t{1} << Count) - 1;
-    if (FOffset + Count > 0) {
-      *FWord = FCarry | Bits << FOffset;
-    }
+    Bits &= ~std::uint64_t{0} >> (64 - Count);
+    *FWord = FCarry | Bits << FOffset;
     if (FOffset + Count > 64) {
       FWord[1] = Bits >> (64 - FOffset);
     }
@@ -101,7 +124,17 @@ private:
   std::uint64_t FCarry;
 };
 
-std::size_t StepsFor(std::size_t Draws) { return (Draws + LaneCount - 1) / LaneCount; }
+void FillPlain(TRandomLanes& Lanes, std::uint64_t* Draws, std::size_t Steps) {
+  FillBy<std::uint32_t>(Lanes, Draws, Steps);
+}
+
+std::uint64_t CompareBelowPlain(const std::uint64_t* Draws, std::size_t Count, std::uint64_t Threshold) {
+  std::uint64_t Word = 0;
+  for (std::size_t I = 0; I < Count; ++I) {
+    Word |= static_cast<std::uint64_t>(Draws[I] < Threshold) << I;
+  }
+  return Word;
+}
 
 void GenerateBelowPlain(TRandomLanes& Lanes, std::uint64_t Threshold, const std::uint64_t* Draws,
                         std::size_t Waiting, std::uint64_t* Words, std::size_t Fresh,
@@ -115,7 +148,7 @@ void GenerateBelowPlain(TRandomLanes& Lanes, std::uint64_t Threshold, const std:
     }
     return Word;
   };
-  for (; Fresh >= 64; Fresh -= 64) {
+  for (; Fresh > 64; Fresh -= 64) {
     Appender.AppendWord(Bits(StepsPerWord));
   }
   Appender.AppendLast(Bits(StepsFor(Fresh)), Fresh);
@@ -123,128 +156,143 @@ void GenerateBelowPlain(TRandomLanes& Lanes, std::uint64_t Threshold, const std:
 
 constexpr TRandomKernels PlainKernels{"plain", FillPlain, GenerateBelowPlain, CompareBelowPlain};
 
-std::uint64_t LowBits(std::size_t Count) { return Count >= 64 ? ~0ULL : (1ULL << Count) - 1; }
-
 #ifdef QX_X86_KERNELS
 
-using TVector4 = std::uint64_t __attribute__((vector_size(32)));
-using TVector8 = std::uint64_t __attribute__((vector_size(64)));
+// The loops below look at the high halves alone, and at both halves in the last step, whose draws they write.
+// When a high half equals the threshold's, which happens once in 2^32 draws, they start again with the plain
+// loop: the lanes are not saved before that is known.
+
+using TVector8 = std::uint32_t __attribute__((vector_size(32)));
+using TVector16 = std::uint32_t __attribute__((vector_size(64)));
 
 #define QX_AVX2 __attribute__((target("avx2")))
 #define QX_AVX512 __attribute__((target("avx512f")))
 
+std::uint64_t LowBits(std::size_t Count) { return Count >= 64 ? ~0ULL : (1ULL << Count) - 1; }
+
 QX_AVX2 void FillAvx2(TRandomLanes& Lanes, std::uint64_t* Draws, std::size_t Steps) {
-  FillBy<TVector4>(Lanes, Draws, Steps);
+  FillBy<TVector8>(Lanes, Draws, Steps);
 }
 
-// The instruction set compares signed words only: both sides are shifted down by 2^63.
-QX_AVX2 inline __m256i ShiftedAvx2(__m256i Draws) {
-  return _mm256_xor_si256(Draws, _mm256_set1_epi64x(static_cast<long long>(1ULL << 63)));
-}
-
-QX_AVX2 inline std::uint64_t BelowAvx2(__m256i Draws, __m256i ShiftedThreshold) {
-  const __m256i Below = _mm256_cmpgt_epi64(ShiftedThreshold, ShiftedAvx2(Draws));
-  return static_cast<std::uint64_t>(_mm256_movemask_pd(_mm256_castsi256_pd(Below)));
-}
-
-QX_AVX2 inline std::uint64_t EightBelowAvx2(const std::uint64_t* Draws, __m256i ShiftedThreshold) {
-  const auto* const Halves = reinterpret_cast<const __m256i*>(Draws);
-  return BelowAvx2(_mm256_loadu_si256(Halves), ShiftedThreshold) |
-         BelowAvx2(_mm256_loadu_si256(Halves + 1), ShiftedThreshold) << 4;
-}
-
-QX_AVX2 inline std::uint64_t BitsBelowAvx2(const std::uint64_t* Draws, std::size_t Count, __m256i Limit) {
+// The instruction set compares signed words only: both sides are shifted down by half their range.
+QX_AVX2 inline std::uint64_t BitsBelowAvx2(const std::uint64_t* Draws, std::size_t Count,
+                                           std::uint64_t Threshold) {
+  const __m256i Half = _mm256_set1_epi64x(static_cast<long long>(1ULL << 63));
+  const __m256i Limit = _mm256_xor_si256(_mm256_set1_epi64x(static_cast<long long>(Threshold)), Half);
   std::uint64_t Word = 0;
-  for (std::size_t I = 0; I < Count; I += LaneCount) {
-    Word |= EightBelowAvx2(Draws + I, Limit) << I;
+  for (std::size_t I = 0; I < Count; I += 4) {
+    const __m256i Four = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(Draws + I));
+    const __m256i Below = _mm256_cmpgt_epi64(Limit, _mm256_xor_si256(Four, Half));
+    Word |= static_cast<std::uint64_t>(_mm256_movemask_pd(_mm256_castsi256_pd(Below))) << I;
   }
   return Word;
 }
 
 QX_AVX2 std::uint64_t CompareBelowAvx2(const std::uint64_t* Draws, std::size_t Count,
                                        std::uint64_t Threshold) {
-  const __m256i Limit = ShiftedAvx2(_mm256_set1_epi64x(static_cast<long long>(Threshold)));
-  return BitsBelowAvx2(Draws, Count, Limit) & LowBits(Count);
+  return BitsBelowAvx2(Draws, Count, Threshold) & LowBits(Count);
 }
 
 QX_AVX2 void GenerateBelowAvx2(TRandomLanes& Lanes, std::uint64_t Threshold, const std::uint64_t* Draws,
                                std::size_t Waiting, std::uint64_t* Words, std::size_t Fresh,
                                std::uint64_t* LastDraws) {
-  const __m256i Limit = ShiftedAvx2(_mm256_set1_epi64x(static_cast<long long>(Threshold)));
-  TVector4 Low[4];
-  TVector4 High[4];
-  Load(Low, Lanes, 0);
-  Load(High, Lanes, 4);
-  TVector4 LowDraw = {};
-  TVector4 HighDraw = {};
-  TBitAppender Appender(Words, BitsBelowAvx2(Draws, Waiting, Limit), Waiting);
+  const __m256i Half = _mm256_set1_epi32(static_cast<int>(1U << 31));
+  const __m256i Limit = _mm256_xor_si256(_mm256_set1_epi32(static_cast<int>(HighHalf(Threshold))), Half);
+  __m256i Ties = _mm256_setzero_si256();
+  TVector8 First[4];
+  TVector8 Second[4];
+  Load(First, Lanes, 0);
+  Load(Second, Lanes, 8);
+  TBitAppender Appender(Words, BitsBelowAvx2(Draws, Waiting, Threshold), Waiting);
+  const auto EightBits = [&](TVector8(&Eight)[4]) __attribute__((always_inline, target("avx2"))) {
+    TVector8 High;
+    GetHigh(Eight, High);
+    const __m256i Highs = _mm256_xor_si256(reinterpret_cast<__m256i>(High), Half);
+    Step(Eight);
+    Ties = _mm256_or_si256(Ties, _mm256_cmpeq_epi32(Highs, Limit));
+    const __m256i Below = _mm256_cmpgt_epi32(Limit, Highs);
+    return static_cast<std::uint64_t>(_mm256_movemask_ps(_mm256_castsi256_ps(Below)));
+  };
   const auto Bits = [&](std::size_t Steps) __attribute__((always_inline, target("avx2"))) {
     std::uint64_t Word = 0;
     for (std::size_t Bit = 0; Bit < Steps * LaneCount; Bit += LaneCount) {
-      Step(Low, LowDraw);
-      Step(High, HighDraw);
-      Word |= BelowAvx2(reinterpret_cast<__m256i>(LowDraw), Limit) << Bit;
-      Word |= BelowAvx2(reinterpret_cast<__m256i>(HighDraw), Limit) << (Bit + 4);
+      Word |= EightBits(First) << Bit;
+      Word |= EightBits(Second) << (Bit + 8);
     }
     return Word;
   };
-  for (; Fresh >= 64; Fresh -= 64) {
+  std::size_t Left = Fresh;
+  for (; Left > 64; Left -= 64) {
     Appender.AppendWord(Bits(StepsPerWord));
   }
-  Appender.AppendLast(Bits(StepsFor(Fresh)), Fresh);
-  Save(Low, Lanes, 0);
-  Save(High, Lanes, 4);
-  std::memcpy(LastDraws, &LowDraw, sizeof LowDraw);
-  std::memcpy(LastDraws + 4, &HighDraw, sizeof HighDraw);
+  const std::size_t FullSteps = StepsFor(Left) - 1;
+  const std::uint64_t Word = Bits(FullSteps);
+  if (!_mm256_testz_si256(Ties, Ties)) [[unlikely]] {
+    GenerateBelowPlain(Lanes, Threshold, Draws, Waiting, Words, Fresh, LastDraws);
+    return;
+  }
+  StepAndDraw(First, LastDraws);
+  StepAndDraw(Second, LastDraws + 8);
+  Appender.AppendLast(Word | BitsBelowAvx2(LastDraws, LaneCount, Threshold) << (FullSteps * LaneCount), Left);
+  Save(First, Lanes, 0);
+  Save(Second, Lanes, 8);
 }
 
 constexpr TRandomKernels Avx2Kernels{"avx2", FillAvx2, GenerateBelowAvx2, CompareBelowAvx2};
 
 QX_AVX512 void FillAvx512(TRandomLanes& Lanes, std::uint64_t* Draws, std::size_t Steps) {
-  FillBy<TVector8>(Lanes, Draws, Steps);
+  FillBy<TVector16>(Lanes, Draws, Steps);
 }
 
-QX_AVX512 inline std::uint64_t EightBelowAvx512(const std::uint64_t* Draws, __m512i Threshold) {
-  return _mm512_cmplt_epu64_mask(_mm512_loadu_si512(Draws), Threshold);
-}
-
-QX_AVX512 inline std::uint64_t BitsBelowAvx512(const std::uint64_t* Draws, std::size_t Count, __m512i Limit) {
+QX_AVX512 inline std::uint64_t BitsBelowAvx512(const std::uint64_t* Draws, std::size_t Count,
+                                               std::uint64_t Threshold) {
+  const __m512i Limit = _mm512_set1_epi64(static_cast<long long>(Threshold));
   std::uint64_t Word = 0;
-  for (std::size_t I = 0; I < Count; I += LaneCount) {
-    Word |= EightBelowAvx512(Draws + I, Limit) << I;
+  for (std::size_t I = 0; I < Count; I += 8) {
+    Word |= static_cast<std::uint64_t>(_mm512_cmplt_epu64_mask(_mm512_loadu_si512(Draws + I), Limit)) << I;
   }
   return Word;
 }
 
 QX_AVX512 std::uint64_t CompareBelowAvx512(const std::uint64_t* Draws, std::size_t Count,
                                            std::uint64_t Threshold) {
-  const __m512i Limit = _mm512_set1_epi64(static_cast<long long>(Threshold));
-  return BitsBelowAvx512(Draws, Count, Limit) & LowBits(Count);
+  return BitsBelowAvx512(Draws, Count, Threshold) & LowBits(Count);
 }
 
 QX_AVX512 void GenerateBelowAvx512(TRandomLanes& Lanes, std::uint64_t Threshold, const std::uint64_t* Draws,
                                    std::size_t Waiting, std::uint64_t* Words, std::size_t Fresh,
                                    std::uint64_t* LastDraws) {
-  const __m512i Limit = _mm512_set1_epi64(static_cast<long long>(Threshold));
-  TVector8 All[4];
+  const __m512i Limit = _mm512_set1_epi32(static_cast<int>(HighHalf(Threshold)));
+  unsigned Ties = 0;
+  TVector16 All[4];
   Load(All, Lanes, 0);
-  TVector8 Draw = {};
-  TBitAppender Appender(Words, BitsBelowAvx512(Draws, Waiting, Limit), Waiting);
+  TBitAppender Appender(Words, BitsBelowAvx512(Draws, Waiting, Threshold), Waiting);
   const auto Bits = [&](std::size_t Steps) __attribute__((always_inline, target("avx512f"))) {
     std::uint64_t Word = 0;
     for (std::size_t Bit = 0; Bit < Steps * LaneCount; Bit += LaneCount) {
-      Step(All, Draw);
-      const __mmask8 Below = _mm512_cmplt_epu64_mask(reinterpret_cast<__m512i>(Draw), Limit);
-      Word |= static_cast<std::uint64_t>(Below) << Bit;
+      TVector16 High;
+      GetHigh(All, High);
+      const auto Highs = reinterpret_cast<__m512i>(High);
+      Step(All);
+      Ties |= _mm512_cmpeq_epi32_mask(Highs, Limit);
+      Word |= static_cast<std::uint64_t>(_mm512_cmplt_epu32_mask(Highs, Limit)) << Bit;
     }
     return Word;
   };
-  for (; Fresh >= 64; Fresh -= 64) {
+  std::size_t Left = Fresh;
+  for (; Left > 64; Left -= 64) {
     Appender.AppendWord(Bits(StepsPerWord));
   }
-  Appender.AppendLast(Bits(StepsFor(Fresh)), Fresh);
+  const std::size_t FullSteps = StepsFor(Left) - 1;
+  const std::uint64_t Word = Bits(FullSteps);
+  if (Ties != 0) [[unlikely]] {
+    GenerateBelowPlain(Lanes, Threshold, Draws, Waiting, Words, Fresh, LastDraws);
+    return;
+  }
+  StepAndDraw(All, LastDraws);
+  Appender.AppendLast(Word | BitsBelowAvx512(LastDraws, LaneCount, Threshold) << (FullSteps * LaneCount),
+                      Left);
   Save(All, Lanes, 0);
-  std::memcpy(LastDraws, &Draw, sizeof Draw);
 }
 
 constexpr TRandomKernels Avx512Kernels{"avx512", FillAvx512, GenerateBelowAvx512, CompareBelowAvx512};

@@ -9,17 +9,18 @@
 
 namespace qx::detail {
 
-/// Eight xoshiro256+ generators side by side (Blackman and Vigna 2021, "Scrambled linear pseudorandom number
-/// generators", ACM TOMS 47); word w of lane l stands at [w][l]. A step advances all lanes and yields eight
-/// draws in lane order.
+/// Sixteen xoshiro128 generators side by side (Blackman and Vigna 2021, "Scrambled linear pseudorandom number
+/// generators", ACM TOMS 47); word w of lane l stands at [w][l]. A step advances all lanes and yields sixteen draws
+/// in lane order. The high half of a draw is the output of the + scrambler, the low half that of the ** scrambler of
+/// the same state: nearly every comparison with a threshold is decided by the high half alone.
 struct alignas(64) TRandomLanes {
-  std::uint64_t Words[TQXRandomState::WordsPerLane][TQXRandomState::Lanes];
+  std::uint32_t Words[TQXRandomState::WordsPerLane][TQXRandomState::Lanes];
 };
 
 /// The generator's inner loops, built once for each instruction set. All of them give the same draws.
 struct TRandomKernels {
   const char* Name;
-  /// Writes the draws of `Steps` steps, eight each.
+  /// Writes the draws of `Steps` steps, sixteen each.
   void (*Fill)(TRandomLanes& Lanes, std::uint64_t* Draws, std::size_t Steps);
   /// Writes one bit a draw, 64 a word: 1 when the draw is below `Threshold`. The first `Waiting` draws, 0 to
   /// 63, stand at `Draws`; `Fresh` more, at least one, come from the lanes, and those of the last step, of

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <concepts>
 #include <random>
@@ -25,19 +26,37 @@ TEST(Random, ASeedGivesTheSameDrawsOnEveryPlatform) {
   const double First = Random();
   SeedRandom(42);
   EXPECT_EQ(Random(), First);
-  // Worked out apart from the library: splitmix64 fills word 0 of all lanes, then word 1, and so on; the
-  // first draw is the sum of words 0 and 3 of lane 0.
-  std::uint64_t Words[32];
+  // Worked out apart from the library: the halves of splitmix64's outputs fill word 0 of all lanes, then word
+  // 1, and so on; a draw has the sum of words 0 and 3 of its lane above the scrambled word 1.
+  std::uint32_t Words[64];
   std::uint64_t State = 42;
-  for (std::uint64_t& Word : Words) {
+  for (std::size_t W = 0; W < 64; W += 2) {
     State += 0x9e3779b97f4a7c15;
     std::uint64_t z = State;
     z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9;
     z = (z ^ (z >> 27)) * 0x94d049bb133111eb;
-    Word = z ^ (z >> 31);
+    z ^= z >> 31;
+    Words[W] = static_cast<std::uint32_t>(z);
+    Words[W + 1] = static_cast<std::uint32_t>(z >> 32);
   }
-  EXPECT_EQ(First, std::ldexp(static_cast<double>((Words[0] + Words[24]) >> 11), -53));
-  EXPECT_EQ(Random(), std::ldexp(static_cast<double>((Words[1] + Words[25]) >> 11), -53));
+  const auto Expected = [&Words](std::size_t Lane) {
+    const std::uint64_t High = Words[Lane] + Words[48 + Lane];
+    const std::uint64_t Low = std::rotl(Words[16 + Lane] * 5, 7) * 9;
+    return std::ldexp(static_cast<double>((High << 32 | Low) >> 11), -53);
+  };
+  EXPECT_EQ(First, Expected(0));
+  for (std::size_t Lane = 1; Lane < 16; ++Lane) {
+    EXPECT_EQ(Random(), Expected(Lane));
+  }
+  // One step of lane 0, by the published recurrence.
+  const std::uint32_t Shifted = Words[16] << 9;
+  Words[32] ^= Words[0];
+  Words[48] ^= Words[16];
+  Words[16] ^= Words[32];
+  Words[0] ^= Words[48];
+  Words[32] ^= Shifted;
+  Words[48] = std::rotl(Words[48], 11);
+  EXPECT_EQ(Random(), Expected(0));
 }
 
 TEST(Random, AnUnseededProcessDrawsAsIfSeededWithZero) {
@@ -45,7 +64,7 @@ TEST(Random, AnUnseededProcessDrawsAsIfSeededWithZero) {
   SeedRandom(0);
   const TQXRandomState Seeded = RandomState();
   EXPECT_EQ(Seeded.NextLane, 0U);
-  EXPECT_EQ(Seeded.Words[0][0], 0xe220a8397b1dcdafU); // the first output of splitmix64 for 0
+  EXPECT_EQ(Seeded.Words[0][0], 0x7b1dcdafU); // the low half of the first output of splitmix64 for 0
 }
 
 TEST(Random, RealDrawsLieFromZeroToBelowOne) {
@@ -197,16 +216,16 @@ TEST(Random, EveryInstructionSetGivesTheSameDraws) {
     SCOPED_TRACE(Fast.Name);
     detail::TRandomLanes Lanes;
     for (auto& Words : Lanes.Words) {
-      for (std::uint64_t& Word : Words) {
-        Word = Choices();
+      for (std::uint32_t& Word : Words) {
+        Word = static_cast<std::uint32_t>(Choices());
       }
     }
     detail::TRandomLanes PlainLanes = Lanes;
     for (int Step = 0; Step < 300; ++Step) {
       std::uint64_t Draws[72] = {};
       std::uint64_t PlainDraws[72] = {};
-      Fast.Fill(Lanes, Draws, 8);
-      Plain.Fill(PlainLanes, PlainDraws, 8);
+      Fast.Fill(Lanes, Draws, 4);
+      Plain.Fill(PlainLanes, PlainDraws, 4);
       ASSERT_TRUE(std::equal(Draws, Draws + 64, PlainDraws));
       const std::uint64_t Threshold = Choices() >> Choices() % 20;
       const std::size_t Count = Choices() % 65;
@@ -215,12 +234,43 @@ TEST(Random, EveryInstructionSetGivesTheSameDraws) {
       const std::size_t Fresh = Choices() % 200 + 1;
       std::uint64_t Words[5] = {};
       std::uint64_t PlainWords[5] = {};
-      std::uint64_t Last[8];
-      std::uint64_t PlainLast[8];
+      std::uint64_t Last[16];
+      std::uint64_t PlainLast[16];
       Fast.GenerateBelow(Lanes, Threshold, Draws, Waiting, Words, Fresh, Last);
       Plain.GenerateBelow(PlainLanes, Threshold, PlainDraws, Waiting, PlainWords, Fresh, PlainLast);
       ASSERT_TRUE(std::equal(Words, Words + 5, PlainWords)) << Waiting << " + " << Fresh;
-      ASSERT_TRUE(std::equal(Last, Last + 8, PlainLast));
+      ASSERT_TRUE(std::equal(Last, Last + 16, PlainLast));
+    }
+  }
+}
+
+// A threshold whose high half is that of a draw to come: the low halves decide.
+TEST(Random, EveryInstructionSetDecidesTies) {
+  const detail::TRandomKernelList Kernels = detail::RandomKernels();
+  std::mt19937_64 Choices(10);
+  for (std::size_t K = 0; K < Kernels.Count; ++K) {
+    const detail::TRandomKernels& Kernel = *Kernels.First[K];
+    SCOPED_TRACE(Kernel.Name);
+    for (int Step = 0; Step < 500; ++Step) {
+      detail::TRandomLanes Lanes;
+      for (auto& Words : Lanes.Words) {
+        for (std::uint32_t& Word : Words) {
+          Word = static_cast<std::uint32_t>(Choices());
+        }
+      }
+      detail::TRandomLanes Ahead = Lanes;
+      std::uint64_t Draws[256];
+      Kernels.First[Kernels.Count - 1]->Fill(Ahead, Draws, 16);
+      const std::size_t Fresh = Choices() % 200 + 1;
+      const std::uint64_t Threshold = Draws[Choices() % Fresh] + Choices() % 3 - 1;
+      std::uint64_t Words[5] = {};
+      std::uint64_t Last[16];
+      Kernel.GenerateBelow(Lanes, Threshold, Draws, 0, Words, Fresh, Last);
+      for (std::size_t I = 0; I < Fresh; ++I) {
+        ASSERT_EQ((Words[I / 64] >> (I % 64) & 1) != 0, Draws[I] < Threshold) << I << " of " << Fresh;
+      }
+      const std::size_t LastStep = (Fresh - 1) / 16 * 16;
+      ASSERT_TRUE(std::equal(Last, Last + 16, Draws + LastStep));
     }
   }
 }
@@ -267,7 +317,7 @@ TEST(Random, AStateThatNoGeneratorCanBeInIsRefused) {
   SeedRandom(12);
   const TQXRandomState Good = RandomState();
   TQXRandomState Bad = Good;
-  Bad.NextLane = 8;
+  Bad.NextLane = 16;
   EXPECT_THROW(SetRandomState(Bad), std::invalid_argument);
   Bad = Good;
   for (auto& Words : Bad.Words) {
