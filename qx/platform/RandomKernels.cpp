@@ -1,6 +1,5 @@
 #include <qx/platform/RandomKernels.h>
 
-#include <cstring>
 #include <iterator>
 
 #if defined(__x86_64__) && defined(__GNUC__)
@@ -50,11 +49,35 @@ template <class TVector>
   RotateLeft(Words[3], 11);
 }
 
+// A vector where it stands in memory, as aligned as a draw. Copying bytes instead would go through registers
+// of the baseline, whose pieces a wider load cannot take over before they are written.
+template <class TVector>
+struct TStored {
+  using TType = TVector;
+};
+
+#ifdef QX_X86_KERNELS
+
+using TVector8 = std::uint32_t __attribute__((vector_size(32)));
+using TVector16 = std::uint32_t __attribute__((vector_size(64)));
+
+template <>
+struct TStored<TVector8> {
+  using TType = std::uint32_t __attribute__((vector_size(32), aligned(8), may_alias));
+};
+
+template <>
+struct TStored<TVector16> {
+  using TType = std::uint32_t __attribute__((vector_size(64), aligned(8), may_alias));
+};
+
+#endif
+
 template <class TVector>
 [[gnu::always_inline]] inline void Load(TVector (&Words)[4], const TRandomLanes& Lanes,
                                         std::size_t FirstLane) {
   for (std::size_t W = 0; W < 4; ++W) {
-    std::memcpy(&Words[W], &Lanes.Words[W][FirstLane], sizeof(TVector));
+    Words[W] = *reinterpret_cast<const typename TStored<TVector>::TType*>(&Lanes.Words[W][FirstLane]);
   }
 }
 
@@ -62,26 +85,48 @@ template <class TVector>
 [[gnu::always_inline]] inline void Save(const TVector (&Words)[4], TRandomLanes& Lanes,
                                         std::size_t FirstLane) {
   for (std::size_t W = 0; W < 4; ++W) {
-    std::memcpy(&Lanes.Words[W][FirstLane], &Words[W], sizeof(TVector));
+    *reinterpret_cast<typename TStored<TVector>::TType*>(&Lanes.Words[W][FirstLane]) = Words[W];
   }
 }
+
+// Writes the draws that the halves make, in lane order.
+[[gnu::always_inline]] inline void Combine(const std::uint32_t& High, const std::uint32_t& Low,
+                                           std::uint64_t* Draws) {
+  *Draws = static_cast<std::uint64_t>(High) << 32 | Low;
+}
+
+#ifdef QX_X86_KERNELS
+
+[[gnu::always_inline]] inline void Combine(const TVector8& High, const TVector8& Low, std::uint64_t* Draws) {
+  const TVector8 First = __builtin_shufflevector(Low, High, 0, 8, 1, 9, 2, 10, 3, 11);
+  const TVector8 Second = __builtin_shufflevector(Low, High, 4, 12, 5, 13, 6, 14, 7, 15);
+  auto* const Target = reinterpret_cast<TStored<TVector8>::TType*>(Draws);
+  Target[0] = First;
+  Target[1] = Second;
+}
+
+[[gnu::always_inline]] inline void Combine(const TVector16& High, const TVector16& Low,
+                                           std::uint64_t* Draws) {
+  const TVector16 First =
+      __builtin_shufflevector(Low, High, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+  const TVector16 Second =
+      __builtin_shufflevector(Low, High, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+  auto* const Target = reinterpret_cast<TStored<TVector16>::TType*>(Draws);
+  Target[0] = First;
+  Target[1] = Second;
+}
+
+#endif
 
 // One step of the lanes that fit `TVector`, and their draws.
 template <class TVector>
 [[gnu::always_inline]] inline void StepAndDraw(TVector (&Words)[4], std::uint64_t* Draws) {
-  constexpr std::size_t Width = sizeof(TVector) / sizeof(std::uint32_t);
-  std::uint32_t Highs[Width];
-  std::uint32_t Lows[Width];
   TVector High;
   TVector Low;
   GetHigh(Words, High);
   GetLow(Words, Low);
-  std::memcpy(Highs, &High, sizeof Highs);
-  std::memcpy(Lows, &Low, sizeof Lows);
+  Combine(High, Low, Draws);
   Step(Words);
-  for (std::size_t L = 0; L < Width; ++L) {
-    Draws[L] = static_cast<std::uint64_t>(Highs[L]) << 32 | Lows[L];
-  }
 }
 
 // Lanes are independent: those that fit a vector run through all steps before the next ones do.
@@ -162,9 +207,6 @@ constexpr TRandomKernels PlainKernels{"plain", FillPlain, GenerateBelowPlain, Co
 // When a high half equals the threshold's, which happens once in 2^32 draws, they start again with the plain
 // loop: the lanes are not saved before that is known.
 
-using TVector8 = std::uint32_t __attribute__((vector_size(32)));
-using TVector16 = std::uint32_t __attribute__((vector_size(64)));
-
 #define QX_AVX2 __attribute__((target("avx2")))
 #define QX_AVX512 __attribute__((target("avx512f")))
 
@@ -215,9 +257,10 @@ QX_AVX2 void GenerateBelowAvx2(TRandomLanes& Lanes, std::uint64_t Threshold, con
   };
   const auto Bits = [&](std::size_t Steps) __attribute__((always_inline, target("avx2"))) {
     std::uint64_t Word = 0;
-    for (std::size_t Bit = 0; Bit < Steps * LaneCount; Bit += LaneCount) {
-      Word |= EightBits(First) << Bit;
-      Word |= EightBits(Second) << (Bit + 8);
+#pragma GCC unroll 4
+    for (std::size_t S = 0; S < StepsPerWord && S < Steps; ++S) {
+      Word |= EightBits(First) << (S * LaneCount);
+      Word |= EightBits(Second) << (S * LaneCount + 8);
     }
     return Word;
   };
@@ -269,13 +312,14 @@ QX_AVX512 void GenerateBelowAvx512(TRandomLanes& Lanes, std::uint64_t Threshold,
   TBitAppender Appender(Words, BitsBelowAvx512(Draws, Waiting, Threshold), Waiting);
   const auto Bits = [&](std::size_t Steps) __attribute__((always_inline, target("avx512f"))) {
     std::uint64_t Word = 0;
-    for (std::size_t Bit = 0; Bit < Steps * LaneCount; Bit += LaneCount) {
+#pragma GCC unroll 4
+    for (std::size_t S = 0; S < StepsPerWord && S < Steps; ++S) {
       TVector16 High;
       GetHigh(All, High);
       const auto Highs = reinterpret_cast<__m512i>(High);
       Step(All);
       Ties |= _mm512_cmpeq_epi32_mask(Highs, Limit);
-      Word |= static_cast<std::uint64_t>(_mm512_cmplt_epu32_mask(Highs, Limit)) << Bit;
+      Word |= static_cast<std::uint64_t>(_mm512_cmplt_epu32_mask(Highs, Limit)) << (S * LaneCount);
     }
     return Word;
   };
