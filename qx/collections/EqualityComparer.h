@@ -11,22 +11,46 @@ namespace qx::generics {
 
 namespace detail {
 
-// Spreads the bits of a word so that its low half depends on all of them.
+// Spreads the bits of a word so that the low ones of the result depend on all of them.
 constexpr std::uint64_t MixedWord(std::uint64_t Word) {
-  Word *= 0x9e3779b97f4a7c15;
-  return Word ^ Word >> 32;
+  __extension__ using TWide = unsigned __int128;
+  const TWide Product = static_cast<TWide>(Word) * 0x9e3779b97f4a7c15;
+  return static_cast<std::uint64_t>(Product) ^ static_cast<std::uint64_t>(Product >> 64);
+}
+
+template <class TWord>
+std::uint64_t WordAt(const char* Place) {
+  TWord Word;
+  std::memcpy(&Word, Place, sizeof Word);
+  return Word;
+}
+
+// Up to seven bytes as one word, read in overlapping pieces.
+inline std::uint64_t ShortWord(std::string_view Text) {
+  const char* const First = Text.data();
+  const char* const End = First + Text.size();
+  if (Text.size() >= sizeof(std::uint32_t)) {
+    return WordAt<std::uint32_t>(First) << 32 | WordAt<std::uint32_t>(End - sizeof(std::uint32_t));
+  }
+  if (Text.empty()) {
+    return 0;
+  }
+  const auto Byte = [First](std::size_t Place) {
+    return static_cast<std::uint64_t>(static_cast<unsigned char>(First[Place]));
+  };
+  return Byte(0) << 16 | Byte(Text.size() / 2) << 8 | Byte(Text.size() - 1);
 }
 
 inline std::uint64_t HashedText(std::string_view Text) {
+  constexpr std::size_t Length = sizeof(std::uint64_t);
   std::uint64_t Hash = Text.size();
-  while (!Text.empty()) {
-    std::uint64_t Word = 0;
-    const std::size_t Taken = Text.size() < sizeof Word ? Text.size() : sizeof Word;
-    std::memcpy(&Word, Text.data(), Taken);
-    Hash = MixedWord((Hash << 7 | Hash >> 57) ^ Word);
-    Text.remove_prefix(Taken);
+  if (Text.size() < Length) {
+    return MixedWord(Hash << 56 ^ ShortWord(Text));
   }
-  return Hash;
+  for (std::size_t Place = 0; Place + Length < Text.size(); Place += Length) {
+    Hash = MixedWord((Hash << 7 | Hash >> 57) ^ WordAt<std::uint64_t>(Text.data() + Place));
+  }
+  return MixedWord((Hash << 7 | Hash >> 57) ^ WordAt<std::uint64_t>(Text.data() + Text.size() - Length));
 }
 
 } // namespace detail

@@ -60,8 +60,11 @@ void TQXCustomGeneticComponent::DoCalculateFitnessStatistics() {
   for (int I = 0; I < Population().Count(); ++I) {
     TQXIndividual& Individual = Population()[I];
     Statistics.Add(Individual.Fitness());
-    FFittestIndividual =
+    TQXIndividual* const Better =
         FFittestIndividual == nullptr ? &Individual : &Fittest(*FFittestIndividual, Individual, true);
+    if (Better != FFittestIndividual) { // seldom; and a write every time would hold up the next comparison
+      FFittestIndividual = Better;
+    }
   }
   FFitnesses = Statistics;
 }
