@@ -1,7 +1,6 @@
 // The operators of a bit chromosome.
 
 #include <qx/genetic_algorithm/QXGeneticAlgorithm.h>
-#include <qx/platform/Random.h>
 
 #include <benchmark/benchmark.h>
 

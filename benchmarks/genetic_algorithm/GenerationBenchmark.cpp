@@ -2,7 +2,6 @@
 
 #include "BareLoop.h"
 #include <qx/genetic_algorithm/QXGeneticAlgorithm.h>
-#include <qx/platform/Random.h>
 
 #include <benchmark/benchmark.h>
 

@@ -5,7 +5,6 @@
 // Usage: compression_spring [--seed N]
 
 #include <qx/genetic_algorithm/QXGeneticAlgorithm.h>
-#include <qx/platform/Random.h>
 
 #include <algorithm>
 #include <array>

@@ -5,7 +5,6 @@
 // Usage: knapsack [--seed N]
 
 #include <qx/genetic_algorithm/QXGeneticAlgorithm.h>
-#include <qx/platform/Random.h>
 
 #include <array>
 #include <cstdio>

@@ -1,8 +1,10 @@
 #pragma once
 
-// The evolution engine: individuals, populations and the abstract component that evolves them.
+// The evolution engine: individuals, populations, the abstract component that evolves them, and the random source that
+// all of it draws from.
 
 #include <qx/engine/GeneticComponent.h>
 #include <qx/engine/Individual.h>
 #include <qx/engine/Population.h>
 #include <qx/engine/TypedGeneticComponent.h>
+#include <qx/platform/Random.h>

@@ -1,5 +1,4 @@
 #include <qx/genetic_algorithm/QXGeneticAlgorithm.h>
-#include <qx/platform/Random.h>
 
 #include <gtest/gtest.h>
 
