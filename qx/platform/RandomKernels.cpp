@@ -63,13 +63,15 @@ using TVector16 = std::uint32_t __attribute__((vector_size(64)));
 
 template <>
 struct TStored<TVector8> {
-  using TType = std::uint32_t __attribute__((vector_size(32), aligned(8), may_alias));
+  using TType [[gnu::aligned(8), gnu::may_alias]] = TVector8;
 };
 
 template <>
 struct TStored<TVector16> {
-  using TType = std::uint32_t __attribute__((vector_size(64), aligned(8), may_alias));
+  using TType [[gnu::aligned(8), gnu::may_alias]] = TVector16;
 };
+
+static_assert(alignof(TStored<TVector8>::TType) == 8 && alignof(TStored<TVector16>::TType) == 8);
 
 #endif
 
