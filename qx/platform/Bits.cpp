@@ -67,10 +67,7 @@ void TBits::ClearSpareBits() {
   }
 }
 
-void TBits::Reserve(std::size_t Words, bool Keep) {
-  if (Words <= FCapacity) {
-    return;
-  }
+void TBits::Grow(std::size_t Words, bool Keep) {
   auto Heap = std::make_unique_for_overwrite<std::uint64_t[]>(Words);
   if (Keep) {
     std::copy_n(Data(), WordCount(), Heap.get());

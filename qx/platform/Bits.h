@@ -50,7 +50,12 @@ private:
   const std::uint64_t* Data() const { return FHeap != nullptr ? FHeap.get() : FInline; }
   std::uint64_t* Data() { return FHeap != nullptr ? FHeap.get() : FInline; }
   // Makes room for so many words. What the words held is lost unless it is kept.
-  void Reserve(std::size_t Words, bool Keep);
+  void Reserve(std::size_t Words, bool Keep) {
+    if (Words > FCapacity) [[unlikely]] {
+      Grow(Words, Keep);
+    }
+  }
+  void Grow(std::size_t Words, bool Keep);
 
   // Short vectors need no memory of their own beside the object.
   std::uint64_t FInline[InlineWords] = {};

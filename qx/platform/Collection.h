@@ -136,6 +136,17 @@ private:
   int FUpdateCount = 0;
 };
 
+inline void TCollectionItem::Changed(bool AllItems) {
+  if (FCollection == nullptr) {
+    return;
+  }
+  if (AllItems) {
+    FCollection->Changed();
+  } else {
+    FCollection->ItemChanged(*this);
+  }
+}
+
 /// Holds an update of a collection, string list or the like open for a scope. `End` closes it on the straight
 /// way; when an exception leaves the scope the update is closed as well, and the exception that is on its way
 /// stays the one that the caller sees.

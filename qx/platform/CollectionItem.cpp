@@ -25,17 +25,6 @@ void TCollectionItem::SetIndex(int Value) {
 
 std::string TCollectionItem::GetDisplayName() const { return ClassName(); }
 
-void TCollectionItem::Changed(bool AllItems) {
-  if (FCollection == nullptr) {
-    return;
-  }
-  if (AllItems) {
-    FCollection->Changed();
-  } else {
-    FCollection->ItemChanged(*this);
-  }
-}
-
 void TCollectionItem::CollectionChanged(TOwnedCollection* /*Value*/) {}
 
 } // namespace qx

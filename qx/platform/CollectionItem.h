@@ -31,7 +31,8 @@ public:
 
 protected:
   virtual std::string GetDisplayName() const;
-  /// Reports a change: of this item, or with `AllItems` of the list as a whole (order, membership).
+  /// Reports a change: of this item, or with `AllItems` of the list as a whole (order, membership). Defined
+  /// beside the collection, in Collection.h.
   void Changed(bool AllItems);
   /// Called after the item has come into a collection or, with nullptr, left it.
   virtual void CollectionChanged(TOwnedCollection* Value);

@@ -49,37 +49,23 @@ template <class TVector>
   RotateLeft(Words[3], 11);
 }
 
-// A vector where it stands in memory, as aligned as a draw. Copying bytes instead would go through registers
-// of the baseline, whose pieces a wider load cannot take over before they are written.
-template <class TVector>
-struct TStored {
-  using TType = TVector;
-};
-
 #ifdef QX_X86_KERNELS
-
 using TVector8 = std::uint32_t __attribute__((vector_size(32)));
 using TVector16 = std::uint32_t __attribute__((vector_size(64)));
-
-template <>
-struct TStored<TVector8> {
-  using TType [[gnu::aligned(8), gnu::may_alias]] = TVector8;
-};
-
-template <>
-struct TStored<TVector16> {
-  using TType [[gnu::aligned(8), gnu::may_alias]] = TVector16;
-};
-
-static_assert(alignof(TStored<TVector8>::TType) == 8 && alignof(TStored<TVector16>::TType) == 8);
-
 #endif
+
+// A vector where it stands in memory, aligned or not. Copying bytes instead would go through registers of the
+// baseline, whose pieces a wider load cannot take over before they are written.
+template <class TVector>
+struct [[gnu::packed, gnu::may_alias]] TStored {
+  TVector Value;
+};
 
 template <class TVector>
 [[gnu::always_inline]] inline void Load(TVector (&Words)[4], const TRandomLanes& Lanes,
                                         std::size_t FirstLane) {
   for (std::size_t W = 0; W < 4; ++W) {
-    Words[W] = *reinterpret_cast<const typename TStored<TVector>::TType*>(&Lanes.Words[W][FirstLane]);
+    Words[W] = reinterpret_cast<const TStored<TVector>*>(&Lanes.Words[W][FirstLane])->Value;
   }
 }
 
@@ -87,7 +73,7 @@ template <class TVector>
 [[gnu::always_inline]] inline void Save(const TVector (&Words)[4], TRandomLanes& Lanes,
                                         std::size_t FirstLane) {
   for (std::size_t W = 0; W < 4; ++W) {
-    *reinterpret_cast<typename TStored<TVector>::TType*>(&Lanes.Words[W][FirstLane]) = Words[W];
+    reinterpret_cast<TStored<TVector>*>(&Lanes.Words[W][FirstLane])->Value = Words[W];
   }
 }
 
@@ -102,9 +88,8 @@ template <class TVector>
 [[gnu::always_inline]] inline void Combine(const TVector8& High, const TVector8& Low, std::uint64_t* Draws) {
   const TVector8 First = __builtin_shufflevector(Low, High, 0, 8, 1, 9, 2, 10, 3, 11);
   const TVector8 Second = __builtin_shufflevector(Low, High, 4, 12, 5, 13, 6, 14, 7, 15);
-  auto* const Target = reinterpret_cast<TStored<TVector8>::TType*>(Draws);
-  Target[0] = First;
-  Target[1] = Second;
+  reinterpret_cast<TStored<TVector8>*>(Draws)->Value = First;
+  reinterpret_cast<TStored<TVector8>*>(Draws + 4)->Value = Second;
 }
 
 [[gnu::always_inline]] inline void Combine(const TVector16& High, const TVector16& Low,
@@ -113,9 +98,8 @@ template <class TVector>
       __builtin_shufflevector(Low, High, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
   const TVector16 Second =
       __builtin_shufflevector(Low, High, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
-  auto* const Target = reinterpret_cast<TStored<TVector16>::TType*>(Draws);
-  Target[0] = First;
-  Target[1] = Second;
+  reinterpret_cast<TStored<TVector16>*>(Draws)->Value = First;
+  reinterpret_cast<TStored<TVector16>*>(Draws + 8)->Value = Second;
 }
 
 #endif

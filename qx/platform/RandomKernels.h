@@ -10,9 +10,9 @@
 namespace qx::detail {
 
 /// Sixteen xoshiro128 generators side by side (Blackman and Vigna 2021, "Scrambled linear pseudorandom number
-/// generators", ACM TOMS 47); word w of lane l stands at [w][l]. A step advances all lanes and yields sixteen draws
-/// in lane order. The high half of a draw is the output of the + scrambler, the low half that of the ** scrambler of
-/// the same state: nearly every comparison with a threshold is decided by the high half alone.
+/// generators", ACM TOMS 47); word w of lane l stands at [w][l]. A step advances all lanes and yields sixteen
+/// draws in lane order. The high half of a draw is the output of the + scrambler, the low half that of the **
+/// scrambler of the same state: nearly every comparison with a threshold is decided by the high half alone.
 struct alignas(64) TRandomLanes {
   std::uint32_t Words[TQXRandomState::WordsPerLane][TQXRandomState::Lanes];
 };
