@@ -100,7 +100,9 @@ struct TBareKernels {
     for (std::size_t First = 0; First < Bits; First += 64) {
       std::uint64_t Flips = 0;
       const std::size_t Wanted = Bits - First < 64 ? Bits - First : 64;
+#ifdef __OPTIMIZE__
 #pragma GCC unroll 8
+#endif
       for (std::size_t B = 0; B < Wanted; B += 8) {
         TVector Draw;
         Step(W, Draw);

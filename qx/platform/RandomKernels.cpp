@@ -243,7 +243,6 @@ QX_AVX2 void GenerateBelowAvx2(TRandomLanes& Lanes, std::uint64_t Threshold, con
   };
   const auto Bits = [&](std::size_t Steps) __attribute__((always_inline, target("avx2"))) {
     std::uint64_t Word = 0;
-#pragma GCC unroll 4
     for (std::size_t S = 0; S < StepsPerWord && S < Steps; ++S) {
       Word |= EightBits(First) << (S * LaneCount);
       Word |= EightBits(Second) << (S * LaneCount + 8);
@@ -298,7 +297,6 @@ QX_AVX512 void GenerateBelowAvx512(TRandomLanes& Lanes, std::uint64_t Threshold,
   TBitAppender Appender(Words, BitsBelowAvx512(Draws, Waiting, Threshold), Waiting);
   const auto Bits = [&](std::size_t Steps) __attribute__((always_inline, target("avx512f"))) {
     std::uint64_t Word = 0;
-#pragma GCC unroll 4
     for (std::size_t S = 0; S < StepsPerWord && S < Steps; ++S) {
       TVector16 High;
       GetHigh(All, High);
