@@ -1,7 +1,7 @@
 #pragma once
 
-// The evolution engine: individuals, populations, the abstract component that evolves them, and the random source that
-// all of it draws from.
+// The evolution engine: individuals, populations, the abstract component that evolves them, and the random
+// source that all of it draws from.
 
 #include <qx/engine/GeneticComponent.h>
 #include <qx/engine/Individual.h>
