@@ -180,8 +180,8 @@ int main(int Count, char** Arguments) {
   };
   ga.OnEvolve = [&](auto& Sender) {
     if (Sender.Generation() % 30 == 0) {
-      std::printf("generation %4d   best volume %.4f in^3   population mean %.4g\n", Sender.Generation(),
-                  BestFitness, Sender.AvgFitness());
+      std::printf("generation %4d   best volume %.4f in^3   of this generation %.4f\n", Sender.Generation(),
+                  BestFitness, Sender.MinFitness());
       std::fflush(stdout);
     }
   };
