@@ -5,6 +5,7 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace qx {
 
@@ -253,9 +254,10 @@ void TQXCustomGeneticComponent::PrepareGeneration() {
 
 void TQXCustomGeneticComponent::ReproduceAll() {
   struct TReproducing {
-    explicit TReproducing(bool& Flag) : FFlag(Flag) { FFlag = true; }
-    ~TReproducing() { FFlag = false; }
+    explicit TReproducing(bool& Flag) : FFlag(Flag), FFormer(std::exchange(Flag, true)) {}
+    ~TReproducing() { FFlag = FFormer; }
     bool& FFlag;
+    bool FFormer; // a handler may evolve in turn
   } const Reproducing(FReproducing);
   for (int Index = 0; Index < FPopulation->Count(); Index += 2) {
     DoEvolveOneStep(Index);

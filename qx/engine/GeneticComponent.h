@@ -224,10 +224,11 @@ private:
       TQXSelectionEvent::operator=(Source);
       return *this;
     }
-    using TQXSelectionEvent::Bind;
-    using TQXSelectionEvent::Unbind;
 
   private:
+    friend class TQXCustomGeneticComponent; // binds the built-in selections
+    using TQXSelectionEvent::Bind;
+    using TQXSelectionEvent::Unbind;
     void HandlerChanged(bool WasAssigned) override { FComponent.SelectionHandlerChanged(WasAssigned); }
     TQXCustomGeneticComponent& FComponent;
   };

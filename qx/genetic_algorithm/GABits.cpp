@@ -57,7 +57,7 @@ TQXGABits& TQXGABits::CrossOver(const TQXGABits& Source1, const TQXGABits& Sourc
   const int FromFirst = std::min(Source1.Size(), Size());
   const int Cut = CrossBit < FromFirst ? std::max(CrossBit + 1, 0) : FromFirst;
   const int End = std::min(Source2.Size(), Size());
-  if (Target.size() == 1 && End == Size() && !Words1.empty()) { // one word, and all of it
+  if (Target.size() == 1 && Source2.Size() == Size() && !Words1.empty()) { // one word, to its end
     const std::uint64_t FromSecond = Cut < WordBits ? AllOnes << Cut : 0;
     Target[0] = (Words1[0] & ~FromSecond) | (Words2[0] & FromSecond);
     Changed();

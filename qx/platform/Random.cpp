@@ -21,8 +21,6 @@ constexpr std::size_t BlockSize = 256;
 // A vector kernel may read up to seven draws past the last one that counts.
 constexpr std::size_t BlockPadding = 8;
 
-constexpr std::uint64_t LowBits(std::size_t Count) { return Count >= 64 ? ~0ULL : (1ULL << Count) - 1; }
-
 // Two words from each output of splitmix64 (Steele, Lea and Flood 2014), the low half first.
 constexpr TRandomLanes SeededLanes(std::uint64_t Seed) {
   TRandomLanes Lanes{};

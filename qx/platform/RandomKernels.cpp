@@ -196,8 +196,6 @@ constexpr TRandomKernels PlainKernels{"plain", FillPlain, GenerateBelowPlain, Co
 #define QX_AVX2 __attribute__((target("avx2")))
 #define QX_AVX512 __attribute__((target("avx512f")))
 
-std::uint64_t LowBits(std::size_t Count) { return Count >= 64 ? ~0ULL : (1ULL << Count) - 1; }
-
 QX_AVX2 void FillAvx2(TRandomLanes& Lanes, std::uint64_t* Draws, std::size_t Steps) {
   FillBy<TVector8>(Lanes, Draws, Steps);
 }

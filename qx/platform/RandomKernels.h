@@ -9,6 +9,9 @@
 
 namespace qx::detail {
 
+/// A word whose first `Count` bits are 1; all of them from 64 on.
+constexpr std::uint64_t LowBits(std::size_t Count) { return Count >= 64 ? ~0ULL : (1ULL << Count) - 1; }
+
 /// Sixteen xoshiro128 generators side by side (Blackman and Vigna 2021, "Scrambled linear pseudorandom number
 /// generators", ACM TOMS 47); word w of lane l stands at [w][l]. A step advances all lanes and yields sixteen
 /// draws in lane order. The high half of a draw is the output of the + scrambler, the low half that of the **

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -107,6 +108,7 @@ TEST(Chromosome, CrossoverEqualsABitwiseModel) {
     }
     Sources[2].CrossOver(Sources[A], Sources[B], Cut);
     ASSERT_EQ(Sources[2].ToString(), Model) << Texts[A] << " " << Texts[B] << " at " << Cut;
+    ASSERT_EQ(Sources[2].CountOnes(), std::count(Model.begin(), Model.end(), '1')) << "bits behind the end";
   }
 }
 
