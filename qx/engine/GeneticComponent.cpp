@@ -34,22 +34,22 @@ TQXCustomGeneticComponent::TQXCustomGeneticComponent(TComponent* Owner) : TCompo
   BindSelection();
 }
 
-void TQXCustomGeneticComponent::SetInitialPopulation(int Value) { FInitialPopulation = std::max(Value, 0); }
+void TQXCustomGeneticComponent::SetInitialPopulation(int Value) { FSettings.InitialPopulation = std::max(Value, 0); }
 
 void TQXCustomGeneticComponent::SetInitialDuplicatesRetries(int Value) {
-  FInitialDuplicatesRetries = std::max(Value, 0);
+  FSettings.InitialDuplicatesRetries = std::max(Value, 0);
 }
 
 void TQXCustomGeneticComponent::SetCrossoverProbability(TGAProbability Value) {
-  StoreProbability(FCrossoverProbability, Value, "CrossoverProbability");
+  StoreProbability(FSettings.CrossoverProbability, Value, "CrossoverProbability");
 }
 
 void TQXCustomGeneticComponent::SetMutationProbability(TGAProbability Value) {
-  StoreProbability(FMutationProbability, Value, "MutationProbability");
+  StoreProbability(FSettings.MutationProbability, Value, "MutationProbability");
 }
 
 void TQXCustomGeneticComponent::SetInversionProbability(TGAProbability Value) {
-  StoreProbability(FInversionProbability, Value, "InversionProbability");
+  StoreProbability(FSettings.InversionProbability, Value, "InversionProbability");
 }
 
 void TQXCustomGeneticComponent::SetOperations(TGAGeneticOperations Value) {
@@ -57,25 +57,25 @@ void TQXCustomGeneticComponent::SetOperations(TGAGeneticOperations Value) {
   if ((Value.Bits() & ~All.Bits()) != 0) {
     throw std::out_of_range("Operations: bits " + std::to_string(Value.Bits()) + " hold more than the three");
   }
-  FOperations = Value;
+  FSettings.Operations = Value;
 }
 
-void TQXCustomGeneticComponent::SetTournamentField(int Value) { FTournamentField = std::max(Value, 2); }
+void TQXCustomGeneticComponent::SetTournamentField(int Value) { FSettings.TournamentField = std::max(Value, 2); }
 
 void TQXCustomGeneticComponent::SetElitistPct(TGAProbability Value) {
-  StoreProbability(FElitistPct, Value, "ElitistPct");
+  StoreProbability(FSettings.ElitistPct, Value, "ElitistPct");
 }
 
 void TQXCustomGeneticComponent::SetFitnessMethod(TGAFitnessMethod Value) {
-  FStatisticsDue |= CheckedEnum(Value, "FitnessMethod") != FFitnessMethod;
-  FFitnessMethod = Value;
+  FStatisticsDue |= CheckedEnum(Value, "FitnessMethod") != FSettings.FitnessMethod;
+  FSettings.FitnessMethod = Value;
 }
 
 void TQXCustomGeneticComponent::SetDiversityLimit(TGAProbability Value) {
-  StoreProbability(FDiversityLimit, Value, "DiversityLimit");
+  StoreProbability(FSettings.DiversityLimit, Value, "DiversityLimit");
 }
 
-void TQXCustomGeneticComponent::SetGenerationLimit(int Value) { FGenerationLimit = std::max(Value, 1); }
+void TQXCustomGeneticComponent::SetGenerationLimit(int Value) { FSettings.GenerationLimit = std::max(Value, 1); }
 
 TQXPopulation& TQXCustomGeneticComponent::Population() {
   if (FPopulation == nullptr) [[unlikely]] {
@@ -92,8 +92,8 @@ void TQXCustomGeneticComponent::SetPreviousGeneration(const TQXPopulation& Value
 }
 
 void TQXCustomGeneticComponent::Initialize() {
-  FInitialized = false;
-  while (Population().Count() < FInitialPopulation) {
+  FSettings.Initialized = false;
+  while (Population().Count() < FSettings.InitialPopulation) {
     Population().Add();
   }
   bool Filled = false;
@@ -103,8 +103,8 @@ void TQXCustomGeneticComponent::Initialize() {
   }
   EvaluateFitness();
   SetPreviousGeneration(Population());
-  FInitialized = true;
-  FGeneration = 0;
+  FSettings.Initialized = true;
+  FSettings.Generation = 0;
 }
 
 void TQXCustomGeneticComponent::Evolve() {
@@ -113,28 +113,28 @@ void TQXCustomGeneticComponent::Evolve() {
 }
 
 int TQXCustomGeneticComponent::Evolve(int Generations) {
-  FHalt = false;
-  const std::int64_t Before = FGeneration;
+  FSettings.Halt = false;
+  const std::int64_t Before = FSettings.Generation;
   for (int I = 0; I < Generations; ++I) {
     Evolve();
-    if (IsFinished() || FHalt) {
+    if (IsFinished() || FSettings.Halt) {
       break;
     }
   }
-  return static_cast<int>(FGeneration - Before);
+  return static_cast<int>(FSettings.Generation - Before);
 }
 
 bool TQXCustomGeneticComponent::IsFinished() {
-  if (FUseFitnessCutoff && FFittestIndividual != nullptr) {
+  if (FSettings.UseFitnessCutoff && FFittestIndividual != nullptr) {
     const TGAFitness Best = FFittestIndividual->Fitness();
-    if (Maximizing() ? Best >= FFitnessCutoff : Best <= FFitnessCutoff) {
+    if (Maximizing() ? Best >= FSettings.FitnessCutoff : Best <= FSettings.FitnessCutoff) {
       return true;
     }
   }
-  if (FUseDiversityLimit && Diversity() < FDiversityLimit) {
+  if (FSettings.UseDiversityLimit && Diversity() < FSettings.DiversityLimit) {
     return true;
   }
-  return FUseGenerationLimit && FGeneration >= FGenerationLimit;
+  return FSettings.UseGenerationLimit && FSettings.Generation >= FSettings.GenerationLimit;
 }
 
 void TQXCustomGeneticComponent::SwapGenerations() {
@@ -163,25 +163,16 @@ void TQXCustomGeneticComponent::Assign(const TPersistent& Source) {
 }
 
 void TQXCustomGeneticComponent::AssignSettings(const TQXCustomGeneticComponent& Source) {
-  FGeneration = Source.FGeneration;
-  FFitnessCutoff = Source.FFitnessCutoff;
-  FMutationProbability = Source.FMutationProbability;
-  FInversionProbability = Source.FInversionProbability;
-  FCrossoverProbability = Source.FCrossoverProbability;
-  FElitistPct = Source.FElitistPct;
-  FFitnessMethod = Source.FFitnessMethod;
+  TSettings Settings = Source.FSettings;
+  Settings.InitialPopulation = FSettings.InitialPopulation;
+  Settings.Operations = FSettings.Operations;
+  Settings.Halt = FSettings.Halt;
+  Settings.SelectionMethod = FSettings.SelectionMethod; // its setter binds the handler
+  FSettings = Settings;
+  SetSelectionMethod(Source.FSettings.SelectionMethod);
   FFitnesses = Source.FFitnesses;
   FWeightedFitnesses = Source.FWeightedFitnesses;
-  FDiversityLimit = Source.FDiversityLimit;
-  FGenerationLimit = Source.FGenerationLimit;
-  FTournamentField = Source.FTournamentField;
-  FInitialized = Source.FInitialized;
-  FUseFitnessCutoff = Source.FUseFitnessCutoff;
-  FUseDiversityLimit = Source.FUseDiversityLimit;
-  FUseGenerationLimit = Source.FUseGenerationLimit;
-  FInitialDuplicatesRetries = Source.FInitialDuplicatesRetries;
   FStatisticsDue = Source.FStatisticsDue;
-  SetSelectionMethod(Source.FSelectionMethod);
   ForgetSelection();
 }
 
@@ -218,7 +209,7 @@ void TQXCustomGeneticComponent::PopulationNotify(TQXIndividual& Item, TCollectio
 void TQXCustomGeneticComponent::PopulationUpdate(TQXIndividual* /*Item*/) {}
 
 void TQXCustomGeneticComponent::DoEvolve() {
-  if (!FInitialized) {
+  if (!FSettings.Initialized) {
     Initialize();
   }
   if (FStatisticsDue && OnEvaluateFitness) {
@@ -241,11 +232,11 @@ void TQXCustomGeneticComponent::PrepareGeneration() {
   if (!OnEvaluateFitness) {
     throw EGAException(std::string(SNoFitnessFunction));
   }
-  if (FSelectionMethod == smCustom && !OnSelection) {
+  if (FSettings.SelectionMethod == smCustom && !OnSelection) {
     throw EGAException(std::string(SNoSelectionFunction));
   }
-  if (FGeneration == std::numeric_limits<int>::max()) {
-    throw std::overflow_error("Generation cannot be counted beyond " + std::to_string(FGeneration));
+  if (FSettings.Generation == std::numeric_limits<int>::max()) {
+    throw std::overflow_error("Generation cannot be counted beyond " + std::to_string(FSettings.Generation));
   }
   if (FPreviousGeneration == nullptr) {
     SetPreviousGeneration(Population());
@@ -280,7 +271,7 @@ void TQXCustomGeneticComponent::DoStartEvolve() {
   SwapGenerations();
 }
 
-void TQXCustomGeneticComponent::DoFinishEvolve() { ++FGeneration; }
+void TQXCustomGeneticComponent::DoFinishEvolve() { ++FSettings.Generation; }
 
 int TQXCustomGeneticComponent::DoInitialize() { return 0; }
 

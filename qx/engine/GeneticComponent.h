@@ -35,58 +35,58 @@ public:
   // --- Settings -----------------------------------------------------------------------------------------
 
   /// Individuals that `Initialize` fills the population up to. Default 100; negative values become 0.
-  int InitialPopulation() const { return FInitialPopulation; }
+  int InitialPopulation() const { return FSettings.InitialPopulation; }
   void SetInitialPopulation(int Value);
   /// Attempts to replace duplicates among the initial individuals. Default 10; negative values become 0.
-  int InitialDuplicatesRetries() const { return FInitialDuplicatesRetries; }
+  int InitialDuplicatesRetries() const { return FSettings.InitialDuplicatesRetries; }
   void SetInitialDuplicatesRetries(int Value);
   /// Chance that a pair of parents is crossed. Default 0.98, clamped to 0..1.
-  TGAProbability CrossoverProbability() const { return FCrossoverProbability; }
+  TGAProbability CrossoverProbability() const { return FSettings.CrossoverProbability; }
   void SetCrossoverProbability(TGAProbability Value);
   /// Default 0.01, clamped to 0..1.
-  TGAProbability MutationProbability() const { return FMutationProbability; }
+  TGAProbability MutationProbability() const { return FSettings.MutationProbability; }
   void SetMutationProbability(TGAProbability Value);
   /// Chance that a child is inverted. Default 0.1, clamped to 0..1.
-  TGAProbability InversionProbability() const { return FInversionProbability; }
+  TGAProbability InversionProbability() const { return FSettings.InversionProbability; }
   void SetInversionProbability(TGAProbability Value);
   /// The operators that reproduction applies. Default all three.
-  TGAGeneticOperations Operations() const { return FOperations; }
+  TGAGeneticOperations Operations() const { return FSettings.Operations; }
   void SetOperations(TGAGeneticOperations Value);
   /// How parents are chosen. Default smStochasticTournament. A new method binds the matching built-in
   /// selection to `OnSelection`; smCustom clears it.
-  TGASelectionMethod SelectionMethod() const { return FSelectionMethod; }
+  TGASelectionMethod SelectionMethod() const { return FSettings.SelectionMethod; }
   void SetSelectionMethod(TGASelectionMethod Value);
-  bool IsCustomSelection() const { return FSelectionMethod == smCustom; }
+  bool IsCustomSelection() const { return FSettings.SelectionMethod == smCustom; }
   /// Contestants of a tournament. Default 2; smaller values become 2.
-  int TournamentField() const { return FTournamentField; }
+  int TournamentField() const { return FSettings.TournamentField; }
   void SetTournamentField(int Value);
   /// Share of the population that elitist selection cycles through. Default 0.1, clamped to 0..1.
-  TGAProbability ElitistPct() const { return FElitistPct; }
+  TGAProbability ElitistPct() const { return FSettings.ElitistPct; }
   void SetElitistPct(TGAProbability Value);
   /// Which fitness is better, and which one drives selection. Default fmMinimize.
-  TGAFitnessMethod FitnessMethod() const { return FFitnessMethod; }
+  TGAFitnessMethod FitnessMethod() const { return FSettings.FitnessMethod; }
   void SetFitnessMethod(TGAFitnessMethod Value);
 
   /// Raw fitness at which a run is finished. Default 1.
-  TGAFitness FitnessCutoff() const { return FFitnessCutoff; }
-  void SetFitnessCutoff(TGAFitness Value) { FFitnessCutoff = Value; }
-  bool UseFitnessCutoff() const { return FUseFitnessCutoff; }
-  void SetUseFitnessCutoff(bool Value) { FUseFitnessCutoff = Value; }
+  TGAFitness FitnessCutoff() const { return FSettings.FitnessCutoff; }
+  void SetFitnessCutoff(TGAFitness Value) { FSettings.FitnessCutoff = Value; }
+  bool UseFitnessCutoff() const { return FSettings.UseFitnessCutoff; }
+  void SetUseFitnessCutoff(bool Value) { FSettings.UseFitnessCutoff = Value; }
   /// `Diversity` below which a run is finished. Default 0.02, clamped to 0..1.
-  TGAProbability DiversityLimit() const { return FDiversityLimit; }
+  TGAProbability DiversityLimit() const { return FSettings.DiversityLimit; }
   void SetDiversityLimit(TGAProbability Value);
-  bool UseDiversityLimit() const { return FUseDiversityLimit; }
-  void SetUseDiversityLimit(bool Value) { FUseDiversityLimit = Value; }
+  bool UseDiversityLimit() const { return FSettings.UseDiversityLimit; }
+  void SetUseDiversityLimit(bool Value) { FSettings.UseDiversityLimit = Value; }
   /// Generations after which a run is finished. Starts at 0; every write below 1 gives 1.
-  int GenerationLimit() const { return FGenerationLimit; }
+  int GenerationLimit() const { return FSettings.GenerationLimit; }
   void SetGenerationLimit(int Value);
-  bool UseGenerationLimit() const { return FUseGenerationLimit; }
-  void SetUseGenerationLimit(bool Value) { FUseGenerationLimit = Value; }
-  int Generation() const { return FGeneration; }
-  void SetGeneration(int Value) { FGeneration = Value; }
+  bool UseGenerationLimit() const { return FSettings.UseGenerationLimit; }
+  void SetUseGenerationLimit(bool Value) { FSettings.UseGenerationLimit = Value; }
+  int Generation() const { return FSettings.Generation; }
+  void SetGeneration(int Value) { FSettings.Generation = Value; }
   /// Set by a host, inside an event say, to end `Evolve(Generations)` after the generation under way.
-  bool Halt() const { return FHalt; }
-  void SetHalt(bool Value) { FHalt = Value; }
+  bool Halt() const { return FSettings.Halt; }
+  void SetHalt(bool Value) { FSettings.Halt = Value; }
 
   // --- Populations and results --------------------------------------------------------------------------
 
@@ -98,7 +98,7 @@ public:
   TQXPopulation* PreviousGeneration() { return FPreviousGeneration.get(); }
   /// Copies the contents of `Value` into the previous generation, which is created first if need be.
   void SetPreviousGeneration(const TQXPopulation& Value);
-  bool Initialized() const { return FInitialized; }
+  bool Initialized() const { return FSettings.Initialized; }
   /// The best individual of the current population by raw fitness, or nullptr.
   TQXIndividual* FittestIndividual() { return FFittestIndividual; }
 
@@ -294,8 +294,31 @@ protected:
   virtual void DoSelectionPreparation();
 
 private:
-  bool Maximizing() const { return (FFitnessMethod & 1) != 0; }
-  bool UsesWeightedFitness() const { return FFitnessMethod >= fmWeightedMinimize; }
+  // What a host sets and what a run counts: all that is plain data.
+  struct TSettings {
+    int InitialPopulation = 100;
+    int InitialDuplicatesRetries = 10;
+    TGAProbability CrossoverProbability = CROSSOVER_PROBABILITY;
+    TGAProbability MutationProbability = MUTATION_PROBABILITY;
+    TGAProbability InversionProbability = INVERSION_PROBABILITY;
+    TGAGeneticOperations Operations = {goCrossover, goMutate, goInvert};
+    TGASelectionMethod SelectionMethod = smStochasticTournament;
+    int TournamentField = 2;
+    TGAProbability ElitistPct = DEFAULT_ELITIST_PCT;
+    TGAFitnessMethod FitnessMethod = fmMinimize;
+    TGAFitness FitnessCutoff = DEFAULT_FITNESS_CUTOFF;
+    TGAProbability DiversityLimit = DEFAULT_DIVERSITY_LIMIT;
+    int GenerationLimit = 0;
+    int Generation = 0;
+    bool UseFitnessCutoff = false;
+    bool UseDiversityLimit = false;
+    bool UseGenerationLimit = false;
+    bool Initialized = false;
+    bool Halt = false;
+  };
+
+  bool Maximizing() const { return (FSettings.FitnessMethod & 1) != 0; }
+  bool UsesWeightedFitness() const { return FSettings.FitnessMethod >= fmWeightedMinimize; }
   bool AllFitnessesEqual() const;
   void FitnessHandlerChanged(bool WasAssigned);
   void SelectionHandlerChanged(bool WasAssigned);
@@ -313,6 +336,7 @@ private:
   bool GatedCrossover(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
                       TQXIndividual* Child2);
 
+  TSettings FSettings;
   std::unique_ptr<TQXPopulation> FPopulation;
   std::unique_ptr<TQXPopulation> FPreviousGeneration;
   TQXIndividual* FFittestIndividual = nullptr;
@@ -326,26 +350,6 @@ private:
   bool FStatisticsDue = false;
   // Children are being made: the statistics and the preparation of selection are those of the parents.
   bool FReproducing = false;
-
-  int FInitialPopulation = 100;
-  int FInitialDuplicatesRetries = 10;
-  TGAProbability FCrossoverProbability = CROSSOVER_PROBABILITY;
-  TGAProbability FMutationProbability = MUTATION_PROBABILITY;
-  TGAProbability FInversionProbability = INVERSION_PROBABILITY;
-  TGAGeneticOperations FOperations = {goCrossover, goMutate, goInvert};
-  TGASelectionMethod FSelectionMethod = smStochasticTournament;
-  int FTournamentField = 2;
-  TGAProbability FElitistPct = DEFAULT_ELITIST_PCT;
-  TGAFitnessMethod FFitnessMethod = fmMinimize;
-  TGAFitness FFitnessCutoff = DEFAULT_FITNESS_CUTOFF;
-  TGAProbability FDiversityLimit = DEFAULT_DIVERSITY_LIMIT;
-  int FGenerationLimit = 0;
-  int FGeneration = 0;
-  bool FUseFitnessCutoff = false;
-  bool FUseDiversityLimit = false;
-  bool FUseGenerationLimit = false;
-  bool FInitialized = false;
-  bool FHalt = false;
 };
 
 } // namespace qx

@@ -37,17 +37,17 @@ bool TQXCustomGeneticComponent::DoReproduce(TQXIndividual& Parent1, TQXIndividua
 bool TQXCustomGeneticComponent::ApplyOperators(TQXIndividual& Parent1, TQXIndividual& Parent2,
                                                TQXIndividual& Child1, TQXIndividual* Child2) {
   bool Changed = false;
-  if (FOperations.Contains(goCrossover)) {
+  if (FSettings.Operations.Contains(goCrossover)) {
     Changed = Child2 == nullptr ? Crossover(Parent1, Parent2, Child1)
                                 : Crossover(Parent1, Parent2, Child1, *Child2);
   }
-  if (FOperations.Contains(goMutate)) {
+  if (FSettings.Operations.Contains(goMutate)) {
     Changed |= Mutate(Child1);
     if (Child2 != nullptr) {
       Changed |= Mutate(*Child2);
     }
   }
-  if (FOperations.Contains(goInvert)) {
+  if (FSettings.Operations.Contains(goInvert)) {
     Changed |= Invert(Child1);
     if (Child2 != nullptr) {
       Changed |= Invert(*Child2);
@@ -74,7 +74,7 @@ bool TQXCustomGeneticComponent::Crossover(TQXIndividual& Parent1, TQXIndividual&
 
 bool TQXCustomGeneticComponent::GatedCrossover(TQXIndividual& Parent1, TQXIndividual& Parent2,
                                                TQXIndividual& Child1, TQXIndividual* Child2) {
-  bool Allowed = Random() < FCrossoverProbability;
+  bool Allowed = Random() < FSettings.CrossoverProbability;
   if (Allowed) {
     OnCrossover(*this, Parent1, Parent2, Child1, Allowed);
   }
@@ -86,7 +86,7 @@ bool TQXCustomGeneticComponent::GatedCrossover(TQXIndividual& Parent1, TQXIndivi
 }
 
 bool TQXCustomGeneticComponent::Mutate(TQXIndividual& Item) {
-  bool Allowed = Random() < FMutationProbability;
+  bool Allowed = Random() < FSettings.MutationProbability;
   if (Allowed) {
     OnMutation(*this, Item, Allowed);
   }
@@ -94,7 +94,7 @@ bool TQXCustomGeneticComponent::Mutate(TQXIndividual& Item) {
 }
 
 bool TQXCustomGeneticComponent::Invert(TQXIndividual& Item) {
-  bool Allowed = Random() < FInversionProbability;
+  bool Allowed = Random() < FSettings.InversionProbability;
   if (Allowed) {
     OnInversion(*this, Item, Allowed);
   }

@@ -68,8 +68,8 @@ void AccumulateShares(TGAFitnessArray& Values, TGAFitness Total) {
 } // namespace
 
 void TQXCustomGeneticComponent::SetSelectionMethod(TGASelectionMethod Value) {
-  if (CheckedEnum(Value, "SelectionMethod") != FSelectionMethod) {
-    FSelectionMethod = Value;
+  if (CheckedEnum(Value, "SelectionMethod") != FSettings.SelectionMethod) {
+    FSettings.SelectionMethod = Value;
     BindSelection();
     ForgetSelection();
   }
@@ -87,11 +87,11 @@ void TQXCustomGeneticComponent::BindSelection() {
   static constexpr TMethod Methods[] = {&TSender::SelectRoulette, &TSender::SelectRandom,
                                         &TSender::SelectTournament, &TSender::SelectStochasticTournament,
                                         &TSender::SelectElitist};
-  if (FSelectionMethod == smCustom) {
+  if (FSettings.SelectionMethod == smCustom) {
     OnSelection.Unbind();
     return;
   }
-  OnSelection.Bind([Method = Methods[FSelectionMethod]](TSender& Sender, TQXPopulation& Population,
+  OnSelection.Bind([Method = Methods[FSettings.SelectionMethod]](TSender& Sender, TQXPopulation& Population,
                                                         TQXIndividual*& Parent) {
     (Sender.*Method)(Sender, Population, Parent);
   });
@@ -99,7 +99,7 @@ void TQXCustomGeneticComponent::BindSelection() {
 
 void TQXCustomGeneticComponent::SelectionHandlerChanged(bool /*WasAssigned*/) {
   if (OnSelection) {
-    FSelectionMethod = smCustom;
+    FSettings.SelectionMethod = smCustom;
   } else {
     SetSelectionMethod(smRoulette);
   }
@@ -161,7 +161,7 @@ void TQXCustomGeneticComponent::SelectRoulette(TQXCustomGeneticComponent& Sender
 void TQXCustomGeneticComponent::SelectTournament(TQXCustomGeneticComponent& Sender, TQXPopulation& Population,
                                                  TQXIndividual*& Parent) {
   SelectRandom(Sender, Population, Parent);
-  for (int I = 1; I < FTournamentField; ++I) {
+  for (int I = 1; I < FSettings.TournamentField; ++I) {
     TQXIndividual* Challenger = nullptr;
     SelectRandom(Sender, Population, Challenger);
     Parent = &Fittest(*Parent, *Challenger, false);
@@ -172,7 +172,7 @@ void TQXCustomGeneticComponent::SelectStochasticTournament(TQXCustomGeneticCompo
                                                            TQXPopulation& Population,
                                                            TQXIndividual*& Parent) {
   SelectRandom(Sender, Population, Parent);
-  for (int I = 1; I < FTournamentField; ++I) {
+  for (int I = 1; I < FSettings.TournamentField; ++I) {
     TQXIndividual* Challenger = nullptr;
     SelectRoulette(Sender, Population, Challenger);
     Parent = &Fittest(*Parent, *Challenger, false);
@@ -186,7 +186,7 @@ void TQXCustomGeneticComponent::SelectElitist(TQXCustomGeneticComponent& Sender,
     return;
   }
   ++FSelectionCursor;
-  if (FSelectionCursor > std::nearbyint(Population.Count() * FElitistPct)) {
+  if (FSelectionCursor > std::nearbyint(Population.Count() * FSettings.ElitistPct)) {
     FSelectionCursor = 0;
   }
   if (FElite == nullptr) {
@@ -202,9 +202,9 @@ void TQXCustomGeneticComponent::SelectElitist(TQXCustomGeneticComponent& Sender,
 }
 
 void TQXCustomGeneticComponent::DoSelectionPreparation() {
-  if (FSelectionMethod == smRoulette || FSelectionMethod == smStochasticTournament) {
+  if (FSettings.SelectionMethod == smRoulette || FSettings.SelectionMethod == smStochasticTournament) {
     CalculateCumulativeNormalizedFitnesses();
-  } else if (FSelectionMethod == smElitist) {
+  } else if (FSettings.SelectionMethod == smElitist) {
     PrioritizePopulation();
   }
 }
