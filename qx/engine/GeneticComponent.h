@@ -3,15 +3,24 @@
 #include <qx/engine/FitnessStatistics.h>
 #include <qx/engine/GeneticEvents.h>
 #include <qx/engine/Population.h>
+#include <qx/engine/QXGeneticDocumentXML.h>
 #include <qx/foundation/FitnessOrder.h>
 #include <qx/foundation/FloatPriorityQueue.h>
 #include <qx/foundation/QXGAConsts.h>
 #include <qx/platform/Component.h>
+#include <qx/platform/Strings.h>
 
 #include <cstdint>
+#include <functional>
+#include <iosfwd>
 #include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace qx {
+
+class TLoadScope;
 
 /// The abstract engine of every evolving component: it owns the current population and the previous
 /// generation, runs generations, keeps the statistics and fires the events.
@@ -195,6 +204,39 @@ public:
   /// Inverts with `InversionProbability`. One real draw, whatever comes of it.
   virtual bool Invert(TQXIndividual& Item);
 
+  // --- Documents ----------------------------------------------------------------------------------------
+  // A save builds the whole document before it touches the stream or the file. A load that raises leaves the
+  // component as it was, populations included, and the objects that a host may hold are the same ones.
+
+  /// Writes the settings and the statistics into the element. Raises std::invalid_argument when `FitnessCutoff`
+  /// is NaN.
+  virtual void SaveToXML(const TXMLGeneticDocumentType& Document);
+  /// Reads the settings through their setters; what is missing reads as 0 or false, and a fitness method that is
+  /// no value's name changes nothing. Statistics are not read: the next evaluation makes them.
+  virtual void LoadFromXML(const TXMLGeneticDocumentType& Document);
+  /// What the last load kept or moved: one line for each name that it did not know and each value out of bounds.
+  const std::vector<std::string>& LoadWarnings() const { return FLoadWarnings; }
+  virtual void SaveToStream(std::ostream& Stream);
+  /// Reads the stream to its end; see `TXMLDocument::Read` for what it raises.
+  virtual void LoadFromStream(std::istream& Stream);
+  /// The file is replaced as a whole, or not at all; see `ReplaceFile`.
+  virtual void SaveToFile(const std::string& FileName);
+  virtual void LoadFromFile(const std::string& FileName);
+
+  // Whether a component stream (see `WriteComponent`) holds the setting: when it is not the default.
+  bool IsFitnessCutoffStored() const { return FitnessCutoff() != DEFAULT_FITNESS_CUTOFF; }
+  bool IsDiversityLimitStored() const { return DiversityLimit() != DEFAULT_DIVERSITY_LIMIT; }
+  bool IsElitistPctStored() const { return ElitistPct() != DEFAULT_ELITIST_PCT; }
+  bool IsCrossoverProbabilityStored() const { return CrossoverProbability() != CROSSOVER_PROBABILITY; }
+  bool IsInversionProbabilityStored() const { return InversionProbability() != INVERSION_PROBABILITY; }
+  bool IsMutationProbabilityStored() const { return MutationProbability() != MUTATION_PROBABILITY; }
+
+  /// Appends a description of the settings for people, one text a line. `TabStr` begins every line that is no
+  /// heading. Numbers have the decimal point of the global `std::locale`.
+  virtual void Describe(TStrings& Strings, std::string_view TabStr) const;
+  /// The description as one text, lines beginning with three blanks.
+  std::string ToString() const;
+
   // --- Events -------------------------------------------------------------------------------------------
 
   TQXInitializationEvent OnInitialization;
@@ -227,7 +269,9 @@ private:
 
   private:
     friend class TQXCustomGeneticComponent; // binds the built-in selections
+    friend class TLoadScope;
     using TQXSelectionEvent::Bind;
+    using TQXSelectionEvent::BindTo;
     using TQXSelectionEvent::Unbind;
     void HandlerChanged(bool WasAssigned) override { FComponent.SelectionHandlerChanged(WasAssigned); }
     TQXCustomGeneticComponent& FComponent;
@@ -251,6 +295,7 @@ public:
   TQXNotifyEvent OnEvolve;
 
 protected:
+  friend class TLoadScope;
   friend class TQXPopulation;
 
   /// Makes a population owned by this component. `ItemClass` is what its members shall be at least; a
@@ -292,6 +337,16 @@ protected:
   /// Chooses a parent when no handler is bound. The base raises EGAException.
   virtual TQXIndividual* DoSelectParent(TQXPopulation& Population);
   virtual void DoSelectionPreparation();
+
+  void DefineProperties(TFiler& Filer) override;
+  void Loading(const std::function<void()>& Load) override;
+  /// The settings that the documents of the concrete components keep under "Reproduction".
+  void SaveReproduction(const TXMLReproductionType& Reproduction) const;
+  void LoadReproduction(const TXMLReproductionType& Reproduction);
+  /// The load that is under way, or nullptr.
+  TLoadScope* CurrentLoad() const { return FRestoring ? nullptr : FLoad; }
+  /// Whether individuals come back as they were after a load that failed.
+  bool Restoring() const { return FRestoring; }
 
 private:
   // What a host sets and what a run counts: all that is plain data.
@@ -350,6 +405,9 @@ private:
   bool FStatisticsDue = false;
   // Children are being made: the statistics and the preparation of selection are those of the parents.
   bool FReproducing = false;
+  bool FRestoring = false;
+  TLoadScope* FLoad = nullptr; // the load that is under way
+  std::vector<std::string> FLoadWarnings;
 };
 
 } // namespace qx

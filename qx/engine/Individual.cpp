@@ -1,6 +1,7 @@
 #include <qx/engine/GeneticComponent.h>
 #include <qx/engine/Individual.h>
 #include <qx/engine/Population.h>
+#include <qx/platform/Filer.h>
 
 #include <stdexcept>
 
@@ -76,6 +77,15 @@ void TQXIndividual::EvaluateFitness() const {
 void TQXIndividual::Modified() {
   FNeedFitness = true;
   Changed(false);
+}
+
+void TQXIndividual::LoadFromXML(const TXMLNode& /*Node*/) {}
+
+void TQXIndividual::SaveToXML(const TXMLNode& /*Node*/) {}
+
+void TQXIndividual::DefineProperties(TFiler& Filer) {
+  TCollectionItem::DefineProperties(Filer);
+  Filer.Property("Name", FName, !FName.empty(), [this](const std::string& Value) { SetName(Value); });
 }
 
 std::string TQXIndividual::GetDisplayName() const {

@@ -2,6 +2,7 @@
 
 #include <qx/foundation/QXGAConsts.h>
 #include <qx/platform/CollectionItem.h>
+#include <qx/platform/XML.h>
 
 #include <memory>
 #include <string>
@@ -57,7 +58,12 @@ public:
   /// Marks the fitness as stale and reports a change to the collection.
   void Modified();
 
+  /// Read and write the genome inside an element. Nothing here; a concrete individual overrides them.
+  virtual void LoadFromXML(const TXMLNode& Node);
+  virtual void SaveToXML(const TXMLNode& Node);
+
 protected:
+  void DefineProperties(TFiler& Filer) override;
   /// What `Assign` does with an individual of whatever class.
   void AssignIndividual(const TQXIndividual& Source);
   /// The name, or the class name when it is empty.

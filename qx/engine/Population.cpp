@@ -1,4 +1,5 @@
 #include <qx/engine/GeneticComponent.h>
+#include <qx/engine/LoadScope.h>
 #include <qx/engine/Population.h>
 
 namespace qx {
@@ -11,6 +12,29 @@ void TQXPopulation::Assign(const TPersistent& Source) {
     Population->EvaluateStale();
   }
   TTypedCollection::Assign(Source);
+}
+
+void TQXPopulation::LoadFromXML(const TXMLNode& Node) {
+  Reload([&] {
+    for (TXMLNode Child = Node.FirstChild(); Child; Child = Child.NextSibling()) {
+      Add().LoadFromXML(Child);
+    }
+  });
+}
+
+void TQXPopulation::Reload(const std::function<void()>& AddMembers) {
+  TLoadScope Load(FComponent);
+  TUpdateScope Update(*this);
+  Load.SetAside(*this);
+  AddMembers();
+  Update.End();
+  Load.Done();
+}
+
+void TQXPopulation::SaveToXML(const TXMLNode& Node) {
+  for (TQXIndividual& Individual : *this) {
+    Individual.SaveToXML(Node.AddChild(XMLTag(Individual.DisplayName())));
+  }
 }
 
 void TQXPopulation::EvaluateStale() const {

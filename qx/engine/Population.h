@@ -3,6 +3,8 @@
 #include <qx/engine/Individual.h>
 #include <qx/platform/Collection.h>
 
+#include <functional>
+
 namespace qx {
 
 /// An owned, ordered collection of individuals of one class. What happens to its members reaches the genetic
@@ -22,10 +24,20 @@ public:
   /// handler that raises changes nothing here.
   void Assign(const TPersistent& Source) override;
 
+  /// Replaces the members by one for each child element of `Node`, which reads it, whatever the tag. When that
+  /// raises, the former members are back.
+  virtual void LoadFromXML(const TXMLNode& Node);
+  /// Appends one child element for each member, tagged with its display name (characters that no tag can hold
+  /// become "_"), and lets the member write it.
+  virtual void SaveToXML(const TXMLNode& Node);
+
   /// Evaluates the members whose fitness is stale.
   void EvaluateStale() const;
 
 protected:
+  /// Replaces the members by those that `AddMembers` adds, in one update. When that raises, the former members
+  /// are back.
+  void Reload(const std::function<void()>& AddMembers);
   void Notify(TCollectionItem& Item, TCollectionNotification Action) override;
   void Update(TCollectionItem* Item) override;
 

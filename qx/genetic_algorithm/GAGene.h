@@ -13,6 +13,9 @@
 namespace qx {
 
 class TQXGAGenes;
+namespace detail {
+class TGenesReload;
+} // namespace detail
 class TQXGAIndividual;
 
 /// Bits needed to write `Value` in base two; 0 for 0.
@@ -120,6 +123,7 @@ public:
   std::string AsString(int Index) const;
 
 protected:
+  void DefineProperties(TFiler& Filer) override;
   std::string GetDisplayName() const override;
   /// Called when `Size` has a new value.
   virtual void SizeChange();
@@ -128,8 +132,11 @@ protected:
 
 private:
   friend class TQXGAGenes;
+  friend class detail::TGenesReload;
 
   void StoreSize(int Value);
+  // Copies all fields as they are and tells nobody.
+  void Store(const TQXGAGene& Source);
   void RecalcMinMax();
   void RequireNumber(double Value, std::string_view What) const;
   template <class T>

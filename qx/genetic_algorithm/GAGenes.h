@@ -1,6 +1,7 @@
 #pragma once
 
 #include <qx/genetic_algorithm/GAGene.h>
+#include <qx/genetic_algorithm/QXGADomainXML.h>
 #include <qx/platform/Collection.h>
 
 namespace qx {
@@ -24,6 +25,17 @@ public:
 
   /// Called when the gene at `Index` has a new size: moves the genes behind it, then tells the owner.
   virtual void SizeChange(int Index);
+
+  /// Writes the genes and the attribute "Size": the genes' total, or the chromosomes' when that is 0. A gene of
+  /// unknown type is left out.
+  void SaveToXML(const TXMLGenoType& GenoType);
+  /// Writes the value of each gene in an individual's chromosome. Raises EGAException when an enumerated gene
+  /// holds none of its texts.
+  void SaveToXML(const TXMLGenes& Genes, TQXGAIndividual& Item);
+  /// Replaces the genes; one whose name was there before comes back as the same object. The owner's `GeneSize`
+  /// becomes the attribute "Size" first; limits come from sizes and signs, and the size of an enumerated gene
+  /// from its texts. When something raises, genes and owner are as they were.
+  void LoadFromXML(const TXMLGenoType& GenoType);
 
 protected:
   /// Raises std::length_error for a gene that makes the genotype too long.

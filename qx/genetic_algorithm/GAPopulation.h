@@ -16,6 +16,13 @@ public:
   /// The owner when it is a genetic algorithm, else nullptr.
   TQXCustomGeneticAlgorithm* Owner() const { return FAlgorithm; }
 
+  /// Read and write the element "Chromosomes"; any other one as every population does.
+  void LoadFromXML(const TXMLNode& Node) override;
+  void SaveToXML(const TXMLNode& Node) override;
+  /// Replaces the members by one for each chromosome. When that raises, the former members are back.
+  virtual void LoadFromXML(const TXMLChromosomes& Chromosomes);
+  virtual void SaveToXML(const TXMLChromosomes& Chromosomes);
+
 private:
   TQXCustomGeneticAlgorithm* FAlgorithm;
 };

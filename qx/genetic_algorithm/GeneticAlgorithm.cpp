@@ -30,6 +30,9 @@ void TQXCustomGeneticAlgorithm::SetGeneSize(int Value) {
   if (Value == FGeneSize) {
     return;
   }
+  if (TLoadScope* const Load = CurrentLoad()) {
+    RememberChromosomes(*Load);
+  }
   FGeneSize = Value;
   TUpdateScope Update(Population());
   for (TQXGAIndividual& Individual : Population()) {
@@ -75,7 +78,7 @@ std::unique_ptr<TQXGAGenes> TQXCustomGeneticAlgorithm::CreateGenes(TItemClass<TQ
 
 void TQXCustomGeneticAlgorithm::PopulationNotify(TQXIndividual& Item, TCollectionNotification Action) {
   TQXTypedGeneticComponent::PopulationNotify(Item, Action);
-  if (Action == cnAdded) {
+  if (Action == cnAdded && !Restoring()) {
     if (auto* const Individual = dynamic_cast<TQXGAIndividual*>(&Item)) {
       Individual->Bits().SetSize(FGeneSize);
     }

@@ -3,6 +3,7 @@
 #include <qx/engine/TypedGeneticComponent.h>
 #include <qx/genetic_algorithm/GAGenes.h>
 #include <qx/genetic_algorithm/GAPopulation.h>
+#include <qx/genetic_algorithm/QXGeneticAlgorithmXML.h>
 
 #include <memory>
 
@@ -54,12 +55,27 @@ public:
   /// counts for every bit.
   bool Mutate(TQXIndividual& Item) override;
 
+  using TQXTypedGeneticComponent::LoadFromXML;
+  using TQXTypedGeneticComponent::SaveToXML;
+  /// The settings of every genetic component, those of reproduction, and the domain.
+  virtual void LoadFromXML(const TXMLGeneticAlgorithm& Document);
+  virtual void SaveToXML(const TXMLGeneticAlgorithm& Document);
+  /// The genotype and the population, and the fittest individual, which is not read. Loading initializes the
+  /// component, if need be, without random individuals; both generations become the population that is loaded,
+  /// and are evaluated when there is a fitness handler. `Generation` stays.
+  virtual void LoadFromXML(const TXMLGADomainType& Domain);
+  virtual void SaveToXML(const TXMLGADomainType& Domain);
+  void SaveToStream(std::ostream& Stream) override;
+  void LoadFromStream(std::istream& Stream) override;
+  void LoadFromFile(const std::string& FileName) override;
+
   /// Fires for each child just before its chromosome is crossed. It is a slot of its own beside the engine's,
   /// which a reference to `TQXCustomGeneticComponent` reaches and which fires once a pair.
   TQXGACrossoverEvent OnCrossover;
 
 protected:
   friend class TQXGAGenes;
+  friend class TQXGAPopulation;
 
   /// Makes a `TQXGAPopulation` of `TQXGAIndividual` items.
   std::unique_ptr<TQXPopulation> CreatePopulation(TItemClass<TQXIndividual> ItemClass) override;
@@ -84,7 +100,13 @@ protected:
   bool DoMutate(TQXIndividual& Item) override;
   bool DoInvert(TQXIndividual& Item) override;
 
+  void DefineProperties(TFiler& Filer) override;
+
 private:
+  void InitializeEmpty();
+  // Raises std::length_error when a document asks for more chromosomes or bits than a load may make.
+  void RequireRoom(int Chromosomes, std::int64_t Bits) const;
+  void RememberChromosomes(TLoadScope& Load);
   int DrawCrossoverBit(int Length);
   int DrawGeneBoundary(int Length);
 

@@ -166,4 +166,69 @@ std::unique_ptr<TCollectionItem> TOwnedCollection::Remove(TCollectionItem& Item,
   return Removed;
 }
 
+TSetAsideItems::TSetAsideItems(TOwnedCollection& Collection)
+    : FCollection(Collection), FItems(Collection.FItems.size()), FNextID(Collection.FNextID) {
+  for (const auto& Item : Collection.FItems) {
+    FPlaces.push_back({Item.get(), Item->ID()});
+  }
+}
+
+void TSetAsideItems::TakeOut() {
+  TUpdateScope Update(FCollection);
+  while (!FCollection.FItems.empty()) {
+    TCollectionItem& Item = *FCollection.FItems.back();
+    auto Removed = FCollection.Remove(Item, cnExtracted);
+    if (const std::size_t Place = PlaceOf(Item); Place < FItems.size()) {
+      FItems[Place] = std::move(Removed);
+    }
+  }
+  Update.End();
+}
+
+void TSetAsideItems::Restore() {
+  const auto Quietly = [](auto Call) {
+    try {
+      Call();
+    } catch (...) { // The load's own exception is the one that tells what went wrong.
+    }
+  };
+  auto& Items = FCollection.FItems;
+  FCollection.BeginUpdate();
+  while (!Items.empty()) {
+    TCollectionItem& Item = *Items.back();
+    const std::size_t Place = PlaceOf(Item);
+    Quietly([&] { FCollection.Notify(Item, Place < FItems.size() ? cnExtracted : cnDeleted); });
+    if (Place < FItems.size()) {
+      FItems[Place] = std::move(Items.back());
+    }
+    Item.FCollection = nullptr;
+    Quietly([&] { Item.CollectionChanged(nullptr); });
+    Items.pop_back();
+  }
+  for (std::size_t I = 0; I < FItems.size(); ++I) {
+    if (FItems[I] == nullptr) { // a receiver of notifications has freed it
+      continue;
+    }
+    TCollectionItem& Item = *FItems[I];
+    Item.FCollection = &FCollection;
+    Item.FIndex = static_cast<int>(Items.size());
+    Item.FID = FPlaces[I].ID;
+    Items.push_back(std::move(FItems[I]));
+    Quietly([&] { Item.CollectionChanged(&FCollection); });
+    Quietly([&] { FCollection.Notify(Item, cnAdded); });
+  }
+  FCollection.FNextID = FNextID;
+  Quietly([&] { FCollection.EndUpdate(); });
+}
+
+std::size_t TSetAsideItems::PlaceOf(const TCollectionItem& Item) {
+  if (FPlaceOf.empty()) {
+    for (std::size_t I = 0; I < FPlaces.size(); ++I) {
+      FPlaceOf.emplace(FPlaces[I].Item, I);
+    }
+  }
+  const auto Found = FPlaceOf.find(&Item);
+  return Found == FPlaceOf.end() ? FItems.size() : Found->second;
+}
+
 } // namespace qx

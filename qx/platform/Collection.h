@@ -9,6 +9,7 @@
 #include <iterator>
 #include <memory>
 #include <type_traits>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -110,6 +111,7 @@ protected:
 
 private:
   friend class TCollectionItem;
+  friend class TSetAsideItems;
 
   std::size_t CheckedIndex(int Index) const {
     const auto Place = static_cast<std::size_t>(Index);
@@ -134,6 +136,41 @@ private:
   std::vector<std::unique_ptr<TCollectionItem>> FItems;
   int FNextID = 0;
   int FUpdateCount = 0;
+};
+
+/// Knows which items a collection had when this was made; can take them out, so that others can be loaded, and
+/// put them back. Those that are out are freed with this object.
+class TSetAsideItems {
+public:
+  explicit TSetAsideItems(TOwnedCollection& Collection);
+
+  /// Empties the collection. Each item is notified as extracted, the last one first.
+  void TakeOut();
+
+  int Count() const { return static_cast<int>(FItems.size()); }
+  /// The item, or nullptr when it is not here.
+  TCollectionItem* Items(int Index) { return FItems[static_cast<std::size_t>(Index)].get(); }
+  /// Hands an item over, to come back to the collection; `Restore` looks for it there.
+  std::unique_ptr<TCollectionItem> Take(int Index) { return std::move(FItems[static_cast<std::size_t>(Index)]); }
+
+  /// Puts the items back as they were, IDs included, in place of those that the collection holds now; an item
+  /// that is not here is found among these. What notifications raise is passed over.
+  void Restore();
+
+private:
+  struct TPlace {
+    const TCollectionItem* Item;
+    int ID;
+  };
+
+  // The place that an item had, or the count for one that was not there.
+  std::size_t PlaceOf(const TCollectionItem& Item);
+
+  TOwnedCollection& FCollection;
+  std::vector<std::unique_ptr<TCollectionItem>> FItems;
+  std::vector<TPlace> FPlaces;
+  std::unordered_map<const TCollectionItem*, std::size_t> FPlaceOf; // made when it is needed
+  int FNextID;
 };
 
 inline void TCollectionItem::Changed(bool AllItems) {

@@ -39,6 +39,7 @@ protected:
 
 private:
   friend class TOwnedCollection;
+  friend class TSetAsideItems;
 
   TOwnedCollection* FCollection = nullptr;
   int FID = -1;

@@ -1,4 +1,5 @@
 #include <qx/platform/Component.h>
+#include <qx/platform/Filer.h>
 #include <qx/platform/Text.h>
 
 #include <algorithm>
@@ -41,6 +42,11 @@ TComponent* TComponent::FindComponent(std::string_view Name) const {
     return !Name.empty() && SameText(Component->FName, Name);
   });
   return Found == FComponents.end() ? nullptr : *Found;
+}
+
+void TComponent::DefineProperties(TFiler& Filer) {
+  TPersistent::DefineProperties(Filer);
+  Filer.Property("Name", FName, !FName.empty(), [this](const std::string& Value) { SetName(Value); });
 }
 
 void TComponent::RequireAdoptable(const TComponent* Component) const {

@@ -3,6 +3,8 @@
 #include <qx/platform/Persistent.h>
 
 #include <concepts>
+#include <functional>
+#include <iosfwd>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -43,7 +45,15 @@ public:
     return Adopted;
   }
 
+protected:
+  void DefineProperties(TFiler& Filer) override;
+  /// Runs `Load`, which reads the component's properties from a stream. A component that can put itself back
+  /// when that raises overrides this.
+  virtual void Loading(const std::function<void()>& Load) { Load(); }
+
 private:
+  friend void ReadComponent(std::istream& Stream, TComponent& Component);
+
   void RequireAdoptable(const TComponent* Component) const;
   void TakeOver(std::unique_ptr<TComponent> Component);
   void RequireFreeName(std::string_view Name, const TComponent* Except) const;

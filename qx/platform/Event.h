@@ -82,6 +82,7 @@ protected:
     Replace(Wrap(std::forward<TCallable>(Callable)));
   }
   void Unbind() { Replace(nullptr); }
+  void BindTo(const TQXEvent& Source) { Replace(Source.FHandler); }
 
 private:
   class THandler {

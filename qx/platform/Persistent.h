@@ -5,6 +5,8 @@
 
 namespace qx {
 
+class TFiler;
+
 /// Base of everything that can be copied by content.
 ///
 /// An object keeps its identity: copy construction is deleted, and `Assign` copies content into an object
@@ -25,6 +27,10 @@ public:
   std::string ClassName() const;
 
 protected:
+  /// Names the stored properties, in the order of a component stream, to a filer that writes or reads them. An
+  /// override calls the inherited one first.
+  virtual void DefineProperties(TFiler& /*Filer*/) {}
+
   /// `Source` as a `T`, a class of this object, or nullptr when it is none. Costs one comparison when both
   /// objects are of one class, as they usually are.
   template <class T>
@@ -37,6 +43,9 @@ protected:
 
   /// Copies this object into `Dest`, a class that does not know this one. The base always raises.
   virtual void AssignTo(TPersistent& Dest) const;
+
+private:
+  friend class TFiler;
 };
 
 } // namespace qx

@@ -32,7 +32,7 @@ TEST(Text, ASingleIsPlainInTheMiddleAndInExponentFormAtTheEnds) {
   EXPECT_EQ(GeneralText(1e-4F), "0.0001");
   EXPECT_EQ(GeneralText(1e-5F), "1e-05");
   EXPECT_EQ(GeneralText(1e15F), "1e+15");
-  EXPECT_EQ(GeneralText(std::numeric_limits<float>::infinity()), "inf");
+  EXPECT_EQ(GeneralText(std::numeric_limits<float>::infinity()), "INF");
 }
 
 TEST(Text, ASingleReadsBackToItself) {

@@ -1,0 +1,182 @@
+// The genetic component's documents, files, streams and description.
+
+#include <qx/engine/GeneticComponent.h>
+#include <qx/engine/LoadScope.h>
+#include <qx/foundation/EnumPropertyText.h>
+#include <qx/platform/Files.h>
+#include <qx/platform/Filer.h>
+#include <qx/platform/Text.h>
+
+#include <cmath>
+#include <sstream>
+#include <stdexcept>
+
+namespace qx {
+
+// --- XML ---------------------------------------------------------------------------------------------------
+
+void TQXCustomGeneticComponent::SaveToXML(const TXMLGeneticDocumentType& Document) {
+  if (std::isnan(FitnessCutoff())) {
+    throw std::invalid_argument("FitnessCutoff must be a number to be saved, not NaN");
+  }
+  Document.SetDiversityLimit(DiversityLimit());
+  Document.SetFitnessCutoff(FitnessCutoff());
+  Document.SetFitnessMethod(EnumName(FitnessMethod()));
+  Document.SetGeneration(Generation());
+  Document.SetUseDiversityLimit(UseDiversityLimit());
+  Document.SetUseFitnessCutoff(UseFitnessCutoff());
+  Document.SetGenerationLimit(GenerationLimit());
+  Document.SetUseGenerationLimit(UseGenerationLimit());
+  Document.SetAvgFitness(AvgFitness());
+  Document.SetMaxFitness(MaxFitness());
+  Document.SetMinFitness(MinFitness());
+}
+
+void TQXCustomGeneticComponent::LoadFromXML(const TXMLGeneticDocumentType& Document) {
+  TLoadScope Load(this);
+  SetDiversityLimit(Document.DiversityLimit());
+  Load.WarnIfMoved("DiversityLimit", Document.DiversityLimit(), DiversityLimit());
+  SetFitnessCutoff(Document.FitnessCutoff());
+  SetFitnessMethod(Load.ValueOr("FitnessMethod", Document.FitnessMethod(), FitnessMethod()));
+  SetGeneration(Document.Generation());
+  SetUseDiversityLimit(Document.UseDiversityLimit());
+  SetUseFitnessCutoff(Document.UseFitnessCutoff());
+  SetGenerationLimit(Document.GenerationLimit());
+  Load.WarnIfMoved("GenerationLimit", Document.GenerationLimit(), GenerationLimit());
+  SetUseGenerationLimit(Document.UseGenerationLimit());
+  Load.Done();
+}
+
+void TQXCustomGeneticComponent::SaveReproduction(const TXMLReproductionType& Reproduction) const {
+  Reproduction.SetCrossoverProbability(CrossoverProbability());
+  Reproduction.SetInversionProbability(InversionProbability());
+  Reproduction.SetMutationProbability(MutationProbability());
+  const TXMLReproductionType_SelectionMethod Selection = Reproduction.SelectionMethod();
+  Selection.SetMethod(EnumName(SelectionMethod()));
+  Selection.SetElitistPercent(ElitistPct());
+  Selection.SetTournamentField(TournamentField());
+}
+
+void TQXCustomGeneticComponent::LoadReproduction(const TXMLReproductionType& Reproduction) {
+  TLoadScope Load(this);
+  SetCrossoverProbability(Reproduction.CrossoverProbability());
+  Load.WarnIfMoved("CrossoverProbability", Reproduction.CrossoverProbability(), CrossoverProbability());
+  SetInversionProbability(Reproduction.InversionProbability());
+  Load.WarnIfMoved("InversionProbability", Reproduction.InversionProbability(), InversionProbability());
+  SetMutationProbability(Reproduction.MutationProbability());
+  Load.WarnIfMoved("MutationProbability", Reproduction.MutationProbability(), MutationProbability());
+  const TXMLReproductionType_SelectionMethod Selection = Reproduction.SelectionMethod();
+  SetSelectionMethod(Load.ValueOr("Method", Selection.Method(), SelectionMethod()));
+  SetElitistPct(Selection.ElitistPercent());
+  Load.WarnIfMoved("ElitistPercent", Selection.ElitistPercent(), ElitistPct());
+  SetTournamentField(Selection.TournamentField());
+  Load.WarnIfMoved("TournamentField", Selection.TournamentField(), TournamentField());
+  Load.Done();
+}
+
+// --- Streams and files -------------------------------------------------------------------------------------
+
+void TQXCustomGeneticComponent::SaveToStream(std::ostream& Stream) {
+  const TXMLGeneticDocumentType Document = NewGeneticDocument();
+  SaveToXML(Document);
+  Document.Document().Write(Stream);
+}
+
+void TQXCustomGeneticComponent::LoadFromStream(std::istream& Stream) {
+  LoadFromXML(GetGeneticDocument(TXMLDocument::Read(Stream)));
+}
+
+// The document is complete before the file is touched.
+void TQXCustomGeneticComponent::SaveToFile(const std::string& FileName) {
+  std::ostringstream Stream;
+  SaveToStream(Stream);
+  ReplaceFile(FileName, Stream.view());
+}
+
+void TQXCustomGeneticComponent::LoadFromFile(const std::string& FileName) {
+  LoadFromXML(LoadGeneticDocument(FileName));
+}
+
+// --- Component stream --------------------------------------------------------------------------------------
+
+void TQXCustomGeneticComponent::DefineProperties(TFiler& Filer) {
+  TComponent::DefineProperties(Filer);
+  const TSettings Defaults;
+  const auto Define = [&](std::string_view Name, const auto& Value, const auto& Default, auto Setter) {
+    Filer.Property(Name, Value, Value != Default, [&](const auto& Read) { (this->*Setter)(Read); });
+  };
+  using TSelf = TQXCustomGeneticComponent;
+  const TSettings& S = FSettings;
+  Define("InitialPopulation", S.InitialPopulation, Defaults.InitialPopulation, &TSelf::SetInitialPopulation);
+  Define("InitialDuplicatesRetries", S.InitialDuplicatesRetries, Defaults.InitialDuplicatesRetries,
+         &TSelf::SetInitialDuplicatesRetries);
+  Define("SelectionMethod", S.SelectionMethod, Defaults.SelectionMethod, &TSelf::SetSelectionMethod);
+  Define("TournamentField", S.TournamentField, Defaults.TournamentField, &TSelf::SetTournamentField);
+  Define("Operations", S.Operations, Defaults.Operations, &TSelf::SetOperations);
+  Define("FitnessMethod", S.FitnessMethod, Defaults.FitnessMethod, &TSelf::SetFitnessMethod);
+  Define("Generation", S.Generation, Defaults.Generation, &TSelf::SetGeneration);
+  Define("GenerationLimit", S.GenerationLimit, Defaults.GenerationLimit, &TSelf::SetGenerationLimit);
+  Define("UseFitnessCutoff", S.UseFitnessCutoff, Defaults.UseFitnessCutoff, &TSelf::SetUseFitnessCutoff);
+  Define("UseDiversityLimit", S.UseDiversityLimit, Defaults.UseDiversityLimit, &TSelf::SetUseDiversityLimit);
+  Define("UseGenerationLimit", S.UseGenerationLimit, Defaults.UseGenerationLimit,
+         &TSelf::SetUseGenerationLimit);
+  const auto DefineReal = [&](std::string_view Name, double Value, bool Stored, void (TSelf::*Setter)(double)) {
+    Filer.Property(Name, Value, Stored, [&](double Read) { (this->*Setter)(Read); });
+  };
+  DefineReal("FitnessCutoff", S.FitnessCutoff, IsFitnessCutoffStored(), &TSelf::SetFitnessCutoff);
+  DefineReal("DiversityLimit", S.DiversityLimit, IsDiversityLimitStored(), &TSelf::SetDiversityLimit);
+  DefineReal("ElitistPct", S.ElitistPct, IsElitistPctStored(), &TSelf::SetElitistPct);
+  DefineReal("CrossoverProbability", S.CrossoverProbability, IsCrossoverProbabilityStored(),
+             &TSelf::SetCrossoverProbability);
+  DefineReal("InversionProbability", S.InversionProbability, IsInversionProbabilityStored(),
+             &TSelf::SetInversionProbability);
+  DefineReal("MutationProbability", S.MutationProbability, IsMutationProbabilityStored(),
+             &TSelf::SetMutationProbability);
+}
+
+void TQXCustomGeneticComponent::Loading(const std::function<void()>& Load) {
+  TLoadScope Scope(this);
+  TComponent::Loading(Load);
+  Scope.Done();
+}
+
+// --- Description -------------------------------------------------------------------------------------------
+
+void TQXCustomGeneticComponent::Describe(TStrings& Strings, std::string_view TabStr) const {
+  const auto AddLine = [&](std::string_view Label, const std::string& Value) {
+    Strings.Add(std::string(TabStr) + std::string(Label) + Value);
+  };
+  const auto Percent = [](TGAProbability Share) { return FixedText(Share * 100) + '%'; };
+  Strings.Add("Operating Conditions");
+  AddLine("Fitness Method = ", std::string(EnumName(FitnessMethod())));
+  AddLine("Crossover Probability = ", Percent(CrossoverProbability()));
+  AddLine("Inversion Probability = ", Percent(InversionProbability()));
+  AddLine("Mutation Probability = ", Percent(MutationProbability()));
+  AddLine("Selection Method = ", std::string(EnumName(SelectionMethod())));
+  Strings.Add("Initial Conditions");
+  AddLine("Population = ", std::to_string(InitialPopulation()));
+  if (!UseGenerationLimit() && !UseFitnessCutoff() && !UseDiversityLimit()) {
+    Strings.Add("There are no Termination Conditions");
+    return;
+  }
+  Strings.Add("Termination Conditions");
+  if (UseFitnessCutoff()) {
+    AddLine(Maximizing() ? "Fitness >= " : "Fitness <= ", GeneralText(FitnessCutoff()));
+  }
+  if (UseDiversityLimit()) {
+    AddLine("Diversity less than ", Percent(DiversityLimit()));
+  }
+  if (UseGenerationLimit()) {
+    AddLine("Maximum number of generations = ", std::to_string(GenerationLimit()));
+  }
+}
+
+std::string TQXCustomGeneticComponent::ToString() const {
+  TStrings Lines;
+  Describe(Lines, "   ");
+  std::string Text = Lines.Text();
+  Text.pop_back(); // line breaks stand between the lines
+  return Text;
+}
+
+} // namespace qx

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <qx/foundation/QXGAConsts.h>
+#include <qx/platform/Collection.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace qx {
+
+class TQXCustomGeneticComponent;
+
+/// Holds a load together. While it runs, whatever is about to be changed is told to the scope; when the scope is
+/// left without `Done`, all of that is undone, the last change first, and the component's settings, statistics
+/// and selection handler are put back as well. Scopes nest: those inside belong to the outermost one of their
+/// component, which alone decides. Without a component a scope stands for itself.
+class TLoadScope {
+public:
+  explicit TLoadScope(TQXCustomGeneticComponent* Component);
+  TLoadScope(const TLoadScope&) = delete;
+  TLoadScope& operator=(const TLoadScope&) = delete;
+  ~TLoadScope();
+
+  /// Registers how a change that comes next is undone.
+  void OnFailure(std::function<void()> Undo) { FOutermost->FUndo.push_back(std::move(Undo)); }
+  /// Empties the collection until the load has succeeded. What is returned lives as long.
+  TSetAsideItems& SetAside(TOwnedCollection& Items);
+  /// Adds to the component's `LoadWarnings`.
+  void Warn(std::string Warning) { FOutermost->FWarnings.push_back(std::move(Warning)); }
+  /// Warns when a setting has become another value than the document's.
+  void WarnIfMoved(std::string_view Element, double Wanted, double Stored);
+  /// The value of that name; warns and gives the present one where none has the name.
+  template <class TEnum>
+  TEnum ValueOr(std::string_view Element, const std::string& Name, TEnum Present) {
+    const std::optional<TEnum> Value = EnumValue<TEnum>(Name);
+    if (!Value) {
+      WarnUnknown(Element, Name, EnumName(Present));
+    }
+    return Value.value_or(Present);
+  }
+
+  /// The load has succeeded.
+  void Done();
+
+private:
+  void RememberComponent();
+  void WarnUnknown(std::string_view Element, const std::string& Name, std::string_view Present);
+  void UndoAll();
+
+  TQXCustomGeneticComponent* FComponent;
+  TLoadScope* FOutermost;
+  bool FDone = false;
+  std::vector<std::function<void()>> FUndo;
+  std::vector<std::string> FWarnings;
+};
+
+} // namespace qx

@@ -1,0 +1,216 @@
+// The genotype's documents and streams.
+
+#include <qx/genetic_algorithm/GenesReload.h>
+#include <qx/genetic_algorithm/GeneticAlgorithm.h>
+#include <qx/foundation/EnumPropertyText.h>
+#include <qx/platform/Filer.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace qx {
+
+namespace {
+
+TGeneType GeneTypeOf(const TXMLNode& Element) {
+  constexpr std::pair<std::string_view, TGeneType> Tags[] = {{"BooleanGene", gtBoolean},
+                                                             {"IntegerGene", gtInteger},
+                                                             {"FloatGene", gtFloat},
+                                                             {"EnumerationGene", gtEnumeration}};
+  for (const auto& [Tag, Type] : Tags) {
+    if (Element.Tag() == Tag) {
+      return Type;
+    }
+  }
+  return gtUnknown;
+}
+
+void SaveNumericGene(const TXMLNumericGeneType& Element, const TQXGAGene& Gene) {
+  Element.SetMinValue(Gene.MinValue());
+  Element.SetMaxValue(Gene.MaxValue());
+  Element.SetPreserveSignBit(Gene.PreserveSignBit());
+}
+
+void SaveGene(const TXMLGenoType& GenoType, TQXGAGene& Gene) {
+  constexpr std::string_view Tags[] = {"", "BooleanGene", "IntegerGene", "FloatGene", "EnumerationGene"};
+  if (Gene.GeneType() == gtUnknown) {
+    return;
+  }
+  const TXMLGeneType Element(GenoType.AddChild(Tags[Gene.GeneType()]));
+  Element.SetName(Gene.Name());
+  Element.SetSize(Gene.Size());
+  if (Gene.GeneType() == gtInteger || Gene.GeneType() == gtFloat) {
+    SaveNumericGene(TXMLNumericGeneType(Element), Gene);
+  } else if (Gene.GeneType() == gtEnumeration) {
+    for (int I = 0; I < Gene.Enumerations().Count(); ++I) {
+      Element.AddChild("Enumeration").SetText(Gene.Enumerations()[I]);
+    }
+  }
+}
+
+// The type comes last: its limits are those of the size and the sign, whatever the document says.
+void LoadGene(const TXMLGeneType& Element, TGeneType Type, TQXGAGene& Gene) {
+  Gene.SetName(Element.Name());
+  Gene.SetSize(Element.Size());
+  if (Type == gtInteger || Type == gtFloat) {
+    const TXMLNumericGeneType Numeric(Element);
+    Gene.SetMinValue(Numeric.MinValue());
+    Gene.SetMaxValue(Numeric.MaxValue());
+    Gene.SetPreserveSignBit(Numeric.PreserveSignBit());
+  }
+  Gene.SetGeneType(Type);
+  if (Type == gtEnumeration) {
+    const IXMLString_List Texts = TXMLEnumerationGeneType(Element).Enumeration();
+    for (int I = 0; I < Texts.Count(); ++I) {
+      Gene.Enumerations().Add(Texts[I]);
+    }
+  }
+}
+
+// How long the chromosomes become at most.
+std::int64_t LargestSize(const TXMLGenoType& GenoType) {
+  std::int64_t Genes = 0;
+  for (TXMLNode Element = GenoType.FirstChild(); Element; Element = Element.NextSibling()) {
+    if (GeneTypeOf(Element) != gtUnknown) {
+      Genes += std::max(TXMLGeneType(Element).Size(), 0);
+    }
+  }
+  return std::max<std::int64_t>(Genes, GenoType.Size());
+}
+
+} // namespace
+
+namespace detail {
+
+TGenesReload::TGenesReload(TQXGAGenes& Genes, TLoadScope& Load)
+    : FGenes(Genes), FLoad(Load), FFormer(Load.SetAside(Genes)) {
+  for (int I = 0; I < FFormer.Count(); ++I) {
+    if (const auto* Gene = dynamic_cast<TQXGAGene*>(FFormer.Items(I))) {
+      FPlaces[Gene->Name()].push_back(I);
+    }
+  }
+}
+
+TQXGAGene& TGenesReload::Add(std::string_view Name) {
+  const auto Places = FPlaces.find(Name);
+  if (Places == FPlaces.end() || Places->second.empty()) {
+    return FGenes.Add();
+  }
+  const int Place = Places->second.front();
+  Places->second.pop_front();
+  std::unique_ptr<TQXGAGene> Gene(static_cast<TQXGAGene*>(FFormer.Take(Place).release()));
+  const auto Before = std::make_shared<TQXGAGene>();
+  Before->Store(*Gene);
+  FLoad.OnFailure([Kept = Gene.get(), Before] { Kept->Store(*Before); });
+  Gene->Store(TQXGAGene());
+  return FGenes.Insert(FGenes.Count(), std::move(Gene));
+}
+
+} // namespace detail
+
+void TQXGAGenes::SaveToXML(const TXMLGenoType& GenoType) {
+  GenoType.Clear();
+  for (TQXGAGene& Gene : *this) {
+    SaveGene(GenoType, Gene);
+  }
+  const bool Unused = Size() == 0 && FAlgorithm != nullptr;
+  GenoType.SetSize(Unused ? FAlgorithm->GeneSize() : Size());
+}
+
+void TQXGAGenes::SaveToXML(const TXMLGenes& Genes, TQXGAIndividual& Item) {
+  TQXGABits& Bits = Item.Bits();
+  for (const TQXGAGene& Gene : *this) {
+    switch (Gene.GeneType()) {
+    case gtBoolean:
+      Genes.AddChild("BooleanGeneValue").SetBoolean(Gene.GeneAsBoolean(Bits));
+      break;
+    case gtInteger:
+      Genes.AddChild("IntegerGeneValue").SetInteger(Gene.GeneAsInteger(Bits));
+      break;
+    case gtFloat:
+      Genes.AddChild("FloatGeneValue").SetSingle(static_cast<double>(Gene.GeneAsFloat(Bits)));
+      break;
+    case gtEnumeration:
+      Genes.AddChild("EnumerationGeneValue").SetText(Gene.GeneAsEnumeration(Bits));
+      break;
+    case gtUnknown:
+      break;
+    }
+  }
+}
+
+void TQXGAGenes::LoadFromXML(const TXMLGenoType& GenoType) {
+  TLoadScope Load(FAlgorithm);
+  if (FAlgorithm != nullptr) {
+    FAlgorithm->RequireRoom(FAlgorithm->Population().Count(), LargestSize(GenoType));
+    FAlgorithm->SetGeneSize(GenoType.Size());
+  }
+  TUpdateScope Update(*this);
+  detail::TGenesReload Genes(*this, Load);
+  for (TXMLNode Element = GenoType.FirstChild(); Element; Element = Element.NextSibling()) {
+    if (const TGeneType Type = GeneTypeOf(Element); Type != gtUnknown) {
+      const TXMLGeneType GeneXML(Element);
+      LoadGene(GeneXML, Type, Genes.Add(GeneXML.Name()));
+    }
+  }
+  Update.End();
+  Load.Done();
+}
+
+void TQXGAGene::DefineProperties(TFiler& Filer) {
+  TCollectionItem::DefineProperties(Filer);
+  std::vector<std::string> Texts;
+  for (int I = 0; FEnumerations != nullptr && I < FEnumerations->Count(); ++I) {
+    Texts.push_back(FEnumerations->Strings(I));
+  }
+  TQXGAGene Standard; // has the limits that size, sign and type give
+  Standard.Store(*this);
+  Standard.RecalcMinMax();
+  const bool Limited = Standard.FMinValue != FMinValue || Standard.FMaxValue != FMaxValue;
+  std::optional<double> Max;
+
+  Filer.Property("Name", FName, !FName.empty(), [this](const std::string& Value) { SetName(Value); });
+  Filer.Property("Enumerations", Texts, !Texts.empty(), [this](const std::vector<std::string>& Values) {
+    TUpdateScope Update(Enumerations());
+    Enumerations().Clear();
+    for (const std::string& Value : Values) {
+      Enumerations().Add(Value);
+    }
+    Update.End();
+  });
+  Filer.Property("GeneType", FGeneType, FGeneType != gtUnknown, [this](TGeneType Value) { SetGeneType(Value); });
+  Filer.Property("PreserveSignBit", FPreserveSignBit, FPreserveSignBit,
+                 [this](bool Value) { SetPreserveSignBit(Value); });
+  Filer.Property("Size", FSize, FSize != 0, [this](int Value) { SetSize(Value); });
+  Filer.Property("MaxValue", FMaxValue, Limited, [&](double Value) {
+    SetMaxValue(Value);
+    Max = Value;
+  });
+  Filer.Property("MinValue", FMinValue, Limited, [&](double Value) {
+    SetMinValue(Value);
+    // The limits stood beside each other when they were written, though each setter may move the other one.
+    FMinValue = Value;
+    FMaxValue = Max.value_or(FMaxValue);
+  });
+}
+
+void TQXGAGene::Store(const TQXGAGene& Source) {
+  FSize = Source.FSize;
+  FOffset = Source.FOffset;
+  FPreserveSignBit = Source.FPreserveSignBit;
+  FMaxValue = Source.FMaxValue;
+  FMinValue = Source.FMinValue;
+  FName = Source.FName;
+  FGeneType = gtUnknown; // the list shall not set the size
+  if (Source.FEnumerations != nullptr) {
+    Enumerations().Assign(*Source.FEnumerations);
+  } else if (FEnumerations != nullptr) {
+    FEnumerations->Clear();
+  }
+  FGeneType = Source.FGeneType;
+}
+
+} // namespace qx

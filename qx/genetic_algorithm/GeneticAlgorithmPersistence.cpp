@@ -1,0 +1,224 @@
+// The genetic algorithm's documents, files and streams, and those of its individuals and populations.
+
+#include <qx/engine/LoadScope.h>
+#include <qx/foundation/EnumPropertyText.h>
+#include <qx/genetic_algorithm/GenesReload.h>
+#include <qx/genetic_algorithm/GeneticAlgorithm.h>
+#include <qx/platform/Filer.h>
+#include <qx/platform/Text.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qx {
+
+// --- Individual and population -----------------------------------------------------------------------------
+
+void TQXGAIndividual::LoadFromXML(const TXMLNode& Node) {
+  if (TXMLChromosome::Binds(Node)) {
+    LoadFromXML(TXMLChromosome(Node));
+  }
+}
+
+void TQXGAIndividual::SaveToXML(const TXMLNode& Node) {
+  if (TXMLChromosome::Binds(Node)) {
+    SaveToXML(TXMLChromosome(Node));
+  }
+}
+
+void TQXGAIndividual::LoadFromXML(const TXMLChromosome& Chromosome) {
+  const TXMLGenes Genes = Chromosome.Genes();
+  try {
+    Bits().SetAsBitString(0, Bits().Size(), Trimmed(Genes.Bits()));
+  } catch (const std::invalid_argument& Error) {
+    Genes.FindChild("Bits").Refuse(Error.what());
+  }
+  SetName(Chromosome.Name());
+  Modified();
+}
+
+void TQXGAIndividual::SaveToXML(const TXMLChromosome& Chromosome) {
+  Chromosome.Clear();
+  Chromosome.SetName(DisplayName());
+  Chromosome.SetFitness(Fitness());
+  const TXMLGenes Genes = Chromosome.Genes();
+  Genes.SetBits(Bits().ToBitString());
+  if (auto* const Algorithm = dynamic_cast<TQXCustomGeneticAlgorithm*>(Owner())) {
+    Algorithm->Genes().SaveToXML(Genes, *this);
+  }
+}
+
+void TQXGAIndividual::DefineProperties(TFiler& Filer) {
+  TQXIndividual::DefineProperties(Filer);
+  Filer.Property("Bits", Bits().ToBitString(), Bits().Size() > 0, [this](const std::string& Value) {
+    Bits().SetAsBitString(0, Bits().Size(), Value);
+    Modified();
+  });
+}
+
+void TQXGAPopulation::LoadFromXML(const TXMLNode& Node) {
+  if (TXMLChromosomes::Binds(Node)) {
+    LoadFromXML(TXMLChromosomes(Node));
+  } else {
+    TTypedCollection::LoadFromXML(Node);
+  }
+}
+
+void TQXGAPopulation::SaveToXML(const TXMLNode& Node) {
+  if (TXMLChromosomes::Binds(Node)) {
+    SaveToXML(TXMLChromosomes(Node));
+  } else {
+    TTypedCollection::SaveToXML(Node);
+  }
+}
+
+void TQXGAPopulation::LoadFromXML(const TXMLChromosomes& Chromosomes) {
+  const TXMLNodeList<TXMLChromosome> List = Chromosomes.Chromosome();
+  if (FAlgorithm != nullptr) {
+    FAlgorithm->RequireRoom(List.Count(), FAlgorithm->GeneSize());
+  }
+  Reload([&] {
+    for (const TXMLChromosome& Chromosome : List) {
+      Add().LoadFromXML(Chromosome);
+    }
+  });
+}
+
+void TQXGAPopulation::SaveToXML(const TXMLChromosomes& Chromosomes) {
+  Chromosomes.Clear();
+  for (TQXGAIndividual& Individual : *this) {
+    Individual.SaveToXML(TXMLChromosome(Chromosomes.AddChild("Chromosome")));
+  }
+}
+
+// --- Component ---------------------------------------------------------------------------------------------
+
+void TQXCustomGeneticAlgorithm::SaveToXML(const TXMLGeneticAlgorithm& Document) {
+  SaveToXML(static_cast<const TXMLGeneticDocumentType&>(Document));
+  const genetic_algorithm_xml::TXMLReproductionType Reproduction = Document.Reproduction();
+  Reproduction.SetCrossoverMethod(EnumName(FCrossoverMethod));
+  SaveReproduction(Reproduction);
+  SaveToXML(Document.Domain());
+}
+
+void TQXCustomGeneticAlgorithm::LoadFromXML(const TXMLGeneticAlgorithm& Document) {
+  TLoadScope Load(this);
+  LoadFromXML(static_cast<const TXMLGeneticDocumentType&>(Document));
+  Load.OnFailure([this, Method = FCrossoverMethod] { FCrossoverMethod = Method; });
+  const genetic_algorithm_xml::TXMLReproductionType Reproduction = Document.Reproduction();
+  FCrossoverMethod = Load.ValueOr("CrossoverMethod", Reproduction.CrossoverMethod(), FCrossoverMethod);
+  LoadReproduction(Reproduction);
+  LoadFromXML(Document.Domain());
+  Load.Done();
+}
+
+void TQXCustomGeneticAlgorithm::SaveToXML(const TXMLGADomainType& Domain) {
+  Domain.Clear();
+  Genes().SaveToXML(Domain.GenoType());
+  if (TQXGAIndividual* const Fittest = FittestIndividual()) {
+    Fittest->SaveToXML(Domain.FittestIndividual());
+  }
+  Population().SaveToXML(Domain.Chromosomes());
+}
+
+void TQXCustomGeneticAlgorithm::LoadFromXML(const TXMLGADomainType& Domain) {
+  TLoadScope Load(this);
+  const int Generation = this->Generation();
+  Load.SetAside(Population());
+  if (PreviousGeneration() != nullptr) {
+    Load.SetAside(*PreviousGeneration());
+  }
+  if (!Initialized()) {
+    InitializeEmpty();
+  }
+  Genes().LoadFromXML(Domain.GenoType());
+  Population().LoadFromXML(Domain.Chromosomes());
+  SetPreviousGeneration(Population());
+  SetGeneration(Generation); // which initializing sets to 0
+  Load.Done();
+}
+
+// No random individuals are made for a population that is about to be loaded.
+void TQXCustomGeneticAlgorithm::InitializeEmpty() {
+  struct TWithoutIndividuals {
+    explicit TWithoutIndividuals(TQXCustomGeneticAlgorithm& Owner)
+        : Component(Owner), Before(Owner.InitialPopulation()) {
+      Component.SetInitialPopulation(0);
+    }
+    ~TWithoutIndividuals() { Component.SetInitialPopulation(Before); }
+    TQXCustomGeneticAlgorithm& Component;
+    int Before;
+  } const Without(*this);
+  Initialize();
+}
+
+void TQXCustomGeneticAlgorithm::RequireRoom(int Chromosomes, std::int64_t Bits) const {
+  const auto Most = static_cast<std::uint64_t>(DefaultXMLLimits.Bytes);
+  const std::uint64_t Each = static_cast<std::uint64_t>(std::max<std::int64_t>(Bits, 0));
+  if (Each > Most / static_cast<std::uint64_t>(std::max(Chromosomes, 1))) { // of none, what one would have
+    throw std::length_error(std::to_string(Chromosomes) + " chromosomes of " + std::to_string(Bits) +
+                            " bits are more than the " + std::to_string(Most) +
+                            " bits in all that a load may make (as many as a document may have bytes)");
+  }
+}
+
+// Before the chromosomes of a component that is being loaded are resized.
+void TQXCustomGeneticAlgorithm::RememberChromosomes(TLoadScope& Load) {
+  auto Chromosomes = std::make_shared<std::vector<std::pair<TQXGAIndividual*, std::unique_ptr<TQXEncodedBits>>>>();
+  for (TQXGAIndividual& Individual : Population()) {
+    auto Bits = std::make_unique<TQXEncodedBits>();
+    Bits->Assign(Individual.Bits());
+    Chromosomes->emplace_back(&Individual, std::move(Bits));
+  }
+  Load.OnFailure([this, Size = FGeneSize, Chromosomes] {
+    FGeneSize = Size;
+    for (const auto& [Individual, Bits] : *Chromosomes) {
+      Individual->Bits().Assign(*Bits);
+    }
+  });
+}
+
+void TQXCustomGeneticAlgorithm::SaveToStream(std::ostream& Stream) {
+  const TXMLGeneticAlgorithm Document = NewGeneticAlgorithm();
+  SaveToXML(Document);
+  Document.Document().Write(Stream);
+}
+
+void TQXCustomGeneticAlgorithm::LoadFromStream(std::istream& Stream) {
+  LoadFromXML(GetGeneticAlgorithm(TXMLDocument::Read(Stream)));
+}
+
+void TQXCustomGeneticAlgorithm::LoadFromFile(const std::string& FileName) {
+  LoadFromXML(LoadGeneticAlgorithm(FileName));
+}
+
+void TQXCustomGeneticAlgorithm::DefineProperties(TFiler& Filer) {
+  TQXTypedGeneticComponent::DefineProperties(Filer);
+  Filer.Property("CrossoverMethod", FCrossoverMethod, FCrossoverMethod != cmGeneBoundary,
+                 [this](TGACrossoverMethod Value) {
+                   CurrentLoad()->OnFailure([this, Method = FCrossoverMethod] { FCrossoverMethod = Method; });
+                   SetCrossoverMethod(Value);
+                 });
+  Filer.Property("GeneSize", FGeneSize, FGeneSize != 0, [this](int Value) {
+    RequireRoom(Population().Count(), Value);
+    SetGeneSize(Value);
+  });
+  std::optional<detail::TGenesReload> Reload;
+  Filer.Items(
+      "Genes", Genes(), [&](int /*Count*/) { Reload.emplace(Genes(), *CurrentLoad()); },
+      [&](std::string_view Name) -> TCollectionItem& { return Reload->Add(Name); });
+  Filer.Items(
+      "Population", Population(),
+      [&](int Count) {
+        RequireRoom(Count, FGeneSize);
+        CurrentLoad()->SetAside(Population());
+      },
+      [&](std::string_view /*Name*/) -> TCollectionItem& { return Population().Add(); });
+}
+
+} // namespace qx

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace qx {
+
+/// Makes `Content` the content of a file, wholly or not at all: it is written beside the file, synced to the disk
+/// and renamed over it, so that whoever opens the file, at whatever moment and after whatever end of this
+/// process, finds the former content or the new one. The file keeps its permissions; a link is followed. What is
+/// no regular file (a pipe, a device) is written to as it stands. Raises std::system_error, which names the
+/// file.
+void ReplaceFile(const std::string& FileName, std::string_view Content);
+
+} // namespace qx

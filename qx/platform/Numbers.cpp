@@ -1,0 +1,89 @@
+#include <qx/platform/Numbers.h>
+#include <qx/platform/Text.h>
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <system_error>
+
+namespace qx {
+
+namespace {
+
+// Room for a plain number of 15 digits before the point, and for any in exponent form.
+constexpr std::size_t LongestNumber = 64;
+
+template <class T>
+std::string ShortestText(T Value) {
+  if (std::isnan(Value)) {
+    return "NaN";
+  }
+  if (std::isinf(Value)) {
+    return Value > 0 ? "INF" : "-INF";
+  }
+  constexpr double PlainFrom = 1e-4;
+  constexpr double PlainBelow = 1e15;
+  const T Size = std::fabs(Value);
+  const bool Plain = Size == 0 || (Size >= static_cast<T>(PlainFrom) && Size < static_cast<T>(PlainBelow));
+  char Buffer[LongestNumber];
+  const auto Format = Plain ? std::chars_format::fixed : std::chars_format::scientific;
+  return {Buffer, std::to_chars(Buffer, Buffer + sizeof Buffer, Value, Format).ptr};
+}
+
+float NarrowedToSingle(double Value) {
+  constexpr double Beyond = 0x1.ffffffp127; // halfway from the largest single to the power of two above it
+  constexpr float Infinity = std::numeric_limits<float>::infinity();
+  if (std::fabs(Value) >= Beyond) {
+    return Value > 0 ? Infinity : -Infinity;
+  }
+  return static_cast<float>(Value);
+}
+
+template <class T>
+std::optional<T> Parse(std::string_view Text) {
+  Text = Trimmed(Text);
+  if (Text.size() > 1 && Text.front() == '+' && Text[1] != '-') {
+    Text.remove_prefix(1);
+  }
+  T Value{};
+  const auto [End, Error] = std::from_chars(Text.data(), Text.data() + Text.size(), Value);
+  if (Error != std::errc() || End != Text.data() + Text.size()) {
+    return std::nullopt;
+  }
+  return Value;
+}
+
+} // namespace
+
+std::string NumberText(double Value) { return ShortestText(Value); }
+
+std::string NumberText(float Value) { return ShortestText(Value); }
+
+std::string SingleText(double Value) {
+  constexpr int Digits = 7;
+  const float Single = NarrowedToSingle(Value);
+  if (!std::isfinite(Single)) {
+    return ShortestText(Single);
+  }
+  const double Rounded = RoundedToDigits(static_cast<double>(Single), Digits);
+  // Shorter texts than that of seven digits may read back as well.
+  return static_cast<float>(Rounded) == Single ? ShortestText(Single) : ShortestText(Rounded);
+}
+
+double RoundedToDigits(double Value, int Digits) {
+  if (!std::isfinite(Value)) {
+    return Value;
+  }
+  char Buffer[LongestNumber];
+  const char* const End =
+      std::to_chars(Buffer, Buffer + sizeof Buffer, Value, std::chars_format::scientific, Digits - 1).ptr;
+  double Rounded = 0;
+  std::from_chars(Buffer, End, Rounded);
+  return Rounded;
+}
+
+std::optional<double> ParseReal(std::string_view Text) { return Parse<double>(Text); }
+
+std::optional<std::int64_t> ParseInteger(std::string_view Text) { return Parse<std::int64_t>(Text); }
+
+} // namespace qx

@@ -1,0 +1,155 @@
+#include <qx/platform/Numbers.h>
+#include <qx/platform/PropertyText.h>
+#include <qx/platform/Text.h>
+
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+namespace qx {
+
+namespace {
+
+constexpr std::string_view HexDigits = "0123456789abcdef";
+
+[[noreturn]] void Refuse(const char* Why) { throw std::invalid_argument(Why); }
+
+// Reads one quoted text from the front of `Text`.
+std::string TakeQuoted(std::string_view& Text) {
+  const auto Take = [&] {
+    if (Text.empty()) {
+      Refuse("the text has no closing quote");
+    }
+    const char C = Text.front();
+    Text.remove_prefix(1);
+    return C;
+  };
+  if (Text.empty() || Take() != '"') {
+    Refuse("it is no text in quotes");
+  }
+  std::string Value;
+  for (char C = Take(); C != '"'; C = Take()) {
+    if (C != '\\') {
+      Value += C;
+      continue;
+    }
+    switch (C = Take(); C) {
+    case 'n':
+      Value += '\n';
+      break;
+    case 'r':
+      Value += '\r';
+      break;
+    case 't':
+      Value += '\t';
+      break;
+    case 'x': {
+      const std::size_t High = HexDigits.find(Take());
+      const std::size_t Low = HexDigits.find(Take());
+      if (High == std::string_view::npos || Low == std::string_view::npos) {
+        Refuse("\\x is followed by no two hexadecimal digits");
+      }
+      Value += static_cast<char>(High << 4 | Low);
+      break;
+    }
+    case '"':
+    case '\\':
+      Value += C;
+      break;
+    default:
+      Refuse("an unknown character behind a backslash");
+    }
+  }
+  return Value;
+}
+
+} // namespace
+
+int TPropertyText<int>::Parse(std::string_view Text) {
+  const std::optional<std::int64_t> Value = ParseInteger(Text);
+  if (!Value || !std::in_range<int>(*Value)) {
+    Refuse("it is no whole number of 32 bits");
+  }
+  return static_cast<int>(*Value);
+}
+
+bool TPropertyText<bool>::Parse(std::string_view Text) {
+  if (Text != "true" && Text != "false") {
+    Refuse("it is neither true nor false");
+  }
+  return Text == "true";
+}
+
+std::string TPropertyText<double>::Make(double Value) { return NumberText(Value); }
+
+double TPropertyText<double>::Parse(std::string_view Text) {
+  const std::optional<double> Value = ParseReal(Text);
+  if (!Value) {
+    Refuse("it is no number");
+  }
+  return *Value;
+}
+
+std::string TPropertyText<std::string>::Make(std::string_view Value) {
+  std::string Text = "\"";
+  for (const char C : Value) {
+    const auto Code = static_cast<unsigned char>(C);
+    switch (C) {
+    case '"':
+    case '\\':
+      Text += '\\';
+      Text += C;
+      break;
+    case '\n':
+      Text += "\\n";
+      break;
+    case '\r':
+      Text += "\\r";
+      break;
+    case '\t':
+      Text += "\\t";
+      break;
+    default:
+      if (Code >= 0x20 && Code != 0x7f) {
+        Text += C;
+      } else {
+        Text += "\\x";
+        Text += HexDigits[Code >> 4];
+        Text += HexDigits[Code & 0xf];
+      }
+    }
+  }
+  Text += '"';
+  return Text;
+}
+
+std::string TPropertyText<std::string>::Parse(std::string_view Text) {
+  std::string Value = TakeQuoted(Text);
+  if (!Text.empty()) {
+    Refuse("something stands behind the closing quote");
+  }
+  return Value;
+}
+
+std::string TPropertyText<std::vector<std::string>>::Make(const std::vector<std::string>& Values) {
+  std::string Text = "[";
+  for (const std::string& Value : Values) {
+    Text += (Text.size() > 1 ? " " : "") + TPropertyText<std::string>::Make(Value);
+  }
+  return Text + ']';
+}
+
+std::vector<std::string> TPropertyText<std::vector<std::string>>::Parse(std::string_view Text) {
+  if (Text.size() < 2 || Text.front() != '[' || Text.back() != ']') {
+    Refuse("it is no list in brackets");
+  }
+  Text = Trimmed(Text.substr(1, Text.size() - 2));
+  std::vector<std::string> Values;
+  while (!Text.empty()) {
+    Values.push_back(TakeQuoted(Text));
+    Text = Trimmed(Text);
+  }
+  return Values;
+}
+
+} // namespace qx
