@@ -3,7 +3,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/install-tools.sh g++ cmake ninja-build
+scripts/install-tools.sh g++ cmake ninja-build libpugixml-dev
 
 echo "Building the library and the examples ..."
 cmake -S . -B build/demo -G Ninja -DCMAKE_BUILD_TYPE=Release -DQX_BUILD_TESTS=OFF -DQX_BUILD_EXAMPLES=ON >/dev/null

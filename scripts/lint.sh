@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/install-tools.sh g++ cmake ninja-build libgtest-dev libbenchmark-dev clang-format clang-tidy
+scripts/install-tools.sh g++ cmake ninja-build libpugixml-dev libgtest-dev libbenchmark-dev clang-format clang-tidy
 [ -f build/release/compile_commands.json ] || cmake --preset release >/dev/null
 
 git ls-files '*.h' '*.ipp' '*.cpp' | xargs clang-format --dry-run --Werror

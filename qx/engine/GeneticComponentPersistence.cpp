@@ -41,8 +41,11 @@ void TQXCustomGeneticComponent::LoadFromXML(const TXMLGeneticDocumentType& Docum
   SetGeneration(Document.Generation());
   SetUseDiversityLimit(Document.UseDiversityLimit());
   SetUseFitnessCutoff(Document.UseFitnessCutoff());
-  SetGenerationLimit(Document.GenerationLimit());
-  Load.WarnIfMoved("GenerationLimit", Document.GenerationLimit(), GenerationLimit());
+  // The limit 0 of a component that never had another comes back as it is; otherwise 0 is moved to 1.
+  if (!Document.HasChild("GenerationLimit") || Document.GenerationLimit() != GenerationLimit()) {
+    SetGenerationLimit(Document.GenerationLimit());
+    Load.WarnIfMoved("GenerationLimit", Document.GenerationLimit(), GenerationLimit());
+  }
   SetUseGenerationLimit(Document.UseGenerationLimit());
   Load.Done();
 }

@@ -161,8 +161,8 @@ void TQXCustomGeneticAlgorithm::RequireRoom(int Chromosomes, std::int64_t Bits) 
   const auto Most = static_cast<std::uint64_t>(DefaultXMLLimits.Bytes);
   const std::uint64_t Each = static_cast<std::uint64_t>(std::max<std::int64_t>(Bits, 0));
   if (Each > Most / static_cast<std::uint64_t>(std::max(Chromosomes, 1))) { // of none, what one would have
-    throw std::length_error(std::to_string(Chromosomes) + " chromosomes of " + std::to_string(Bits) +
-                            " bits are more than the " + std::to_string(Most) +
+    throw std::length_error("GeneSize " + std::to_string(Bits) + " for " + std::to_string(Chromosomes) +
+                            " individuals is more than the " + std::to_string(Most) +
                             " bits in all that a load may make (as many as a document may have bytes)");
   }
 }

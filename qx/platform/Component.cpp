@@ -49,6 +49,16 @@ void TComponent::DefineProperties(TFiler& Filer) {
   Filer.Property("Name", FName, !FName.empty(), [this](const std::string& Value) { SetName(Value); });
 }
 
+void TComponent::Loading(const std::function<void()>& Load) {
+  const std::string Before = FName;
+  try {
+    Load();
+  } catch (...) {
+    FName = Before;
+    throw;
+  }
+}
+
 void TComponent::RequireAdoptable(const TComponent* Component) const {
   if (Component == nullptr) {
     throw std::invalid_argument("No component to adopt");

@@ -47,9 +47,9 @@ public:
 
 protected:
   void DefineProperties(TFiler& Filer) override;
-  /// Runs `Load`, which reads the component's properties from a stream. A component that can put itself back
-  /// when that raises overrides this.
-  virtual void Loading(const std::function<void()>& Load) { Load(); }
+  /// Runs `Load`, which reads the component's properties from a stream, and puts the name back when that raises.
+  /// A component that can put more back overrides this.
+  virtual void Loading(const std::function<void()>& Load);
 
 private:
   friend void ReadComponent(std::istream& Stream, TComponent& Component);

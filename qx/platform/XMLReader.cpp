@@ -30,8 +30,8 @@ std::string FromUtf16(std::string_view Bytes, bool HighFirst) {
   char32_t High = 0; // a surrogate that waits for its other half
   std::size_t Offset = MarkBytes;
   for (; Offset + 1 < Bytes.size(); Offset += 2) {
-    const auto First = static_cast<unsigned char>(Bytes[Offset]);
-    const auto Second = static_cast<unsigned char>(Bytes[Offset + 1]);
+    const char32_t First = static_cast<unsigned char>(Bytes[Offset]);
+    const char32_t Second = static_cast<unsigned char>(Bytes[Offset + 1]);
     const char32_t Unit = HighFirst ? First << 8 | Second : Second << 8 | First;
     const bool IsLow = Unit >= 0xdc00 && Unit <= 0xdfff;
     if ((High != 0) != IsLow) {
