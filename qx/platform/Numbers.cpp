@@ -13,21 +13,16 @@ namespace {
 // Room for a plain number of 15 digits before the point, and for any in exponent form.
 constexpr std::size_t LongestNumber = 64;
 
-template <class T>
-std::string ShortestText(T Value) {
-  if (std::isnan(Value)) {
-    return "NaN";
-  }
-  if (std::isinf(Value)) {
-    return Value > 0 ? "INF" : "-INF";
-  }
-  constexpr double PlainFrom = 1e-4;
-  constexpr double PlainBelow = 1e15;
-  const T Size = std::fabs(Value);
-  const bool Plain = Size == 0 || (Size >= static_cast<T>(PlainFrom) && Size < static_cast<T>(PlainBelow));
+// The value of the digits that `to_chars` gives for the arguments behind the value: in exponent form, because
+// plain ones would be all that a large number has.
+template <class T, class... TDigits>
+double DigitsOf(T Value, TDigits... Digits) {
   char Buffer[LongestNumber];
-  const auto Format = Plain ? std::chars_format::fixed : std::chars_format::scientific;
-  return {Buffer, std::to_chars(Buffer, Buffer + sizeof Buffer, Value, Format).ptr};
+  const char* const End =
+      std::to_chars(Buffer, Buffer + sizeof Buffer, Value, std::chars_format::scientific, Digits...).ptr;
+  double Rounded = 0;
+  std::from_chars(Buffer, End, Rounded);
+  return Rounded;
 }
 
 float NarrowedToSingle(double Value) {
@@ -55,31 +50,36 @@ std::optional<T> Parse(std::string_view Text) {
 
 } // namespace
 
-std::string NumberText(double Value) { return ShortestText(Value); }
+std::string NumberText(double Value) {
+  if (std::isnan(Value)) {
+    return "NaN";
+  }
+  if (std::isinf(Value)) {
+    return Value > 0 ? "INF" : "-INF";
+  }
+  constexpr double PlainFrom = 1e-4;
+  constexpr double PlainBelow = 1e15;
+  const double Size = std::fabs(Value);
+  const bool Plain = Size == 0 || (Size >= PlainFrom && Size < PlainBelow);
+  char Buffer[LongestNumber];
+  const auto Format = Plain ? std::chars_format::fixed : std::chars_format::scientific;
+  return {Buffer, std::to_chars(Buffer, Buffer + sizeof Buffer, Value, Format).ptr};
+}
 
-std::string NumberText(float Value) { return ShortestText(Value); }
+std::string NumberText(float Value) {
+  return NumberText(std::isfinite(Value) ? DigitsOf(Value) : static_cast<double>(Value));
+}
 
 std::string SingleText(double Value) {
   constexpr int Digits = 7;
   const float Single = NarrowedToSingle(Value);
-  if (!std::isfinite(Single)) {
-    return ShortestText(Single);
-  }
   const double Rounded = RoundedToDigits(static_cast<double>(Single), Digits);
   // Shorter texts than that of seven digits may read back as well.
-  return static_cast<float>(Rounded) == Single ? ShortestText(Single) : ShortestText(Rounded);
+  return static_cast<float>(Rounded) == Single ? NumberText(Single) : NumberText(Rounded);
 }
 
 double RoundedToDigits(double Value, int Digits) {
-  if (!std::isfinite(Value)) {
-    return Value;
-  }
-  char Buffer[LongestNumber];
-  const char* const End =
-      std::to_chars(Buffer, Buffer + sizeof Buffer, Value, std::chars_format::scientific, Digits - 1).ptr;
-  double Rounded = 0;
-  std::from_chars(Buffer, End, Rounded);
-  return Rounded;
+  return std::isfinite(Value) ? DigitsOf(Value, Digits - 1) : Value;
 }
 
 std::optional<double> ParseReal(std::string_view Text) { return Parse<double>(Text); }

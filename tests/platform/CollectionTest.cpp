@@ -266,5 +266,39 @@ TEST(Collection, AReceiverMayTakeTheItemOutItself) {
   EXPECT_EQ(List[0].Value, 4);
 }
 
+TEST(SetAsideItems, ComeBackAsTheyWereInPlaceOfTheOthers) {
+  TList List;
+  Fill(List, 3);
+  TItem* const Second = &List[1];
+  TSetAsideItems Aside(List);
+  Aside.TakeOut();
+  EXPECT_EQ(List.Log, "extracted2/3 extracted1/2 extracted0/1 all ");
+  EXPECT_EQ(List.Count(), 0);
+  EXPECT_EQ(Second->Collection(), nullptr);
+  List.Add().Value = 7;
+  List.TOwnedCollection::Insert(0, Aside.Take(1)); // one of the former items comes back, in another place
+  List.Log.clear();
+  Aside.Restore();
+  EXPECT_EQ(List.Log, "deleted1/2 extracted0/1 added0/1 added1/2 added2/3 all ");
+  EXPECT_EQ(Values(List), "0 1 2 ");
+  EXPECT_EQ(&List[1], Second);
+  EXPECT_EQ(List[2].ID(), 2);
+  EXPECT_EQ(List.Add().ID(), 3);
+}
+
+TEST(SetAsideItems, AreFreedWithTheObjectUnlessTheyWentElsewhere) {
+  TList List;
+  TList Other;
+  Fill(List, 2);
+  {
+    TSetAsideItems Aside(List);
+    Aside.TakeOut();
+    Other.TOwnedCollection::Insert(0, Aside.Take(0));
+    EXPECT_EQ(Aside.Items(0), nullptr);
+    EXPECT_NE(Aside.Items(1), nullptr);
+  }
+  EXPECT_EQ(Values(Other), "0 ");
+}
+
 } // namespace
 } // namespace qx
