@@ -208,13 +208,14 @@ public:
   // A save builds the whole document before it touches the stream or the file. A load that raises leaves the
   // component as it was, populations included, and the objects that a host may hold are the same ones.
 
-  /// Writes the settings and the statistics into the element. Raises std::invalid_argument when `FitnessCutoff`
-  /// is NaN.
+  /// Writes the settings and the statistics into the element. Raises std::invalid_argument when
+  /// `FitnessCutoff` is NaN.
   virtual void SaveToXML(const TXMLGeneticDocumentType& Document);
-  /// Reads the settings through their setters; what is missing reads as 0 or false, and a fitness method that is
-  /// no value's name changes nothing. Statistics are not read: the next evaluation makes them.
+  /// Reads the settings through their setters; what is missing reads as 0 or false, and a fitness method that
+  /// is no value's name changes nothing. Statistics are not read: the next evaluation makes them.
   virtual void LoadFromXML(const TXMLGeneticDocumentType& Document);
-  /// What the last load kept or moved: one line for each name that it did not know and each value out of bounds.
+  /// What the last load kept or moved: one line for each name that it did not know and each value out of
+  /// bounds.
   const std::vector<std::string>& LoadWarnings() const { return FLoadWarnings; }
   virtual void SaveToStream(std::ostream& Stream);
   /// Reads the stream to its end; see `TXMLDocument::Read` for what it raises.
@@ -343,6 +344,9 @@ protected:
   /// The settings that the documents of the concrete components keep under "Reproduction".
   void SaveReproduction(const TXMLReproductionType& Reproduction) const;
   void LoadReproduction(const TXMLReproductionType& Reproduction);
+  /// Tells a load that begins how this component comes back when it fails. An override calls the inherited
+  /// one first and adds its own fields.
+  virtual void Remember(TLoadScope& Load);
   /// The load that is under way, or nullptr.
   TLoadScope* CurrentLoad() const { return FRestoring ? nullptr : FLoad; }
   /// Whether individuals come back as they were after a load that failed.

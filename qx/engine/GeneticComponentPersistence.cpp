@@ -3,8 +3,8 @@
 #include <qx/engine/GeneticComponent.h>
 #include <qx/engine/LoadScope.h>
 #include <qx/foundation/EnumPropertyText.h>
-#include <qx/platform/Files.h>
 #include <qx/platform/Filer.h>
+#include <qx/platform/Files.h>
 #include <qx/platform/Text.h>
 
 #include <cmath>
@@ -77,6 +77,28 @@ void TQXCustomGeneticComponent::LoadReproduction(const TXMLReproductionType& Rep
   Load.Done();
 }
 
+void TQXCustomGeneticComponent::Remember(TLoadScope& Load) {
+  Load.OnFailure([this, Settings = FSettings, Fitnesses = FFitnesses, Weighted = FWeightedFitnesses,
+                  Fittest = FFittestIndividual, Due = FStatisticsDue, Cursor = FSelectionCursor,
+                  Selection = TQXSelectionEvent(OnSelection), Current = &Population(),
+                  Previous = FPreviousGeneration.get()] {
+    if (FPopulation.get() != Current && FPreviousGeneration.get() == Current) { // a handler has evolved
+      FPopulation.swap(FPreviousGeneration);
+    }
+    if (Previous == nullptr) {
+      FPreviousGeneration.reset();
+    }
+    OnSelection.BindTo(Selection);
+    ForgetSelection();
+    FSettings = Settings;
+    FFitnesses = Fitnesses;
+    FWeightedFitnesses = Weighted;
+    FFittestIndividual = Fittest;
+    FStatisticsDue = Due;
+    FSelectionCursor = Cursor;
+  });
+}
+
 // --- Streams and files -------------------------------------------------------------------------------------
 
 void TQXCustomGeneticComponent::SaveToStream(std::ostream& Stream) {
@@ -105,8 +127,16 @@ void TQXCustomGeneticComponent::LoadFromFile(const std::string& FileName) {
 void TQXCustomGeneticComponent::DefineProperties(TFiler& Filer) {
   TComponent::DefineProperties(Filer);
   const TSettings Defaults;
+  const auto Apply = [&](std::string_view Name, const auto& Value, const auto& Read, auto Setter) {
+    (this->*Setter)(Read);
+    if (Value != Read && Read == Read) {
+      using TText = TPropertyText<std::remove_cvref_t<decltype(Read)>>;
+      CurrentLoad()->Warn(std::string(Name) + ": " + TText::Make(Read) + " became " + TText::Make(Value));
+    }
+  };
   const auto Define = [&](std::string_view Name, const auto& Value, const auto& Default, auto Setter) {
-    Filer.Property(Name, Value, Value != Default, [&](const auto& Read) { (this->*Setter)(Read); });
+    Filer.Property(Name, Value, Value != Default,
+                   [&](const auto& Read) { Apply(Name, Value, Read, Setter); });
   };
   using TSelf = TQXCustomGeneticComponent;
   const TSettings& S = FSettings;
@@ -123,8 +153,8 @@ void TQXCustomGeneticComponent::DefineProperties(TFiler& Filer) {
   Define("UseDiversityLimit", S.UseDiversityLimit, Defaults.UseDiversityLimit, &TSelf::SetUseDiversityLimit);
   Define("UseGenerationLimit", S.UseGenerationLimit, Defaults.UseGenerationLimit,
          &TSelf::SetUseGenerationLimit);
-  const auto DefineReal = [&](std::string_view Name, double Value, bool Stored, void (TSelf::*Setter)(double)) {
-    Filer.Property(Name, Value, Stored, [&](double Read) { (this->*Setter)(Read); });
+  const auto DefineReal = [&](std::string_view Name, const double& Value, bool Stored, auto Setter) {
+    Filer.Property(Name, Value, Stored, [&](double Read) { Apply(Name, Value, Read, Setter); });
   };
   DefineReal("FitnessCutoff", S.FitnessCutoff, IsFitnessCutoffStored(), &TSelf::SetFitnessCutoff);
   DefineReal("DiversityLimit", S.DiversityLimit, IsDiversityLimitStored(), &TSelf::SetDiversityLimit);

@@ -10,6 +10,7 @@
 
 namespace qx {
 
+class TLoadScope;
 class TQXCustomGeneticComponent;
 class TQXPopulation;
 
@@ -71,6 +72,8 @@ protected:
   void CollectionChanged(TOwnedCollection* Value) override;
 
 private:
+  friend class TLoadScope;
+
   TQXCustomGeneticComponent* FOwner = nullptr;
   mutable TGAFitness FFitness = 0;
   mutable bool FNeedFitness = true;

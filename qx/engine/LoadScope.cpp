@@ -2,28 +2,30 @@
 #include <qx/engine/LoadScope.h>
 #include <qx/platform/Numbers.h>
 
+#include <stdexcept>
+
 namespace qx {
 
 TLoadScope::TLoadScope(TQXCustomGeneticComponent* Component) : FComponent(Component), FOutermost(this) {
-  if (Component == nullptr) {
-    return;
+  if (Component != nullptr && Component->FReproducing) {
+    throw std::logic_error("A component cannot be loaded while it makes children");
   }
-  if (Component->FLoad != nullptr) {
+  if (Component != nullptr && Component->FLoad != nullptr) {
     FOutermost = Component->FLoad;
-    return;
   }
-  RememberComponent();
-  Component->FLoad = this;
+  FUndoMark = FOutermost->FUndo.size();
+  FWarningMark = FOutermost->FWarnings.size();
+  if (Component != nullptr) {
+    Component->Remember(*this);
+    Component->FLoad = FOutermost;
+  }
 }
 
 TLoadScope::~TLoadScope() {
-  if (FOutermost != this) {
-    return;
-  }
   if (!FDone) {
-    UndoAll();
+    UndoToMark();
   }
-  if (FComponent != nullptr) {
+  if (FComponent != nullptr && FOutermost == this) {
     FComponent->FLoad = nullptr;
   }
 }
@@ -36,6 +38,24 @@ TSetAsideItems& TLoadScope::SetAside(TOwnedCollection& Items) {
     FComponent->FStatisticsDue = true;
   }
   return *Aside;
+}
+
+void TLoadScope::RememberFitnesses(TQXPopulation& Population) {
+  struct TFormer {
+    TQXIndividual* Individual;
+    TGAFitness Fitness;
+    bool NeedFitness;
+  };
+  std::vector<TFormer> Formers;
+  for (TQXIndividual& Individual : Population) {
+    Formers.push_back({&Individual, Individual.FFitness, Individual.FNeedFitness});
+  }
+  OnFailure([Formers = std::move(Formers)] {
+    for (const TFormer& Former : Formers) {
+      Former.Individual->FFitness = Former.Fitness;
+      Former.Individual->FNeedFitness = Former.NeedFitness;
+    }
+  });
 }
 
 void TLoadScope::WarnIfMoved(std::string_view Element, double Wanted, double Stored) {
@@ -55,37 +75,20 @@ void TLoadScope::Done() {
   }
 }
 
-void TLoadScope::RememberComponent() {
-  TQXCustomGeneticComponent& C = *FComponent;
-  OnFailure([&C, Settings = C.FSettings, Fitnesses = C.FFitnesses, Weighted = C.FWeightedFitnesses,
-             Fittest = C.FFittestIndividual, Due = C.FStatisticsDue, Cursor = C.FSelectionCursor,
-             Selection = TQXSelectionEvent(C.OnSelection), HadPrevious = C.FPreviousGeneration != nullptr] {
-    if (!HadPrevious) {
-      C.FPreviousGeneration.reset();
-    }
-    C.OnSelection.BindTo(Selection);
-    C.ForgetSelection();
-    C.FSettings = Settings;
-    C.FFitnesses = Fitnesses;
-    C.FWeightedFitnesses = Weighted;
-    C.FFittestIndividual = Fittest;
-    C.FStatisticsDue = Due;
-    C.FSelectionCursor = Cursor;
-  });
-}
-
-void TLoadScope::UndoAll() {
+void TLoadScope::UndoToMark() {
   if (FComponent != nullptr) {
     FComponent->FRestoring = true;
   }
-  while (!FUndo.empty()) {
-    const std::function<void()> Undo = std::move(FUndo.back());
-    FUndo.pop_back();
+  auto& Steps = FOutermost->FUndo;
+  while (Steps.size() > FUndoMark) {
+    const std::function<void()> Undo = std::move(Steps.back());
+    Steps.pop_back();
     try {
       Undo();
     } catch (...) { // The load's own exception is the one that tells what went wrong.
     }
   }
+  FOutermost->FWarnings.resize(FWarningMark);
   if (FComponent != nullptr) {
     FComponent->FRestoring = false;
   }

@@ -3,6 +3,7 @@
 #include <qx/foundation/QXGAConsts.h>
 #include <qx/platform/Collection.h>
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -14,13 +15,15 @@
 namespace qx {
 
 class TQXCustomGeneticComponent;
+class TQXPopulation;
 
-/// Holds a load together. While it runs, whatever is about to be changed is told to the scope; when the scope is
-/// left without `Done`, all of that is undone, the last change first, and the component's settings, statistics
-/// and selection handler are put back as well. Scopes nest: those inside belong to the outermost one of their
-/// component, which alone decides. Without a component a scope stands for itself.
+/// Holds a load together. While it runs, whatever is about to be changed is told to the scope; when the scope
+/// is left without `Done`, all of that is undone, the last change first, and the component is as it was when
+/// the scope began. Scopes nest: what one inside has done is undone as well when the outer one fails. Without
+/// a component a scope stands for itself.
 class TLoadScope {
 public:
+  /// Raises std::logic_error while children are being made: their parents must not go.
   explicit TLoadScope(TQXCustomGeneticComponent* Component);
   TLoadScope(const TLoadScope&) = delete;
   TLoadScope& operator=(const TLoadScope&) = delete;
@@ -30,6 +33,8 @@ public:
   void OnFailure(std::function<void()> Undo) { FOutermost->FUndo.push_back(std::move(Undo)); }
   /// Empties the collection until the load has succeeded. What is returned lives as long.
   TSetAsideItems& SetAside(TOwnedCollection& Items);
+  /// Lets the fitnesses of a generation's members, stale or not, come back.
+  void RememberFitnesses(TQXPopulation& Population);
   /// Adds to the component's `LoadWarnings`.
   void Warn(std::string Warning) { FOutermost->FWarnings.push_back(std::move(Warning)); }
   /// Warns when a setting has become another value than the document's.
@@ -48,13 +53,15 @@ public:
   void Done();
 
 private:
-  void RememberComponent();
   void WarnUnknown(std::string_view Element, const std::string& Name, std::string_view Present);
-  void UndoAll();
+  void UndoToMark();
 
   TQXCustomGeneticComponent* FComponent;
   TLoadScope* FOutermost;
   bool FDone = false;
+  // What the outermost scope held when this one began.
+  std::size_t FUndoMark;
+  std::size_t FWarningMark;
   std::vector<std::function<void()>> FUndo;
   std::vector<std::string> FWarnings;
 };

@@ -32,8 +32,8 @@ void TQXPopulation::Reload(const std::function<void()>& AddMembers) {
 }
 
 void TQXPopulation::SaveToXML(const TXMLNode& Node) {
-  for (TQXIndividual& Individual : *this) {
-    Individual.SaveToXML(Node.AddChild(XMLTag(Individual.DisplayName())));
+  for (int I = 0; I < Count(); ++I) { // evaluating a member may add others
+    Items(I).SaveToXML(Node.AddChild(XMLTag(Items(I).DisplayName())));
   }
 }
 

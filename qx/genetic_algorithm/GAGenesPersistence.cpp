@@ -1,8 +1,8 @@
 // The genotype's documents and streams.
 
+#include <qx/foundation/EnumPropertyText.h>
 #include <qx/genetic_algorithm/GenesReload.h>
 #include <qx/genetic_algorithm/GeneticAlgorithm.h>
-#include <qx/foundation/EnumPropertyText.h>
 #include <qx/platform/Filer.h>
 
 #include <algorithm>
@@ -166,8 +166,10 @@ void TQXGAGene::DefineProperties(TFiler& Filer) {
   for (int I = 0; FEnumerations != nullptr && I < FEnumerations->Count(); ++I) {
     Texts.push_back(FEnumerations->Strings(I));
   }
-  TQXGAGene Standard; // has the limits that size, sign and type give
+  TQXGAGene Standard; // has the limits that a new gene of this size, sign and type gets
   Standard.Store(*this);
+  Standard.FMinValue = 0;
+  Standard.FMaxValue = 0;
   Standard.RecalcMinMax();
   const bool Limited = Standard.FMinValue != FMinValue || Standard.FMaxValue != FMaxValue;
   std::optional<double> Max;
@@ -181,7 +183,8 @@ void TQXGAGene::DefineProperties(TFiler& Filer) {
     }
     Update.End();
   });
-  Filer.Property("GeneType", FGeneType, FGeneType != gtUnknown, [this](TGeneType Value) { SetGeneType(Value); });
+  Filer.Property("GeneType", FGeneType, FGeneType != gtUnknown,
+                 [this](TGeneType Value) { SetGeneType(Value); });
   Filer.Property("PreserveSignBit", FPreserveSignBit, FPreserveSignBit,
                  [this](bool Value) { SetPreserveSignBit(Value); });
   Filer.Property("Size", FSize, FSize != 0, [this](int Value) { SetSize(Value); });

@@ -31,6 +31,7 @@ void TQXCustomGeneticAlgorithm::SetGeneSize(int Value) {
     return;
   }
   if (TLoadScope* const Load = CurrentLoad()) {
+    RequireRoom(Population().Count(), Value);
     RememberChromosomes(*Load);
   }
   FGeneSize = Value;

@@ -61,8 +61,8 @@ public:
   virtual void LoadFromXML(const TXMLGeneticAlgorithm& Document);
   virtual void SaveToXML(const TXMLGeneticAlgorithm& Document);
   /// The genotype and the population, and the fittest individual, which is not read. Loading initializes the
-  /// component, if need be, without random individuals; both generations become the population that is loaded,
-  /// and are evaluated when there is a fitness handler. `Generation` stays.
+  /// component, if need be, without random individuals; both generations become the population that is
+  /// loaded, and are evaluated when there is a fitness handler. `Generation` stays.
   virtual void LoadFromXML(const TXMLGADomainType& Domain);
   virtual void SaveToXML(const TXMLGADomainType& Domain);
   void SaveToStream(std::ostream& Stream) override;
@@ -101,6 +101,7 @@ protected:
   bool DoInvert(TQXIndividual& Item) override;
 
   void DefineProperties(TFiler& Filer) override;
+  void Remember(TLoadScope& Load) override;
 
 private:
   void InitializeEmpty();
@@ -113,6 +114,7 @@ private:
   std::unique_ptr<TQXGAGenes> FGenes;
   int FGeneSize = 0;
   TGACrossoverMethod FCrossoverMethod = cmGeneBoundary;
+  bool FChromosomesRemembered = false; // by the load that is under way
 };
 
 /// The genetic algorithm that a host places and configures.

@@ -65,6 +65,9 @@ void TQXGAPopulation::LoadFromXML(const TXMLNode& Node) {
   if (TXMLChromosomes::Binds(Node)) {
     LoadFromXML(TXMLChromosomes(Node));
   } else {
+    if (FAlgorithm != nullptr) {
+      FAlgorithm->RequireRoom(Node.ChildCount(), FAlgorithm->GeneSize());
+    }
     TTypedCollection::LoadFromXML(Node);
   }
 }
@@ -91,8 +94,8 @@ void TQXGAPopulation::LoadFromXML(const TXMLChromosomes& Chromosomes) {
 
 void TQXGAPopulation::SaveToXML(const TXMLChromosomes& Chromosomes) {
   Chromosomes.Clear();
-  for (TQXGAIndividual& Individual : *this) {
-    Individual.SaveToXML(TXMLChromosome(Chromosomes.AddChild("Chromosome")));
+  for (int I = 0; I < Count(); ++I) { // evaluating a member may add others
+    Items(I).SaveToXML(TXMLChromosome(Chromosomes.AddChild("Chromosome")));
   }
 }
 
@@ -109,7 +112,6 @@ void TQXCustomGeneticAlgorithm::SaveToXML(const TXMLGeneticAlgorithm& Document) 
 void TQXCustomGeneticAlgorithm::LoadFromXML(const TXMLGeneticAlgorithm& Document) {
   TLoadScope Load(this);
   LoadFromXML(static_cast<const TXMLGeneticDocumentType&>(Document));
-  Load.OnFailure([this, Method = FCrossoverMethod] { FCrossoverMethod = Method; });
   const genetic_algorithm_xml::TXMLReproductionType Reproduction = Document.Reproduction();
   FCrossoverMethod = Load.ValueOr("CrossoverMethod", Reproduction.CrossoverMethod(), FCrossoverMethod);
   LoadReproduction(Reproduction);
@@ -167,20 +169,35 @@ void TQXCustomGeneticAlgorithm::RequireRoom(int Chromosomes, std::int64_t Bits) 
   }
 }
 
-// Before the chromosomes of a component that is being loaded are resized.
+void TQXCustomGeneticAlgorithm::Remember(TLoadScope& Load) {
+  TQXTypedGeneticComponent::Remember(Load);
+  FChromosomesRemembered = FChromosomesRemembered && CurrentLoad() != nullptr;
+  Load.OnFailure([this, Size = FGeneSize, Method = FCrossoverMethod, Remembered = FChromosomesRemembered] {
+    FGeneSize = Size;
+    FCrossoverMethod = Method;
+    FChromosomesRemembered = Remembered;
+  });
+}
+
+// Before the chromosomes are resized by a load: once, since only those that the load found matter.
 void TQXCustomGeneticAlgorithm::RememberChromosomes(TLoadScope& Load) {
-  auto Chromosomes = std::make_shared<std::vector<std::pair<TQXGAIndividual*, std::unique_ptr<TQXEncodedBits>>>>();
+  if (FChromosomesRemembered) {
+    return;
+  }
+  FChromosomesRemembered = true;
+  using TFormer = std::pair<TQXGAIndividual*, std::unique_ptr<TQXEncodedBits>>;
+  auto Formers = std::make_shared<std::vector<TFormer>>();
   for (TQXGAIndividual& Individual : Population()) {
     auto Bits = std::make_unique<TQXEncodedBits>();
     Bits->Assign(Individual.Bits());
-    Chromosomes->emplace_back(&Individual, std::move(Bits));
+    Formers->emplace_back(&Individual, std::move(Bits));
   }
-  Load.OnFailure([this, Size = FGeneSize, Chromosomes] {
-    FGeneSize = Size;
-    for (const auto& [Individual, Bits] : *Chromosomes) {
+  Load.OnFailure([Formers] {
+    for (const auto& [Individual, Bits] : *Formers) {
       Individual->Bits().Assign(*Bits);
     }
   });
+  Load.RememberFitnesses(Population());
 }
 
 void TQXCustomGeneticAlgorithm::SaveToStream(std::ostream& Stream) {
@@ -197,28 +214,30 @@ void TQXCustomGeneticAlgorithm::LoadFromFile(const std::string& FileName) {
   LoadFromXML(LoadGeneticAlgorithm(FileName));
 }
 
+// The genes come before the size of the chromosomes, which they would let grow.
 void TQXCustomGeneticAlgorithm::DefineProperties(TFiler& Filer) {
   TQXTypedGeneticComponent::DefineProperties(Filer);
   Filer.Property("CrossoverMethod", FCrossoverMethod, FCrossoverMethod != cmGeneBoundary,
-                 [this](TGACrossoverMethod Value) {
-                   CurrentLoad()->OnFailure([this, Method = FCrossoverMethod] { FCrossoverMethod = Method; });
-                   SetCrossoverMethod(Value);
-                 });
-  Filer.Property("GeneSize", FGeneSize, FGeneSize != 0, [this](int Value) {
-    RequireRoom(Population().Count(), Value);
-    SetGeneSize(Value);
-  });
+                 [this](TGACrossoverMethod Value) { SetCrossoverMethod(Value); });
   std::optional<detail::TGenesReload> Reload;
   Filer.Items(
       "Genes", Genes(), [&](int /*Count*/) { Reload.emplace(Genes(), *CurrentLoad()); },
       [&](std::string_view Name) -> TCollectionItem& { return Reload->Add(Name); });
+  Filer.Property("GeneSize", FGeneSize, FGeneSize != 0 || Genes().Size() != 0,
+                 [this](int Value) { SetGeneSize(Value); });
+  bool Loaded = false;
   Filer.Items(
       "Population", Population(),
       [&](int Count) {
         RequireRoom(Count, FGeneSize);
         CurrentLoad()->SetAside(Population());
+        Loaded = true;
       },
       [&](std::string_view /*Name*/) -> TCollectionItem& { return Population().Add(); });
+  if (Loaded && PreviousGeneration() != nullptr) { // generations of one size
+    CurrentLoad()->SetAside(*PreviousGeneration());
+    SetPreviousGeneration(Population());
+  }
 }
 
 } // namespace qx

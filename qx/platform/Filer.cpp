@@ -2,6 +2,7 @@
 #include <qx/platform/Component.h>
 #include <qx/platform/Filer.h>
 #include <qx/platform/Text.h>
+#include <qx/platform/XML.h>
 
 #include <algorithm>
 #include <istream>
@@ -42,7 +43,9 @@ public:
 private:
   bool Writes() const override { return true; }
 
-  void Write(std::string_view Name, const std::string& Text) override { Line(std::string(Name) + " = " + Text); }
+  void Write(std::string_view Name, const std::string& Text) override {
+    Line(std::string(Name) + " = " + Text);
+  }
 
   void Read(std::string_view /*Name*/, const TTake& /*Take*/) override {}
 
@@ -70,7 +73,11 @@ struct TBlock {
 
 class TParser {
 public:
-  explicit TParser(std::istream& Stream) : FStream(Stream) {}
+  explicit TParser(std::istream& Stream) : FStream(Stream) {
+    if (!Stream) {
+      throw std::ios_base::failure("The component could not be read from the stream");
+    }
+  }
 
   TBlock ParseComponent() {
     std::string_view Line = NextLine();
@@ -85,18 +92,28 @@ private:
 
   // The next line that is not empty, without the blanks at its ends.
   std::string_view NextLine() {
-    while (std::getline(FStream, FBuffer)) {
+    using TTraits = std::istream::traits_type;
+    FBuffer.clear();
+    while (true) {
+      const auto Byte = FStream.rdbuf()->sbumpc();
+      const bool AtEnd = TTraits::eq_int_type(Byte, TTraits::eof());
+      if (!AtEnd && TTraits::to_char_type(Byte) != '\n') {
+        FBuffer += TTraits::to_char_type(Byte);
+        if (++FBytes > DefaultXMLLimits.Bytes) {
+          Refuse("the component is longer than " + std::to_string(DefaultXMLLimits.Bytes) + " bytes");
+        }
+        continue;
+      }
       ++FLine;
       const std::string_view Line = Trimmed(FBuffer);
       if (!Line.empty()) {
         return Line;
       }
+      if (AtEnd) {
+        Refuse("the stream ends before the component does");
+      }
+      FBuffer.clear();
     }
-    if (FStream.bad()) {
-      throw std::ios_base::failure("The component could not be read from the stream");
-    }
-    ++FLine;
-    Refuse("the stream ends before the component does");
   }
 
   static std::string BlockName(std::string_view Line) {
@@ -127,6 +144,7 @@ private:
 
   std::istream& FStream;
   std::string FBuffer;
+  std::size_t FBytes = 0;
   int FLine = 0;
 };
 
@@ -205,7 +223,8 @@ private:
 
   static void RequireNoProperties(const TBlock& Block) {
     if (!Block.Properties.empty()) {
-      throw EPropertyError("\"" + Block.Properties.front().Name + "\" stands outside an item of " + Block.Name,
+      throw EPropertyError("\"" + Block.Properties.front().Name + "\" stands outside an item of " +
+                               Block.Name,
                            Block.Properties.front().Line);
     }
   }

@@ -39,14 +39,14 @@ private:
   int FLine;
 };
 
-/// Goes through the stored properties of an object, one call a property in the order of the stream, to write them
-/// or to read them back: see `TPersistent::DefineProperties`.
+/// Goes through the stored properties of an object, one call a property in the order of the stream, to write
+/// them or to read them back: see `TPersistent::DefineProperties`.
 class TFiler {
 public:
   virtual ~TFiler() = default;
 
-  /// One property. Writing: its value goes out when it is `Stored`. Reading: when the stream holds the property,
-  /// its value is handed to `Set`, as a rule the property's setter.
+  /// One property. Writing: its value goes out when it is `Stored`. Reading: when the stream holds the
+  /// property, its value is handed to `Set`, as a rule the property's setter.
   template <class T, class TSetter>
   void Property(std::string_view Name, const T& Value, bool Stored, TSetter&& Set) {
     if (Writes()) {
@@ -63,12 +63,13 @@ public:
     });
   }
 
-  /// A block with one block for each item. Writing: nothing goes out for an empty collection. Reading: when the
-  /// stream holds the block, `Start` is called with the number of items, as a rule to clear the collection, and
-  /// then `Add` with the item's name (its property "Name", or "") for each item to come.
+  /// A block with one block for each item. Writing: nothing goes out for an empty collection. Reading: when
+  /// the stream holds the block, `Start` is called with the number of items, as a rule to clear the
+  /// collection, and then `Add` with the item's name (its property "Name", or "") for each item to come.
   using TStart = std::function<void(int Count)>;
   using TAdd = std::function<TCollectionItem&(std::string_view Name)>;
-  virtual void Items(std::string_view Name, TOwnedCollection& Items, const TStart& Start, const TAdd& Add) = 0;
+  virtual void Items(std::string_view Name, TOwnedCollection& Items, const TStart& Start,
+                     const TAdd& Add) = 0;
 
 protected:
   virtual bool Writes() const = 0;
@@ -84,9 +85,10 @@ protected:
 /// Writes the properties of a component that differ from their defaults. Handlers are never written. Raises
 /// std::ios_base::failure when the stream does not take it.
 void WriteComponent(std::ostream& Stream, TComponent& Component);
-/// Reads what `WriteComponent` wrote into a component, through the setters of its properties; what the stream does
-/// not hold stays. Raises EPropertyError for a text that is no component stream, a property that the component
-/// does not have and a value that does not read or that its setter refuses; nothing has changed then.
+/// Reads what `WriteComponent` wrote into a component, through the setters of its properties; what the stream
+/// does not hold stays. Raises EPropertyError for a text that is no component stream, a property that the
+/// component does not have and a value that does not read or that its setter refuses; nothing has changed
+/// then. A stream may be as long as a document (`DefaultXMLLimits`).
 void ReadComponent(std::istream& Stream, TComponent& Component);
 
 } // namespace qx

@@ -31,9 +31,12 @@ public:
   }
 
   void Create(const std::string& Folder, mode_t Mode) {
+    FFolder = Folder;
 #ifdef O_TMPFILE
     // Without a name until it is complete: a process that is killed leaves nothing behind.
-    FHandle = ::open(Folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, Mode);
+    if (::access(Handles, X_OK) == 0) {
+      FHandle = ::open(Folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, Mode);
+    }
     if (FHandle >= 0) {
       return;
     }
@@ -52,7 +55,11 @@ public:
     Require(FHandle >= 0);
   }
 
-  void SetMode(mode_t Mode) { Require(::fchmod(FHandle, Mode) == 0); }
+  // The owner only as far as this process may give files away.
+  void SetOwnerAndMode(const struct stat& Former) {
+    static_cast<void>(::fchown(FHandle, Former.st_uid, Former.st_gid) == 0);
+    Require(::fchmod(FHandle, Former.st_mode & 07777) == 0);
+  }
 
   void Write(std::string_view Content) {
     while (!Content.empty()) {
@@ -70,7 +77,7 @@ public:
   void TakeItsPlace() {
     if (FTemporary.empty()) {
       std::string Name = TemporaryName();
-      const std::string Handle = "/proc/self/fd/" + std::to_string(FHandle);
+      const std::string Handle = Handles + std::to_string(FHandle);
       Require(::linkat(AT_FDCWD, Handle.c_str(), AT_FDCWD, Name.c_str(), AT_SYMLINK_FOLLOW) == 0);
       FTemporary = std::move(Name);
     }
@@ -79,12 +86,14 @@ public:
   }
 
 private:
-  // A name beside the target that no file has: processes and calls count their own.
+  static constexpr const char* Handles = "/proc/self/fd/";
+
+  // A short name beside the target that no file has: processes and calls count their own.
   std::string TemporaryName() const {
     static unsigned Calls = 0;
     std::string Name;
     do {
-      Name = FTarget + ".new-" + std::to_string(::getpid()) + '-' + std::to_string(Calls++);
+      Name = FFolder + "/.qx-" + std::to_string(::getpid()) + '-' + std::to_string(Calls++);
     } while (::access(Name.c_str(), F_OK) == 0);
     return Name;
   }
@@ -100,6 +109,7 @@ private:
   }
 
   std::string FTarget;
+  std::string FFolder;
   std::string FTemporary;
   int FHandle = -1;
 };
@@ -113,6 +123,15 @@ void SyncFolder(const std::string& Folder) {
   }
 }
 
+// The file that a name stands for in the end, whether there is one or not.
+std::filesystem::path Followed(std::filesystem::path Name) {
+  constexpr int LongestChain = 40;
+  for (int I = 0; I < LongestChain && std::filesystem::is_symlink(Name); ++I) {
+    Name = Name.parent_path() / std::filesystem::read_symlink(Name);
+  }
+  return Name;
+}
+
 } // namespace
 
 void ReplaceFile(const std::string& FileName, std::string_view Content) {
@@ -124,15 +143,15 @@ void ReplaceFile(const std::string& FileName, std::string_view Content) {
     Device.Write(Content);
     return;
   }
-  const std::string Target = Exists ? std::filesystem::canonical(FileName).string() : FileName;
-  std::string Folder = std::filesystem::path(Target).parent_path().string();
+  const std::filesystem::path Target = Followed(FileName);
+  std::string Folder = Target.parent_path().string();
   if (Folder.empty()) {
     Folder = ".";
   }
-  TNewFile File(Target);
+  TNewFile File(Target.string());
   File.Create(Folder, NewFileMode);
   if (Exists) {
-    File.SetMode(Former.st_mode & 07777);
+    File.SetOwnerAndMode(Former);
   }
   File.Write(Content);
   File.Sync();

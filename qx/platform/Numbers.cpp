@@ -75,7 +75,7 @@ std::string SingleText(double Value) {
   const float Single = NarrowedToSingle(Value);
   const double Rounded = RoundedToDigits(static_cast<double>(Single), Digits);
   // Shorter texts than that of seven digits may read back as well.
-  return static_cast<float>(Rounded) == Single ? NumberText(Single) : NumberText(Rounded);
+  return NarrowedToSingle(Rounded) == Single ? NumberText(Single) : NumberText(Rounded);
 }
 
 double RoundedToDigits(double Value, int Digits) {

@@ -23,10 +23,10 @@ struct TRange {
 };
 
 // Characters that may begin a tag; the colon, which parts name spaces, is left out.
-constexpr TRange TagStarts[] = {{'A', 'Z'},         {'_', '_'},         {'a', 'z'},         {0xc0, 0xd6},
-                                {0xd8, 0xf6},       {0xf8, 0x2ff},      {0x370, 0x37d},     {0x37f, 0x1fff},
-                                {0x200c, 0x200d},   {0x2070, 0x218f},   {0x2c00, 0x2fef},   {0x3001, 0xd7ff},
-                                {0xf900, 0xfdcf},   {0xfdf0, 0xfffd},   {0x10000, 0xeffff}};
+constexpr TRange TagStarts[] = {{'A', 'Z'},       {'_', '_'},       {'a', 'z'},        {0xc0, 0xd6},
+                                {0xd8, 0xf6},     {0xf8, 0x2ff},    {0x370, 0x37d},    {0x37f, 0x1fff},
+                                {0x200c, 0x200d}, {0x2070, 0x218f}, {0x2c00, 0x2fef},  {0x3001, 0xd7ff},
+                                {0xf900, 0xfdcf}, {0xfdf0, 0xfffd}, {0x10000, 0xeffff}};
 constexpr TRange TagOthers[] = {{'-', '.'}, {'0', '9'}, {0xb7, 0xb7}, {0x300, 0x36f}, {0x203f, 0x2040}};
 
 template <std::size_t N>
@@ -80,16 +80,17 @@ std::string AtPlace(const std::string& Message, int Line, int Column) {
 }
 
 std::string ReadAll(std::istream& Stream, std::size_t Limit) {
+  if (!Stream) {
+    throw std::ios_base::failure("The document could not be read from the stream");
+  }
   std::string Bytes;
   char Buffer[1 << 16];
-  while (Stream.read(Buffer, sizeof Buffer), Stream.gcount() > 0) {
-    Bytes.append(Buffer, static_cast<std::size_t>(Stream.gcount()));
+  // Past the stream's own state, in which the end would be a failure.
+  while (const std::streamsize Count = Stream.rdbuf()->sgetn(Buffer, sizeof Buffer)) {
+    Bytes.append(Buffer, static_cast<std::size_t>(Count));
     if (Bytes.size() > Limit) {
       break; // the reader refuses it
     }
-  }
-  if (Stream.bad() || (Stream.fail() && !Stream.eof())) {
-    throw std::ios_base::failure("The document could not be read from the stream");
   }
   return Bytes;
 }
@@ -98,6 +99,16 @@ std::string ReadAll(std::istream& Stream, std::size_t Limit) {
 
 EXMLError::EXMLError(const std::string& Message, int Line, int Column)
     : std::runtime_error(AtPlace(Message, Line, Column)), FLine(Line), FColumn(Column) {}
+
+bool detail::IsXMLName(std::string_view Name) {
+  const auto IsLetter = [](char C) { return (C >= 'a' && C <= 'z') || (C >= 'A' && C <= 'Z'); };
+  if (!Name.empty() && std::all_of(Name.begin(), Name.end(), IsLetter)) { // as nearly always
+    return true;
+  }
+  std::string WithoutSpaces(Name);
+  std::replace(WithoutSpaces.begin(), WithoutSpaces.end(), ':', '_');
+  return XMLTag(WithoutSpaces) == WithoutSpaces;
+}
 
 std::string XMLTag(std::string_view Text) {
   std::string Tag;
@@ -138,7 +149,8 @@ TXMLDocument TXMLDocument::ReadFile(const std::string& FileName, const TXMLLimit
   try {
     Bytes = ReadAll(File, Limits.Bytes);
   } catch (const std::ios_base::failure&) {
-    throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(), "Cannot read \"" + FileName + '"');
+    throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(),
+                            "Cannot read \"" + FileName + '"');
   }
   return TXMLDocument(detail::ReadXML(std::move(Bytes), Limits));
 }
@@ -179,6 +191,14 @@ TXMLNode TXMLNode::NextSibling() const {
   return At(ElementFrom(pugi::xml_node(FNode).next_sibling()).internal_object());
 }
 
+int TXMLNode::ChildCount() const {
+  int Count = 0;
+  for (TXMLNode Child = FirstChild(); Child; Child = Child.NextSibling()) {
+    ++Count;
+  }
+  return Count;
+}
+
 TXMLNode TXMLNode::FindChild(std::string_view Tag) const {
   for (pugi::xml_node Node = pugi::xml_node(FNode).first_child(); Node; Node = Node.next_sibling()) {
     if (Node.type() == pugi::node_element && Tag == Node.name()) {
@@ -198,7 +218,20 @@ TXMLNode TXMLNode::AddChild(std::string_view Tag) const {
   return At(pugi::xml_node(FNode).append_child(std::string(Tag).c_str()).internal_object());
 }
 
-void TXMLNode::Clear() const { pugi::xml_node(FNode).remove_children(); }
+// From the leaves up: removing a tree goes as deep as that is.
+void TXMLNode::Clear() const {
+  const pugi::xml_node Top(FNode);
+  pugi::xml_node Node = Top;
+  while (Top.first_child()) {
+    if (Node.first_child()) {
+      Node = Node.first_child();
+    } else {
+      const pugi::xml_node Leaf = Node;
+      Node = Node.parent();
+      Node.remove_child(Leaf);
+    }
+  }
+}
 
 bool TXMLNode::HasAttribute(std::string_view Name) const {
   return static_cast<bool>(pugi::xml_node(FNode).attribute(std::string(Name).c_str()));
@@ -215,7 +248,8 @@ int TXMLNode::AttributeAsInteger(std::string_view Name) const {
   }
   const std::optional<std::int64_t> Value = ParseInteger(Text);
   if (!Value || !std::in_range<int>(*Value)) {
-    Refuse("the attribute " + InQuotes(Name) + " holds " + InQuotes(Text) + ", which is no whole number of 32 bits");
+    Refuse("the attribute " + InQuotes(Name) + " holds " + InQuotes(Text) +
+           ", which is no whole number of 32 bits");
   }
   return static_cast<int>(*Value);
 }

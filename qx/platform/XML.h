@@ -55,11 +55,12 @@ class TXMLNode;
 /// elements.
 class TXMLDocument {
 public:
-  /// A new document, version "1.0", with an empty root element. Raises std::invalid_argument for an illegal tag.
+  /// A new document, version "1.0", with an empty root element. Raises std::invalid_argument for an illegal
+  /// tag.
   static TXMLDocument New(std::string_view RootTag);
-  /// Reads a stream to its end. UTF-8 (with or without mark), UTF-16 (with mark), and what a declaration names
-  /// as US-ASCII or ISO-8859-1. Raises EXMLError, with the place, for what is not well-formed, has a document
-  /// type declaration or exceeds the limits; std::ios_base::failure when the stream fails.
+  /// Reads a stream to its end. UTF-8 (with or without mark), UTF-16 (with mark), and what a declaration
+  /// names as US-ASCII or ISO-8859-1. Raises EXMLError, with the place, for what is not well-formed, has a
+  /// document type declaration or exceeds the limits; std::ios_base::failure when the stream fails.
   static TXMLDocument Read(std::istream& Stream, const TXMLLimits& Limits = DefaultXMLLimits);
   static TXMLDocument Parse(std::string_view Text, const TXMLLimits& Limits = DefaultXMLLimits);
   /// Raises std::system_error, which names the file, when it cannot be read.
@@ -82,8 +83,8 @@ private:
   std::shared_ptr<detail::TXMLTree> FTree;
 };
 
-/// An element, as a handle. A handle may stand for no element: it is false then, reads as empty, and must not be
-/// written to.
+/// An element, as a handle. A handle may stand for no element: it is false then, reads as empty, and must not
+/// be written to.
 class TXMLNode {
 public:
   TXMLNode() = default;
@@ -95,12 +96,14 @@ public:
 
   TXMLNode FirstChild() const;
   TXMLNode NextSibling() const;
+  int ChildCount() const;
   /// The first child element of that tag, or none.
   TXMLNode FindChild(std::string_view Tag) const;
   bool HasChild(std::string_view Tag) const { return static_cast<bool>(FindChild(Tag)); }
   /// The same, but made when there is none.
   TXMLNode Child(std::string_view Tag) const;
-  /// Appends an element. Raises std::invalid_argument for an illegal tag; `XMLTag` makes any text a legal one.
+  /// Appends an element. Raises std::invalid_argument for an illegal tag; `XMLTag` makes any text a legal
+  /// one.
   TXMLNode AddChild(std::string_view Tag) const;
   /// Removes the element's content; its attributes stay.
   void Clear() const;
@@ -111,8 +114,8 @@ public:
   void SetAttribute(std::string_view Name, std::string_view Value) const;
   void SetAttribute(std::string_view Name, std::int64_t Value) const;
 
-  // The element's text as a value. No text reads as 0, false or ""; a text that stands for no value of the kind
-  // raises EXMLError, which names element, text and place.
+  // The element's text as a value. No text reads as 0, false or ""; a text that stands for no value of the
+  // kind raises EXMLError, which names element, text and place.
 
   std::string AsText() const;
   double AsReal() const;
@@ -122,8 +125,8 @@ public:
   /// Whether the text is "true", the case of letters aside.
   bool AsBoolean() const;
 
-  /// Raises std::invalid_argument, and changes nothing, for text that XML cannot hold: invalid UTF-8 and control
-  /// characters.
+  /// Raises std::invalid_argument, and changes nothing, for text that XML cannot hold: invalid UTF-8 and
+  /// control characters.
   void SetText(std::string_view Value) const;
   /// Narrowed to single precision, with at most seven digits.
   void SetSingle(double Value) const;

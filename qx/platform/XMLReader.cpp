@@ -5,8 +5,6 @@
 #include <qx/platform/XMLTree.h>
 
 #include <algorithm>
-#include <cstring>
-#include <limits>
 #include <new>
 #include <optional>
 #include <vector>
@@ -73,9 +71,21 @@ std::string DeclaredEncoding(std::string_view Text) {
   return LowerText(Declaration.substr(Open + 1, Close == std::string_view::npos ? Close : Close - Open - 1));
 }
 
+[[noreturn]] void RefuseEncoding(std::string_view Encoding) {
+  constexpr std::size_t Longest = 40;
+  throw EXMLError("The encoding \"" + std::string(Encoding.substr(0, Longest)) +
+                      "\" is not known, or the text is not in it",
+                  1, 1);
+}
+
 std::string ToUtf8(std::string Bytes) {
   if (StartsWith(Bytes, 0, "\xff\xfe") || StartsWith(Bytes, 0, "\xfe\xff")) {
-    return FromUtf16(Bytes, Bytes[0] == '\xfe');
+    std::string Text = FromUtf16(Bytes, Bytes[0] == '\xfe');
+    const std::string Encoding = DeclaredEncoding(Text);
+    if (!Encoding.empty() && !StartsWith(Encoding, 0, "utf-16")) {
+      RefuseEncoding(Encoding);
+    }
+    return Text;
   }
   if (StartsWith(Bytes, 0, Utf8Mark)) {
     Bytes.erase(0, Utf8Mark.size());
@@ -84,8 +94,13 @@ std::string ToUtf8(std::string Bytes) {
   if (Encoding == "iso-8859-1" || Encoding == "latin1") {
     return FromLatin1(Bytes);
   }
-  if (!Encoding.empty() && Encoding != "utf-8" && Encoding != "utf8" && Encoding != "us-ascii") {
-    RaiseXMLError("the encoding \"" + Encoding.substr(0, 40) + "\" is not known, or the text is not in it", Bytes, 0);
+  const bool Ascii = Encoding == "us-ascii" || Encoding == "ascii";
+  if (Ascii &&
+      std::any_of(Bytes.begin(), Bytes.end(), [](char C) { return static_cast<signed char>(C) < 0; })) {
+    RefuseEncoding(Encoding);
+  }
+  if (!Ascii && !Encoding.empty() && Encoding != "utf-8" && Encoding != "utf8") {
+    RefuseEncoding(Encoding);
   }
   return Bytes;
 }
@@ -114,7 +129,8 @@ void CheckCharacters(std::string_view Text) {
 
 void CheckReference(std::string_view Text, std::size_t Offset) {
   const std::size_t End = Text.substr(Offset, 16).find(';');
-  const std::string_view Name = End == std::string_view::npos ? std::string_view() : Text.substr(Offset + 1, End - 1);
+  const std::string_view Name =
+      End == std::string_view::npos ? std::string_view() : Text.substr(Offset + 1, End - 1);
   for (const std::string_view Known : {"amp", "lt", "gt", "quot", "apos"}) {
     if (Name == Known) {
       return;
@@ -135,73 +151,192 @@ void CheckReference(std::string_view Text, std::size_t Offset) {
   }
 }
 
-// One pass over the text before it is parsed: refuses what the parser would pass over in silence, and counts the
-// elements, which take more memory than the text.
-void CheckMarkup(std::string_view Text, const TXMLLimits& Limits) {
-  std::size_t Elements = 0;
-  const auto SkipTo = [&](std::size_t Offset, std::string_view End) {
-    const std::size_t Found = Text.find(End, Offset);
-    return Found == std::string_view::npos ? Text.size() : Found + End.size();
-  };
-  std::size_t Offset = Text.find_first_of("<&");
-  while (Offset != std::string_view::npos && Offset < Text.size()) {
-    std::size_t Next = Offset + 1;
-    if (Text[Offset] == '&') {
-      CheckReference(Text, Offset);
-    } else if (StartsWith(Text, Offset, "<!--")) {
-      Next = SkipTo(Offset + 4, "-->");
-    } else if (StartsWith(Text, Offset, "<![CDATA[")) {
-      Next = SkipTo(Offset, "]]>");
-    } else if (StartsWith(Text, Offset, "<?")) {
-      Next = SkipTo(Offset, "?>");
-    } else if (StartsWith(Text, Offset, "<!")) {
-      RaiseXMLError("document type declarations and entities are not accepted", Text, Offset);
-    } else if (!StartsWith(Text, Offset, "</") && ++Elements > Limits.Elements) {
-      RaiseXMLError("more than " + std::to_string(Limits.Elements) + " elements", Text, Offset);
-    }
-    Offset = Text.find_first_of("<&", Next);
-  }
-}
-
-// --- Parsed document ---------------------------------------------------------------------------------------
-
-/// Walks the parsed document without recursion.
-class TTreeCheck {
+/// Goes over the text before it is parsed: refuses what the parser would pass over in silence, and what
+/// exceeds a limit, since the parsed document takes many times the memory of the text.
+class TMarkupCheck {
 public:
-  TTreeCheck(const TXMLTree& Tree, const TXMLLimits& Limits) : FTree(Tree), FLimits(Limits) {}
+  TMarkupCheck(std::string_view Text, const TXMLLimits& Limits) : FText(Text), FLimits(Limits) {}
 
   void Check() {
-    CheckTop();
-    std::size_t Depth = 1;
-    const pugi::xml_node Root = FTree.Document.document_element();
-    pugi::xml_node Node = Root;
-    while (true) {
-      CheckElement(Node, Depth);
-      if (const pugi::xml_node First = NextElement(Node.first_child())) {
-        Node = First;
-        ++Depth;
-        continue;
+    if (IsDeclaration(0)) {
+      CheckDeclaration();
+    }
+    while (FOffset < FText.size()) {
+      if (FText[FOffset] != '<') {
+        CheckText();
+      } else if (StartsWith(FText, FOffset, "<!--")) {
+        CheckComment();
+      } else if (StartsWith(FText, FOffset, "<![CDATA[")) {
+        CheckSection();
+      } else if (StartsWith(FText, FOffset, "<?")) {
+        CheckInstruction();
+      } else if (StartsWith(FText, FOffset, "<!")) {
+        Refuse("document type declarations and entities are not accepted", FOffset);
+      } else {
+        CheckTag();
       }
-      pugi::xml_node Next;
-      while (Node != Root && !(Next = NextElement(Node.next_sibling()))) {
-        Node = Node.parent();
-        --Depth;
-      }
-      if (Node == Root) {
-        return;
-      }
-      Node = Next;
     }
   }
 
 private:
-  static pugi::xml_node NextElement(pugi::xml_node Node) {
-    while (Node && Node.type() != pugi::node_element) {
-      Node = Node.next_sibling();
-    }
-    return Node;
+  [[noreturn]] void Refuse(const std::string& Message, std::size_t Offset) const {
+    RaiseXMLError(Message, FText, Offset);
   }
 
+  bool IsDeclaration(std::size_t Offset) const {
+    const std::string_view Start = FText.substr(Offset, 6);
+    return SameText(Start.substr(0, 5), "<?xml") &&
+           (Start.size() < 6 || Start[5] == '?' || Trimmed(Start.substr(5)).empty());
+  }
+
+  // What lies behind the next `End`, which must come.
+  std::size_t Behind(std::string_view End, std::size_t From, const char* What) const {
+    const std::size_t Found = FText.find(End, From);
+    if (Found == std::string_view::npos) {
+      Refuse(std::string(What) + " is not closed", FOffset);
+    }
+    return Found + End.size();
+  }
+
+  void CheckReferences(std::size_t From, std::size_t End) const {
+    for (std::size_t I = FText.find('&', From); I < End; I = FText.find('&', I + 1)) {
+      CheckReference(FText, I);
+      if (FDepth == 0) {
+        Refuse("text outside the root element", I);
+      }
+    }
+  }
+
+  void CheckDeclaration() {
+    const std::size_t End = Behind("?>", 0, "the declaration");
+    if (FText.substr(0, End).find("version") == std::string_view::npos) {
+      Refuse("the declaration names no version", 0);
+    }
+    FOffset = End;
+  }
+
+  void CheckText() {
+    const std::size_t End = std::min(FText.find('<', FOffset), FText.size());
+    CheckReferences(FOffset, End);
+    const std::size_t Close = FText.substr(FOffset, End - FOffset).find("]]>");
+    if (Close != std::string_view::npos) {
+      Refuse("the end of a section without its beginning", FOffset + Close);
+    }
+    FOffset = End;
+  }
+
+  void CheckComment() {
+    const std::size_t Dashes = Behind("--", FOffset + 4, "a comment");
+    if (Dashes >= FText.size() || FText[Dashes] != '>') {
+      Refuse("two dashes in a comment", Dashes - 2);
+    }
+    FOffset = Dashes + 1;
+  }
+
+  void CheckSection() {
+    const std::size_t End = Behind("]]>", FOffset, "a section");
+    if (FDepth == 0) {
+      Refuse("text outside the root element", FOffset);
+    }
+    FOffset = End;
+  }
+
+  void CheckInstruction() {
+    const std::size_t End = Behind("?>", FOffset, "an instruction");
+    if (IsDeclaration(FOffset)) {
+      Refuse("a declaration that does not stand at the beginning", FOffset);
+    }
+    FOffset = End;
+  }
+
+  void CheckTag() {
+    const std::size_t First = FOffset;
+    std::size_t I = FText.find_first_of("<>\"'", First + 1);
+    for (; I != std::string_view::npos && FText[I] != '>'; I = FText.find_first_of("<>\"'", I)) {
+      if (FText[I] == '<') {
+        Refuse("a tag is not closed", First);
+      }
+      I = CheckAttribute(I);
+    }
+    if (I == std::string_view::npos) {
+      Refuse("a tag is not closed", First);
+    }
+    FOffset = I + 1;
+    if (StartsWith(FText, First, "</")) {
+      FDepth -= FDepth > 0 ? 1 : 0;
+      return;
+    }
+    Count(First);
+    if (FDepth + 1 > FLimits.Depth) {
+      Refuse("elements nested deeper than " + std::to_string(FLimits.Depth) + " levels", First);
+    }
+    FDepth += FText[I - 1] == '/' ? 0 : 1;
+  }
+
+  // The value between the quote at `Open` and its counterpart; returns what lies behind it.
+  std::size_t CheckAttribute(std::size_t Open) {
+    const std::size_t Close = FText.find(FText[Open], Open + 1);
+    if (Close == std::string_view::npos) {
+      Refuse("an attribute's value is not closed", Open);
+    }
+    const std::string_view Value = FText.substr(Open + 1, Close - Open - 1);
+    if (Value.find('<') != std::string_view::npos) {
+      Refuse("\"<\" in an attribute's value", Open);
+    }
+    if (Value.size() > FLimits.Attribute) {
+      Refuse("an attribute is longer than " + std::to_string(FLimits.Attribute) + " bytes", Open);
+    }
+    for (std::size_t I = Value.find('&'); I != std::string_view::npos; I = Value.find('&', I + 1)) {
+      CheckReference(FText, Open + 1 + I);
+    }
+    Count(Open);
+    return Close + 1;
+  }
+
+  void Count(std::size_t Offset) {
+    if (++FCount > FLimits.Elements) {
+      Refuse("more than " + std::to_string(FLimits.Elements) + " elements and attributes", Offset);
+    }
+  }
+
+  std::string_view FText;
+  const TXMLLimits& FLimits;
+  std::size_t FOffset = 0;
+  std::size_t FDepth = 0; // of the elements that are open
+  std::size_t FCount = 0; // of elements and attributes
+};
+
+// --- Parsed document ---------------------------------------------------------------------------------------
+
+/// Checks what the parsed document tells best: the root, names, and attributes that are there twice.
+class TTreeCheck {
+public:
+  explicit TTreeCheck(const TXMLTree& Tree) : FTree(Tree) {}
+
+  // Without recursion: a document may be deeper than the stack.
+  void Check() {
+    CheckTop();
+    const pugi::xml_node Root = FTree.Document.document_element();
+    pugi::xml_node Node = Root;
+    while (true) {
+      if (Node.type() == pugi::node_element) {
+        CheckElement(Node);
+      }
+      if (Node.first_child()) {
+        Node = Node.first_child();
+        continue;
+      }
+      while (Node != Root && !Node.next_sibling()) {
+        Node = Node.parent();
+      }
+      if (Node == Root) {
+        return;
+      }
+      Node = Node.next_sibling();
+    }
+  }
+
+private:
   void CheckTop() {
     int Roots = 0;
     for (const pugi::xml_node Node : FTree.Document.children()) {
@@ -211,7 +346,9 @@ private:
           Refuse("a second root element", Node);
         }
       } else if (!Trimmed(Node.value()).empty()) {
-        RaiseXMLError("text outside the root element", FTree.Source, OffsetOfStray(Node));
+        // Text has no place of its own in the parsed document.
+        RaiseXMLError("text outside the root element", FTree.Source,
+                      FTree.Source.rfind(Trimmed(Node.value())));
       }
     }
     if (Roots == 0) {
@@ -219,44 +356,32 @@ private:
     }
   }
 
-  // Text has no place of its own in the parsed document; it follows what stands before it.
-  std::size_t OffsetOfStray(pugi::xml_node Node) const {
-    const std::size_t Found = FTree.Source.rfind(Trimmed(Node.value()));
-    return Found == std::string::npos ? 0 : Found;
-  }
-
-  void CheckElement(pugi::xml_node Node, std::size_t Depth) {
-    ++FElements;
-    if (Depth > FLimits.Depth) {
-      Refuse("elements nested deeper than " + std::to_string(FLimits.Depth) + " levels", Node);
-    }
+  void CheckElement(pugi::xml_node Node) {
+    CheckName(Node.name(), Node);
     FNames.clear();
     for (const pugi::xml_attribute Attribute : Node.attributes()) {
-      ++FElements;
+      CheckName(Attribute.name(), Node);
       FNames.emplace_back(Attribute.name());
-      if (std::strlen(Attribute.value()) > FLimits.Attribute) {
-        Refuse("the attribute \"" + std::string(Attribute.name()) + "\" is longer than " +
-                   std::to_string(FLimits.Attribute) + " bytes",
-               Node);
-      }
     }
     std::sort(FNames.begin(), FNames.end());
     const auto Twice = std::adjacent_find(FNames.begin(), FNames.end());
     if (Twice != FNames.end()) {
       Refuse("the attribute \"" + std::string(*Twice) + "\" stands there twice", Node);
     }
-    if (FElements > FLimits.Elements) {
-      Refuse("more than " + std::to_string(FLimits.Elements) + " elements and attributes", Node);
+  }
+
+  void CheckName(std::string_view Name, pugi::xml_node Node) const {
+    if (!IsXMLName(Name)) {
+      Refuse('"' + std::string(Name) + "\" can be no name", Node);
     }
   }
 
   [[noreturn]] void Refuse(const std::string& Message, pugi::xml_node Node) const {
-    RaiseXMLError(Message, FTree.Source, static_cast<std::size_t>(std::max<std::ptrdiff_t>(Node.offset_debug(), 0)));
+    RaiseXMLError(Message, FTree.Source,
+                  static_cast<std::size_t>(std::max<std::ptrdiff_t>(Node.offset_debug(), 0)));
   }
 
   const TXMLTree& FTree;
-  const TXMLLimits& FLimits;
-  std::size_t FElements = 0;
   std::vector<std::string_view> FNames;
 };
 
@@ -288,7 +413,10 @@ std::shared_ptr<TXMLTree> ReadXML(std::string Bytes, const TXMLLimits& Limits) {
     throw EXMLError("The document is empty", 0, 0);
   }
   CheckCharacters(Text);
-  CheckMarkup(Text, Limits);
+  if (StartsWith(Text, 0, Utf8Mark)) {
+    RaiseXMLError("text outside the root element", Text, 0);
+  }
+  TMarkupCheck(Text, Limits).Check();
   // As a fragment, so that nothing around the root is dropped.
   constexpr unsigned Options = pugi::parse_default | pugi::parse_fragment | pugi::parse_ws_pcdata_single;
   const pugi::xml_parse_result Result =
@@ -297,9 +425,10 @@ std::shared_ptr<TXMLTree> ReadXML(std::string Bytes, const TXMLLimits& Limits) {
     throw std::bad_alloc();
   }
   if (!Result) {
-    RaiseXMLError(Result.description(), Text, static_cast<std::size_t>(std::max<std::ptrdiff_t>(Result.offset, 0)));
+    RaiseXMLError(Result.description(), Text,
+                  static_cast<std::size_t>(std::max<std::ptrdiff_t>(Result.offset, 0)));
   }
-  TTreeCheck(*Tree, Limits).Check();
+  TTreeCheck(*Tree).Check();
   return Tree;
 }
 

@@ -23,6 +23,9 @@ struct TXMLTree {
 /// Whether XML allows the character in a text.
 bool IsXMLCharacter(char32_t CodePoint);
 
+/// Whether XML allows the name for an element or an attribute, with or without a name space.
+bool IsXMLName(std::string_view Name);
+
 std::shared_ptr<TXMLTree> ReadXML(std::string Bytes, const TXMLLimits& Limits);
 std::string WriteXML(const pugi::xml_document& Document);
 

@@ -1,30 +1,7 @@
+#include "support/Allocations.h"
 #include <qx/genetic_algorithm/QXGeneticAlgorithm.h>
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <new>
-
-namespace {
-
-long Allocations = 0;
-
-void* Counted(std::size_t Size) {
-  ++Allocations;
-  if (void* const Memory = std::malloc(Size > 0 ? Size : 1)) {
-    return Memory;
-  }
-  throw std::bad_alloc();
-}
-
-} // namespace
-
-void* operator new(std::size_t Size) { return Counted(Size); }
-void* operator new[](std::size_t Size) { return Counted(Size); }
-void operator delete(void* Memory) noexcept { std::free(Memory); }
-void operator delete[](void* Memory) noexcept { std::free(Memory); }
-void operator delete(void* Memory, std::size_t) noexcept { std::free(Memory); }
-void operator delete[](void* Memory, std::size_t) noexcept { std::free(Memory); }
 
 namespace qx {
 namespace {
@@ -49,10 +26,10 @@ TEST(Allocation, AGenerationAfterTheFirstTakesNoMemoryUnderAnySelection) {
         Algorithm.OnEvolve = [&](auto&) { ++Events; };
         SeedRandom(1);
         Algorithm.Evolve();
-        const long Before = Allocations;
+        const long Before = tests::Allocations();
         Algorithm.Evolve(20);
-        EXPECT_EQ(Allocations, Before) << EnumName(static_cast<TGASelectionMethod>(Selection)) << ", " << Bits
-                                       << " bits, " << EnumName(Method);
+        EXPECT_EQ(tests::Allocations(), Before) << EnumName(static_cast<TGASelectionMethod>(Selection))
+                                                << ", " << Bits << " bits, " << EnumName(Method);
         EXPECT_GT(Before, 0);
         EXPECT_GT(Events, 0);
       }

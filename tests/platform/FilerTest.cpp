@@ -2,6 +2,7 @@
 #include <qx/platform/Collection.h>
 #include <qx/platform/Component.h>
 #include <qx/platform/Filer.h>
+#include <qx/platform/XML.h>
 
 #include <gtest/gtest.h>
 
@@ -204,6 +205,13 @@ TEST(ComponentStream, BlocksMayNotNestWithoutEnd) {
     Text += "A {\n";
   }
   EXPECT_EQ(ErrorOf(Text), "Line 17: blocks nested deeper than 16");
+}
+
+TEST(ComponentStream, MayBeAsLongAsADocument) {
+  const TXMLLimits Before = DefaultXMLLimits;
+  DefaultXMLLimits.Bytes = 1000;
+  EXPECT_EQ(ErrorOf("M {\n" + std::string(2000, 'x')), "Line 1: the component is longer than 1000 bytes");
+  DefaultXMLLimits = Before;
 }
 
 TEST(ComponentStream, AStreamThatTakesNothingIsAnError) {

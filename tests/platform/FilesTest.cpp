@@ -45,6 +45,19 @@ TEST_F(Files, ALinkIsFollowed) {
   EXPECT_EQ(tests::ReadFile(Name), "second");
 }
 
+TEST_F(Files, ALinkToNothingYetIsFollowed) {
+  std::filesystem::create_symlink("run.xml", Folder.File("link.xml"));
+  ReplaceFile(Folder.File("link.xml"), "text");
+  EXPECT_TRUE(std::filesystem::is_symlink(Folder.File("link.xml")));
+  EXPECT_EQ(tests::ReadFile(Name), "text");
+}
+
+TEST_F(Files, TheLongestNamesWork) {
+  const std::string Long = Folder.File(std::string(255, 'x'));
+  ReplaceFile(Long, "text");
+  EXPECT_EQ(tests::ReadFile(Long), "text");
+}
+
 TEST_F(Files, AFileThatCannotBeWrittenIsNamed) {
   try {
     ReplaceFile(Folder.File("missing/run.xml"), "text");

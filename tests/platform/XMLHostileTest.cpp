@@ -76,6 +76,36 @@ TEST(HostileXML, WhatIsNotWellFormedIsRefused) {
   }
 }
 
+TEST(HostileXML, MarkupCannotBeHiddenInAttributes) {
+  for (const std::string_view Text :
+       {"<a b=\"<!--\"/><!DOCTYPE x [<!ENTITY a \"b\">]>", "<a b='<!--'><c>&foo;</c></a>",
+        "<a b='<?'><c>&#0;</c></a>", "<a b='<b>'/>", "<a b='&unknown;'/>", "<a b='\"'>&#0;</a>",
+        "<a b=\"'\">&#0;</a>"}) {
+    EXPECT_NE(MessageOf(Text), "accepted") << Text;
+  }
+  EXPECT_EQ(TXMLDocument::Parse("<a b='>\"&lt;'>c</a>").Root().Attribute("b"), ">\"<");
+}
+
+TEST(HostileXML, DeclarationsStandAtTheBeginningAndNameAVersion) {
+  for (const std::string_view Text :
+       {"\n<?xml version='1.0'?><a/>", "<?xml version='1.0'?><?xml version='1.0'?><a/>",
+        "<a><?xml version='1.0'?></a>", "<?xml?><a/>", "<?xml encoding='UTF-8'?><a/>", "<a/><?XML ?>"}) {
+    EXPECT_NE(MessageOf(Text), "accepted") << Text;
+  }
+  EXPECT_EQ(MessageOf("<?xml-stylesheet href='a'?><a/>"), "accepted");
+}
+
+TEST(HostileXML, TextKeepsToItsRules) {
+  for (const std::string_view Text :
+       {"<a>]]></a>", "<a><!-- -- --></a>", "<a/>&#32;", "<a/><![CDATA[ ]]>", "&#32;<a/>",
+        "\xef\xbb\xbf\xef\xbb\xbf<a/>", "<a\xc3\x97/>", "<a \xc3\x97='1'/>",
+        "<?xml version='1.0' encoding='US-ASCII'?><a>\xc3\xa9</a>"}) {
+    EXPECT_NE(MessageOf(Text), "accepted") << Text;
+  }
+  EXPECT_EQ(MessageOf("<n:a xmlns:n='u'><n:b/></n:a>"), "accepted");
+  EXPECT_EQ(MessageOf("<?xml version='1.0' encoding='US-ASCII'?><a>e</a>"), "accepted");
+}
+
 TEST(HostileXML, AnErrorTellsItsPlace) {
   EXPECT_EQ(MessageOf("<a>\n  <b>\n</a>").substr(0, 6), "Line 3");
   EXPECT_EQ(MessageOf("<a>\n text &bad;</a>"),
@@ -94,7 +124,7 @@ TEST(HostileXML, OnlyOneRootAndNothingBesideIt) {
   EXPECT_EQ(MessageOf("<a/>\n<b/>"), "Line 2, column 2: a second root element");
   EXPECT_EQ(MessageOf("<a/>text"), "Line 1, column 5: text outside the root element");
   EXPECT_EQ(MessageOf("text<a/>"), "Line 1, column 1: text outside the root element");
-  EXPECT_EQ(MessageOf("<a/><![CDATA[text]]>").substr(8), "column 14: text outside the root element");
+  EXPECT_EQ(MessageOf("<a/><![CDATA[text]]>").substr(8), "column 5: text outside the root element");
   EXPECT_EQ(MessageOf("<?xml version='1.0'?>\n<!-- a -->\n<a/>\n<!-- b --> \n"), "accepted");
 }
 
@@ -130,7 +160,8 @@ TEST(HostileXML, EncodingsAreReadOrRefused) {
     EXPECT_NE(MessageOf(Utf16("<a/>", HighFirst, true) + "x"), "accepted");
   }
   EXPECT_NE(MessageOf(std::string_view("\xff\xfe<\0a\0>\0\x00\xd8<\0/\0a\0>\0", 18)),
-            "accepted");                  // half a pair
+            "accepted"); // half a pair
+  EXPECT_NE(MessageOf(Utf16("<?xml version='1.0' encoding='ISO-8859-1'?><a/>", false, true)), "accepted");
   EXPECT_NE(MessageOf(Text), "accepted"); // it says UTF-16, but is not
   EXPECT_NE(MessageOf("<?xml version='1.0' encoding='EBCDIC'?><a/>"), "accepted");
   EXPECT_NE(MessageOf("<a>\xff</a>"), "accepted");
@@ -144,7 +175,7 @@ TEST(HostileXML, EncodingsAreReadOrRefused) {
 TEST(HostileXML, AMillionLevelsAreRefusedUnlessTheLimitIsRaised) {
   const int Levels = 1'000'000;
   const std::string Text = Repeated("<a>", Levels) + Repeated("</a>", Levels);
-  EXPECT_EQ(MessageOf(Text), "Line 1, column 3074: elements nested deeper than 1024 levels");
+  EXPECT_EQ(MessageOf(Text), "Line 1, column 3073: elements nested deeper than 1024 levels");
   TXMLLimits Limits;
   Limits.Depth = Levels;
   const TXMLDocument Document = TXMLDocument::Parse(Text, Limits);
@@ -164,14 +195,14 @@ TEST(HostileXML, EveryLimitHolds) {
   Limits = {};
   Limits.Elements = 3;
   EXPECT_EQ(MessageOf("<a><b/><b/></a>", Limits), "accepted");
-  EXPECT_EQ(MessageOf("<a><b/><b/><b/></a>", Limits), "Line 1, column 12: more than 3 elements");
+  EXPECT_EQ(MessageOf("<a><b/><b/><b/></a>", Limits),
+            "Line 1, column 12: more than 3 elements and attributes");
   EXPECT_EQ(MessageOf("<a><b c='1' d='1'/></a>", Limits),
-            "Line 1, column 5: more than 3 elements and attributes");
+            "Line 1, column 4: more than 3 elements and attributes");
   Limits = {};
   Limits.Attribute = 4;
   EXPECT_EQ(MessageOf("<a b='1234'/>", Limits), "accepted");
-  EXPECT_EQ(MessageOf("<a b='12345'/>", Limits),
-            "Line 1, column 2: the attribute \"b\" is longer than 4 bytes");
+  EXPECT_EQ(MessageOf("<a b='12345'/>", Limits), "Line 1, column 6: an attribute is longer than 4 bytes");
 }
 
 TEST(HostileXML, TheStandardLimitsAreSafe) {

@@ -158,6 +158,17 @@ TEST(XML, AChildIsFoundOrMade) {
   EXPECT_FALSE(Root.FirstChild());
 }
 
+TEST(XML, AnElementOfAnyDepthIsCleared) {
+  const TXMLDocument Document = TXMLDocument::New("A");
+  TXMLNode Node = Document.Root();
+  for (int I = 0; I < 400'000; ++I) {
+    Node = Node.AddChild("A");
+  }
+  Document.Root().Clear();
+  EXPECT_EQ(Document.Root().ChildCount(), 0);
+  EXPECT_EQ(Document.Text(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<A/>\n");
+}
+
 TEST(XML, AnElementKeepsItsDocumentAlive) {
   TXMLNode Node;
   {
@@ -225,6 +236,9 @@ TEST(XML, AStreamThatFailsIsAnError) {
   std::istringstream In("<a/>");
   In.setstate(std::ios::failbit);
   EXPECT_THROW(TXMLDocument::Read(In), std::ios_base::failure);
+  std::istringstream Strict("<a/>");
+  Strict.exceptions(std::ios::failbit | std::ios::badbit);
+  EXPECT_EQ(TXMLDocument::Read(Strict).Root().Tag(), "a"); // the end is no failure
 }
 
 } // namespace
