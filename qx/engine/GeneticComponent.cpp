@@ -34,7 +34,9 @@ TQXCustomGeneticComponent::TQXCustomGeneticComponent(TComponent* Owner) : TCompo
   BindSelection();
 }
 
-void TQXCustomGeneticComponent::SetInitialPopulation(int Value) { FSettings.InitialPopulation = std::max(Value, 0); }
+void TQXCustomGeneticComponent::SetInitialPopulation(int Value) {
+  FSettings.InitialPopulation = std::max(Value, 0);
+}
 
 void TQXCustomGeneticComponent::SetInitialDuplicatesRetries(int Value) {
   FSettings.InitialDuplicatesRetries = std::max(Value, 0);
@@ -60,7 +62,9 @@ void TQXCustomGeneticComponent::SetOperations(TGAGeneticOperations Value) {
   FSettings.Operations = Value;
 }
 
-void TQXCustomGeneticComponent::SetTournamentField(int Value) { FSettings.TournamentField = std::max(Value, 2); }
+void TQXCustomGeneticComponent::SetTournamentField(int Value) {
+  FSettings.TournamentField = std::max(Value, 2);
+}
 
 void TQXCustomGeneticComponent::SetElitistPct(TGAProbability Value) {
   StoreProbability(FSettings.ElitistPct, Value, "ElitistPct");
@@ -75,7 +79,9 @@ void TQXCustomGeneticComponent::SetDiversityLimit(TGAProbability Value) {
   StoreProbability(FSettings.DiversityLimit, Value, "DiversityLimit");
 }
 
-void TQXCustomGeneticComponent::SetGenerationLimit(int Value) { FSettings.GenerationLimit = std::max(Value, 1); }
+void TQXCustomGeneticComponent::SetGenerationLimit(int Value) {
+  FSettings.GenerationLimit = std::max(Value, 1);
+}
 
 TQXPopulation& TQXCustomGeneticComponent::Population() {
   if (FPopulation == nullptr) [[unlikely]] {

@@ -92,7 +92,7 @@ void TQXCustomGeneticComponent::BindSelection() {
     return;
   }
   OnSelection.Bind([Method = Methods[FSettings.SelectionMethod]](TSender& Sender, TQXPopulation& Population,
-                                                        TQXIndividual*& Parent) {
+                                                                 TQXIndividual*& Parent) {
     (Sender.*Method)(Sender, Population, Parent);
   });
 }

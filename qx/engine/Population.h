@@ -24,8 +24,8 @@ public:
   /// handler that raises changes nothing here.
   void Assign(const TPersistent& Source) override;
 
-  /// Replaces the members by one for each child element of `Node`, which reads it, whatever the tag. When that
-  /// raises, the former members are back.
+  /// Replaces the members by one for each child element of `Node`, which reads it, whatever the tag. When
+  /// that raises, the former members are back.
   virtual void LoadFromXML(const TXMLNode& Node);
   /// Appends one child element for each member, tagged with its display name (characters that no tag can hold
   /// become "_"), and lets the member write it.
@@ -35,8 +35,8 @@ public:
   void EvaluateStale() const;
 
 protected:
-  /// Replaces the members by those that `AddMembers` adds, in one update. When that raises, the former members
-  /// are back.
+  /// Replaces the members by those that `AddMembers` adds, in one update. When that raises, the former
+  /// members are back.
   void Reload(const std::function<void()>& AddMembers);
   void Notify(TCollectionItem& Item, TCollectionNotification Action) override;
   void Update(TCollectionItem* Item) override;

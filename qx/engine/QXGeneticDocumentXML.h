@@ -2,8 +2,9 @@
 
 // The genetic document: the settings that every evolving component has, as XML.
 //
-// Each property of an element class is a child element of the same name, which is made when it is first written
-// and reads as 0, false or "" while it is missing. Reals are written in single precision and read as doubles.
+// Each property of an element class is a child element of the same name, which is made when it is first
+// written and reads as 0, false or "" while it is missing. Reals are written in single precision and read as
+// doubles.
 
 #include <qx/platform/XML.h>
 

@@ -26,15 +26,15 @@ public:
   /// Called when the gene at `Index` has a new size: moves the genes behind it, then tells the owner.
   virtual void SizeChange(int Index);
 
-  /// Writes the genes and the attribute "Size": the genes' total, or the chromosomes' when that is 0. A gene of
-  /// unknown type is left out.
+  /// Writes the genes and the attribute "Size": the genes' total, or the chromosomes' when that is 0. A gene
+  /// of unknown type is left out.
   void SaveToXML(const TXMLGenoType& GenoType);
   /// Writes the value of each gene in an individual's chromosome. Raises EGAException when an enumerated gene
   /// holds none of its texts.
   void SaveToXML(const TXMLGenes& Genes, TQXGAIndividual& Item);
-  /// Replaces the genes; one whose name was there before comes back as the same object. The owner's `GeneSize`
-  /// becomes the attribute "Size" first; limits come from sizes and signs, and the size of an enumerated gene
-  /// from its texts. When something raises, genes and owner are as they were.
+  /// Replaces the genes; one whose name was there before comes back as the same object. The owner's
+  /// `GeneSize` becomes the attribute "Size" first; limits come from sizes and signs, and the size of an
+  /// enumerated gene from its texts. When something raises, genes and owner are as they were.
   void LoadFromXML(const TXMLGenoType& GenoType);
 
 protected:

@@ -40,8 +40,8 @@ public:
   /// Reads name and bits, whatever the number of bits: text that is too long is cut, text that is too short
   /// leaves the rest 0. Raises EXMLError for any character but '0' and '1'.
   virtual void LoadFromXML(const TXMLChromosome& Chromosome);
-  /// Writes display name, fitness, bits and, in a genetic algorithm, the value of each gene. Raises EGAException
-  /// when an enumerated gene holds none of its texts.
+  /// Writes display name, fitness, bits and, in a genetic algorithm, the value of each gene. Raises
+  /// EGAException when an enumerated gene holds none of its texts.
   virtual void SaveToXML(const TXMLChromosome& Chromosome);
 
 protected:

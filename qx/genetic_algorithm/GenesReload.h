@@ -12,8 +12,8 @@
 
 namespace qx::detail {
 
-/// Replaces the genes of a genotype while it is loaded. A gene whose name the genotype had before comes back as
-/// the same object, so that a host may go on using it.
+/// Replaces the genes of a genotype while it is loaded. A gene whose name the genotype had before comes back
+/// as the same object, so that a host may go on using it.
 class TGenesReload {
 public:
   /// Empties the genotype.

@@ -8,7 +8,9 @@ bool TXMLChromosome::Binds(const TXMLNode& Node) {
 
 bool TXMLChromosomes::Binds(const TXMLNode& Node) { return Node.Tag() == "Chromosomes"; }
 
-TXMLGADomainType GetGADomain(const TXMLDocument& Document) { return TXMLGADomainType(Document.Root("GADomain")); }
+TXMLGADomainType GetGADomain(const TXMLDocument& Document) {
+  return TXMLGADomainType(Document.Root("GADomain"));
+}
 
 TXMLGADomainType LoadGADomain(const std::string& FileName) {
   return GetGADomain(TXMLDocument::ReadFile(FileName));
@@ -18,7 +20,9 @@ TXMLGADomainType NewGADomain() { return TXMLGADomainType(TXMLDocument::New("GADo
 
 TXMLGenoType GetGenoType(const TXMLDocument& Document) { return TXMLGenoType(Document.Root("GenoType")); }
 
-TXMLGenoType LoadGenoType(const std::string& FileName) { return GetGenoType(TXMLDocument::ReadFile(FileName)); }
+TXMLGenoType LoadGenoType(const std::string& FileName) {
+  return GetGenoType(TXMLDocument::ReadFile(FileName));
+}
 
 TXMLGenoType NewGenoType() { return TXMLGenoType(TXMLDocument::New("GenoType").Root()); }
 

@@ -1,10 +1,11 @@
 #pragma once
 
-// The domain document of the genetic algorithm: the genotype, the fittest individual and the chromosomes, as XML.
+// The domain document of the genetic algorithm: the genotype, the fittest individual and the chromosomes, as
+// XML.
 //
-// Each property of an element class is a child element of the same name, which is made when it is first written
-// and reads as 0, false or "" while it is missing; an element within an element is made when it is first asked
-// for. Reals are written in single precision, but the limits of genes as doubles.
+// Each property of an element class is a child element of the same name, which is made when it is first
+// written and reads as 0, false or "" while it is missing; an element within an element is made when it is
+// first asked for. Reals are written in single precision, but the limits of genes as doubles.
 
 #include <qx/platform/XML.h>
 
@@ -52,7 +53,8 @@ using IXMLIntegerGeneTypeList = TXMLNodeList<TXMLNumericGeneType>;
 using IXMLFloatGeneTypeList = TXMLNodeList<TXMLNumericGeneType>;
 using IXMLEnumerationGeneTypeList = TXMLNodeList<TXMLEnumerationGeneType>;
 
-/// "GenoType": the genes. The lists show those of one kind each; the genes' order is that of the child elements.
+/// "GenoType": the genes. The lists show those of one kind each; the genes' order is that of the child
+/// elements.
 class TXMLGenoType : public TXMLNode {
 public:
   explicit TXMLGenoType(const TXMLNode& Node) : TXMLNode(Node) {}
@@ -123,8 +125,8 @@ using IXMLChromosome = TXMLChromosome;
 using IXMLChromosomes = TXMLChromosomes;
 using IXMLGADomainType = TXMLGADomainType;
 
-// Each of three elements may be the root of a document. `Get...` binds the root and raises EXMLError when it is
-// another element; `Load...` reads a file first; `New...` makes an empty document, version "1.0".
+// Each of three elements may be the root of a document. `Get...` binds the root and raises EXMLError when it
+// is another element; `Load...` reads a file first; `New...` makes an empty document, version "1.0".
 
 TXMLGADomainType GetGADomain(const TXMLDocument& Document);
 TXMLGADomainType LoadGADomain(const std::string& FileName);

@@ -1,7 +1,7 @@
 #pragma once
 
-// The settings document of the genetic algorithm: the genetic document, extended by the settings of reproduction
-// and a domain.
+// The settings document of the genetic algorithm: the genetic document, extended by the settings of
+// reproduction and a domain.
 
 #include <qx/engine/QXGeneticDocumentXML.h>
 #include <qx/genetic_algorithm/QXGADomainXML.h>

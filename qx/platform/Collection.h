@@ -138,8 +138,8 @@ private:
   int FUpdateCount = 0;
 };
 
-/// Knows which items a collection had when this was made; can take them out, so that others can be loaded, and
-/// put them back. Those that are out are freed with this object.
+/// Knows which items a collection had when this was made; can take them out, so that others can be loaded,
+/// and put them back. Those that are out are freed with this object.
 class TSetAsideItems {
 public:
   explicit TSetAsideItems(TOwnedCollection& Collection);
@@ -151,7 +151,9 @@ public:
   /// The item, or nullptr when it is not here.
   TCollectionItem* Items(int Index) { return FItems[static_cast<std::size_t>(Index)].get(); }
   /// Hands an item over, to come back to the collection; `Restore` looks for it there.
-  std::unique_ptr<TCollectionItem> Take(int Index) { return std::move(FItems[static_cast<std::size_t>(Index)]); }
+  std::unique_ptr<TCollectionItem> Take(int Index) {
+    return std::move(FItems[static_cast<std::size_t>(Index)]);
+  }
 
   /// Puts the items back as they were, IDs included, in place of those that the collection holds now; an item
   /// that is not here is found among these. What notifications raise is passed over.

@@ -47,8 +47,8 @@ public:
 
 protected:
   void DefineProperties(TFiler& Filer) override;
-  /// Runs `Load`, which reads the component's properties from a stream, and puts the name back when that raises.
-  /// A component that can put more back overrides this.
+  /// Runs `Load`, which reads the component's properties from a stream, and puts the name back when that
+  /// raises. A component that can put more back overrides this.
   virtual void Loading(const std::function<void()>& Load);
 
 private:

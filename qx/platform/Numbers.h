@@ -9,12 +9,13 @@
 
 namespace qx {
 
-/// The shortest digits that read back to the same value; plain from 1e-4 up to 1e15 and in exponent form beyond
+/// The shortest digits that read back to the same value; plain from 1e-4 up to 1e15 and in exponent form
+/// beyond
 /// ("1e+15"). "INF", "-INF" and "NaN" for what is no finite number.
 std::string NumberText(double Value);
 std::string NumberText(float Value);
-/// The number narrowed to single precision, with at most seven digits: where more were needed to read back the
-/// same single, it is rounded to seven. What is too large for single precision becomes infinite.
+/// The number narrowed to single precision, with at most seven digits: where more were needed to read back
+/// the same single, it is rounded to seven. What is too large for single precision becomes infinite.
 std::string SingleText(double Value);
 /// The number rounded to so many significant digits, 1 to 17.
 double RoundedToDigits(double Value, int Digits);

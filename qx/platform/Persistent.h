@@ -27,8 +27,8 @@ public:
   std::string ClassName() const;
 
 protected:
-  /// Names the stored properties, in the order of a component stream, to a filer that writes or reads them. An
-  /// override calls the inherited one first.
+  /// Names the stored properties, in the order of a component stream, to a filer that writes or reads them.
+  /// An override calls the inherited one first.
   virtual void DefineProperties(TFiler& /*Filer*/) {}
 
   /// `Source` as a `T`, a class of this object, or nullptr when it is none. Costs one comparison when both

@@ -1,7 +1,7 @@
 #pragma once
 
-// The values of properties as text, each on one line. Parsing raises std::invalid_argument, which says what is
-// wrong with the text.
+// The values of properties as text, each on one line. Parsing raises std::invalid_argument, which says what
+// is wrong with the text.
 
 #include <cstdint>
 #include <string>

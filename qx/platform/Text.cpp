@@ -59,7 +59,8 @@ std::string FixedText(double Value) {
   const double Rounded = std::fabs(Value) < Tenth ? Value : RoundedToDigits(Value, Digits);
   char Buffer[32];
   if (std::fabs(Rounded) < 100) {
-    return ForPeople({Buffer, std::to_chars(Buffer, std::end(Buffer), Rounded, std::chars_format::fixed, Digits).ptr});
+    return ForPeople(
+        {Buffer, std::to_chars(Buffer, std::end(Buffer), Rounded, std::chars_format::fixed, Digits).ptr});
   }
   int Exponent = 0;
   const char* const End =
@@ -68,7 +69,8 @@ std::string FixedText(double Value) {
   const std::size_t E = Text.find('e');
   std::from_chars(Text.data() + E + 2, End, Exponent); // behind "e+"
   const std::string Places = std::to_string(Exponent);
-  return ForPeople(std::string(Text.substr(0, E)) + "E+" + std::string(3 - std::min<std::size_t>(Places.size(), 3), '0') + Places);
+  return ForPeople(std::string(Text.substr(0, E)) + "E+" +
+                   std::string(3 - std::min<std::size_t>(Places.size(), 3), '0') + Places);
 }
 
 } // namespace qx

@@ -20,8 +20,8 @@ std::string LowerText(std::string_view Text);
 std::string GeneralText(float Value);
 /// The same with up to fifteen digits.
 std::string GeneralText(double Value);
-/// Two decimals, but no more than two significant digits: 98 is "98.00", 12.5 is "12.00" (halves go to the even
-/// digit). A number with more than two digits before the point is in exponent form: 100 is "1.0E+002".
+/// Two decimals, but no more than two significant digits: 98 is "98.00", 12.5 is "12.00" (halves go to the
+/// even digit). A number with more than two digits before the point is in exponent form: 100 is "1.0E+002".
 std::string FixedText(double Value);
 
 } // namespace qx

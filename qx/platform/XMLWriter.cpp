@@ -1,5 +1,5 @@
-// Writes documents. The parser's own writer takes time in the square of the depth, and leaves carriage returns
-// to be read back as line feeds.
+// Writes documents. The parser's own writer takes time in the square of the depth, and leaves carriage
+// returns to be read back as line feeds.
 
 #include <qx/platform/XMLTree.h>
 

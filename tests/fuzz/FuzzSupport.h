@@ -33,7 +33,9 @@ public:
     Number.SetSize(8);
     Component.SetInitialPopulation(3);
     Component.SetInitialDuplicatesRetries(0);
-    Component.OnEvaluateFitness = [](auto&, auto& Item, double& Fitness) { Fitness = Item.Bits().CountOnes(); };
+    Component.OnEvaluateFitness = [](auto&, auto& Item, double& Fitness) {
+      Fitness = Item.Bits().CountOnes();
+    };
     Component.Initialize();
   }
 
@@ -52,8 +54,8 @@ public:
   TQXGeneticAlgorithm Component;
 };
 
-/// Runs a load. When it raises, nothing may have changed; when it succeeds, the component can be evaluated, and
-/// what it saves, if it can be saved, loads again.
+/// Runs a load. When it raises, nothing may have changed; when it succeeds, the component can be evaluated,
+/// and what it saves, if it can be saved, loads again.
 template <class TLoad>
 void LoadAndCheck(TLoad Load) {
   TLoaded Loaded;
