@@ -2,8 +2,9 @@
 // discrete programming in mechanical design optimization", Journal of Mechanical Design 112): a whole number
 // of coils, a free mean coil diameter, and a wire diameter from the list of standard ones.
 //
-// Usage: compression_spring [--seed N]
+// Usage: compression_spring [--seed N] [--load FILE] [--save FILE]
 
+#include "../support/RunOptions.h"
 #include <qx/genetic_algorithm/QXGeneticAlgorithm.h>
 
 #include <algorithm>
@@ -11,7 +12,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <exception>
 #include <limits>
 #include <numbers>
 #include <string>
@@ -146,15 +147,24 @@ int Report(const TSpring& Spring) {
   return AllHold ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
-} // namespace
-
-int main(int Count, char** Arguments) {
-  const bool Seeded = Count == 3 && std::strcmp(Arguments[1], "--seed") == 0;
-  if (Count != 1 && !Seeded) {
-    std::fprintf(stderr, "Usage: %s [--seed N]\n", Arguments[0]);
-    return EXIT_FAILURE;
+/// Saves the run. Springs whose wire is none of the standard ones have no text that a document could hold;
+/// the best spring takes their places.
+void Save(qx::TQXGeneticAlgorithm& Algorithm, const TSpringGenes& Genes, const qx::TQXGABits& Best,
+          const std::string& FileName) {
+  for (qx::TQXGAIndividual& Individual : Algorithm.Population()) {
+    try {
+      Genes.Read(Individual.Bits());
+    } catch (const qx::EGAException&) {
+      Individual.SetBits(Best);
+    }
   }
-  qx::SeedRandom(Seeded ? std::strtoull(Arguments[2], nullptr, 10) : 1);
+  Algorithm.EvaluateFitness();
+  Algorithm.SaveToFile(FileName);
+  std::printf("Saved generation %d to %s\n", Algorithm.Generation(), FileName.c_str());
+}
+
+int Run(const TRunOptions& Options) {
+  qx::SeedRandom(Options.Seed);
 
   qx::TQXGeneticAlgorithm ga;
   const TSpringGenes Genes(ga.Genes());
@@ -185,6 +195,29 @@ int main(int Count, char** Arguments) {
       std::fflush(stdout);
     }
   };
+  if (!Options.Load.empty()) {
+    ga.LoadFromFile(Options.Load);
+  }
   ga.Evolve(300);
-  return Report(Genes.Read(Best));
+  const int Result = Report(Genes.Read(Best));
+  if (!Options.Save.empty()) {
+    Save(ga, Genes, Best, Options.Save);
+  }
+  return Result;
+}
+
+} // namespace
+
+int main(int Count, char** Arguments) {
+  const auto Options = TRunOptions::Parse(Count, Arguments);
+  if (!Options) {
+    std::fprintf(stderr, "Usage: %s [--seed N] [--load FILE] [--save FILE]\n", Arguments[0]);
+    return EXIT_FAILURE;
+  }
+  try {
+    return Run(*Options);
+  } catch (const std::exception& Error) {
+    std::fprintf(stderr, "%s\n", Error.what());
+    return EXIT_FAILURE;
+  }
 }

@@ -2,14 +2,15 @@
 // given profit and weight are the most profitable ones that do not exceed the capacity? One boolean gene an
 // item.
 //
-// Usage: knapsack [--seed N]
+// Usage: knapsack [--seed N] [--load FILE] [--save FILE]
 
+#include "../support/RunOptions.h"
 #include <qx/genetic_algorithm/QXGeneticAlgorithm.h>
 
 #include <array>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <exception>
 #include <string>
 
 namespace {
@@ -48,15 +49,8 @@ TItem Load(qx::TQXGAGenes& Genes, qx::TQXGABits& Bits) {
   return Sum;
 }
 
-} // namespace
-
-int main(int Count, char** Arguments) {
-  const bool Seeded = Count == 3 && std::strcmp(Arguments[1], "--seed") == 0;
-  if (Count != 1 && !Seeded) {
-    std::fprintf(stderr, "Usage: %s [--seed N]\n", Arguments[0]);
-    return EXIT_FAILURE;
-  }
-  qx::SeedRandom(Seeded ? std::strtoull(Arguments[2], nullptr, 10) : 1);
+int Run(const TRunOptions& Options) {
+  qx::SeedRandom(Options.Seed);
 
   qx::TQXGeneticAlgorithm ga;
   for (std::size_t I = 0; I < Items.size(); ++I) {
@@ -65,7 +59,7 @@ int main(int Count, char** Arguments) {
     Gene.SetGeneType(qx::gtBoolean);
     Gene.SetSize(1);
   }
-  ga.SetInitialPopulation(400);
+  ga.SetInitialPopulation(600);
   ga.SetFitnessMethod(qx::fmMaximize);
   ga.SetSelectionMethod(qx::smTournament);
   ga.SetMutationProbability(0.05);
@@ -85,6 +79,9 @@ int main(int Count, char** Arguments) {
       std::fflush(stdout);
     }
   };
+  if (!Options.Load.empty()) {
+    ga.LoadFromFile(Options.Load);
+  }
   ga.SetUseFitnessCutoff(true);
   ga.SetFitnessCutoff(Optimum);
   Best.Bits().SetSize(ga.GeneSize());
@@ -99,5 +96,25 @@ int main(int Count, char** Arguments) {
   }
   std::printf("\nProfit %d (optimum %d), weight %d of %d, after %d generations\n", Sum.Profit, Optimum,
               Sum.Weight, Capacity, Generations);
+  if (!Options.Save.empty()) {
+    ga.SaveToFile(Options.Save);
+    std::printf("Saved generation %d to %s\n", ga.Generation(), Options.Save.c_str());
+  }
   return Sum.Weight <= Capacity ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+} // namespace
+
+int main(int Count, char** Arguments) {
+  const auto Options = TRunOptions::Parse(Count, Arguments);
+  if (!Options) {
+    std::fprintf(stderr, "Usage: %s [--seed N] [--load FILE] [--save FILE]\n", Arguments[0]);
+    return EXIT_FAILURE;
+  }
+  try {
+    return Run(*Options);
+  } catch (const std::exception& Error) {
+    std::fprintf(stderr, "%s\n", Error.what());
+    return EXIT_FAILURE;
+  }
 }

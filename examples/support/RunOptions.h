@@ -1,0 +1,36 @@
+#pragma once
+
+// The options that every example takes: --seed N, --load FILE (go on with a saved run), --save FILE.
+
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <string>
+
+struct TRunOptions {
+  std::uint64_t Seed = 1;
+  std::string Load;
+  std::string Save;
+
+  /// Nothing when the arguments are not understood.
+  static std::optional<TRunOptions> Parse(int Count, char** Arguments) {
+    TRunOptions Options;
+    for (int I = 1; I < Count; I += 2) {
+      const std::string Name = Arguments[I];
+      if (I + 1 == Count) {
+        return std::nullopt;
+      }
+      const char* const Value = Arguments[I + 1];
+      const char* const End = Value + std::strlen(Value);
+      if (Name == "--load") {
+        Options.Load = Value;
+      } else if (Name == "--save") {
+        Options.Save = Value;
+      } else if (Name != "--seed" || std::from_chars(Value, End, Options.Seed).ptr != End || Value == End) {
+        return std::nullopt;
+      }
+    }
+    return Options;
+  }
+};
