@@ -129,9 +129,11 @@ void TQXCustomGeneticComponent::DefineProperties(TFiler& Filer) {
   const TSettings Defaults;
   const auto Apply = [&](std::string_view Name, const auto& Value, const auto& Read, auto Setter) {
     (this->*Setter)(Read);
-    if (Value != Read && Read == Read) {
-      using TText = TPropertyText<std::remove_cvref_t<decltype(Read)>>;
-      CurrentLoad()->Warn(std::string(Name) + ": " + TText::Make(Read) + " became " + TText::Make(Value));
+    using TText = TPropertyText<std::remove_cvref_t<decltype(Read)>>;
+    const std::string Wanted = TText::Make(Read);
+    const std::string Stored = TText::Make(Value);
+    if (Stored != Wanted) {
+      CurrentLoad()->Warn(std::string(Name) + ": " + Wanted + " became " + Stored);
     }
   };
   const auto Define = [&](std::string_view Name, const auto& Value, const auto& Default, auto Setter) {

@@ -120,7 +120,7 @@ private:
 } // namespace
 
 std::string WriteXML(const pugi::xml_document& Document) {
-  std::string Text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+  std::string Text = R"(<?xml version="1.0" encoding="UTF-8"?>)";
   TXMLWriter Writer(Text);
   Writer.WriteElement(Document.document_element());
   Text += '\n';
