@@ -198,8 +198,10 @@ private:
     return Found + End.size();
   }
 
+  // Of the text from `From` to `End`, and no further: the rest is searched when it is due.
   void CheckReferences(std::size_t From, std::size_t End) const {
-    for (std::size_t I = FText.find('&', From); I < End; I = FText.find('&', I + 1)) {
+    const std::string_view Part = FText.substr(0, End);
+    for (std::size_t I = Part.find('&', From); I != std::string_view::npos; I = Part.find('&', I + 1)) {
       CheckReference(FText, I);
       if (FDepth == 0) {
         Refuse("text outside the root element", I);

@@ -214,6 +214,11 @@ TEST(HostileXML, TheStandardLimitsAreSafe) {
   EXPECT_NE(MessageOf("<a b='" + std::string((1 << 20) + 1, 'x') + "'/>"), "accepted");
 }
 
+TEST(HostileXML, ManyElementsTakeNoQuadraticTime) {
+  EXPECT_EQ(MessageOf("<a>" + Repeated("<b c='d'>text</b>\n", 1'000'000) + "</a>"), "accepted");
+  EXPECT_EQ(MessageOf("<a>" + Repeated("<!--x--><b>&lt;</b><![CDATA[x]]>", 300'000) + "</a>"), "accepted");
+}
+
 TEST(HostileXML, ManyAttributesTakeNoQuadraticTime) {
   std::string Text = "<a";
   for (int I = 0; I < 200'000; ++I) {
