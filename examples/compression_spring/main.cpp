@@ -12,7 +12,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <limits>
 #include <numbers>
 #include <string>
@@ -208,16 +207,4 @@ int Run(const TRunOptions& Options) {
 
 } // namespace
 
-int main(int Count, char** Arguments) {
-  const auto Options = TRunOptions::Parse(Count, Arguments);
-  if (!Options) {
-    std::fprintf(stderr, "Usage: %s [--seed N] [--load FILE] [--save FILE]\n", Arguments[0]);
-    return EXIT_FAILURE;
-  }
-  try {
-    return Run(*Options);
-  } catch (const std::exception& Error) {
-    std::fprintf(stderr, "%s\n", Error.what());
-    return EXIT_FAILURE;
-  }
-}
+int main(int Count, char** Arguments) { return RunExample(Count, Arguments, Run); }

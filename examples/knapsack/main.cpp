@@ -10,7 +10,6 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <string>
 
 namespace {
@@ -105,16 +104,4 @@ int Run(const TRunOptions& Options) {
 
 } // namespace
 
-int main(int Count, char** Arguments) {
-  const auto Options = TRunOptions::Parse(Count, Arguments);
-  if (!Options) {
-    std::fprintf(stderr, "Usage: %s [--seed N] [--load FILE] [--save FILE]\n", Arguments[0]);
-    return EXIT_FAILURE;
-  }
-  try {
-    return Run(*Options);
-  } catch (const std::exception& Error) {
-    std::fprintf(stderr, "%s\n", Error.what());
-    return EXIT_FAILURE;
-  }
-}
+int main(int Count, char** Arguments) { return RunExample(Count, Arguments, Run); }

@@ -1,10 +1,14 @@
 #pragma once
 
-// The options that every example takes: --seed N, --load FILE (go on with a saved run), --save FILE.
+// What the examples share: their options, --seed N, --load FILE (go on with a saved run) and --save FILE, and
+// a main function that tells what went wrong.
 
 #include <charconv>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <optional>
 #include <string>
 
@@ -34,3 +38,17 @@ struct TRunOptions {
     return Options;
   }
 };
+
+inline int RunExample(int Count, char** Arguments, int (*Run)(const TRunOptions& Options)) {
+  const auto Options = TRunOptions::Parse(Count, Arguments);
+  if (!Options) {
+    std::fprintf(stderr, "Usage: %s [--seed N] [--load FILE] [--save FILE]\n", Arguments[0]);
+    return EXIT_FAILURE;
+  }
+  try {
+    return Run(*Options);
+  } catch (const std::exception& Error) {
+    std::fprintf(stderr, "%s\n", Error.what());
+    return EXIT_FAILURE;
+  }
+}
