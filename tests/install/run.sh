@@ -6,6 +6,7 @@
 set -euo pipefail
 source=$1 build=$2 compiler=$3
 here=$source/tests/install
+export CMAKE_GENERATOR=Ninja # as the build around this one
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
