@@ -4,7 +4,7 @@
 //
 // Usage: knapsack [--seed N] [--load FILE] [--save FILE]
 
-#include "../support/RunOptions.h"
+#include "../RunOptions.h"
 #include <qx/genetic_algorithm/QXGeneticAlgorithm.h>
 
 #include <array>
