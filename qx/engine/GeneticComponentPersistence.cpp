@@ -7,11 +7,24 @@
 #include <qx/platform/Files.h>
 #include <qx/platform/Text.h>
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 #include <sstream>
 #include <stdexcept>
 
 namespace qx {
+
+namespace {
+
+// Whether a generation has the individual, which may be gone.
+bool Holds(const TQXPopulation* Generation, const TQXIndividual* Individual) {
+  return Generation != nullptr &&
+         std::any_of(Generation->begin(), Generation->end(),
+                     [&](const TQXIndividual& Member) { return &Member == Individual; });
+}
+
+} // namespace
 
 // --- XML ---------------------------------------------------------------------------------------------------
 
@@ -42,9 +55,10 @@ void TQXCustomGeneticComponent::LoadFromXML(const TXMLGeneticDocumentType& Docum
   SetUseDiversityLimit(Document.UseDiversityLimit());
   SetUseFitnessCutoff(Document.UseFitnessCutoff());
   // The limit 0 of a component that never had another comes back as it is; otherwise 0 is moved to 1.
-  if (!Document.HasChild("GenerationLimit") || Document.GenerationLimit() != GenerationLimit()) {
-    SetGenerationLimit(Document.GenerationLimit());
-    Load.WarnIfMoved("GenerationLimit", Document.GenerationLimit(), GenerationLimit());
+  const std::int64_t Limit = Document.GenerationLimit();
+  if (!Document.HasChild("GenerationLimit") || Limit != GenerationLimit()) {
+    SetGenerationLimit(static_cast<int>(std::clamp<std::int64_t>(Limit, 0, std::numeric_limits<int>::max())));
+    Load.WarnIfMoved("GenerationLimit", static_cast<double>(Limit), GenerationLimit());
   }
   SetUseGenerationLimit(Document.UseGenerationLimit());
   Load.Done();
@@ -93,7 +107,8 @@ void TQXCustomGeneticComponent::Remember(TLoadScope& Load) {
     FSettings = Settings;
     FFitnesses = Fitnesses;
     FWeightedFitnesses = Weighted;
-    FFittestIndividual = Fittest;
+    FFittestIndividual =
+        Holds(FPopulation.get(), Fittest) || Holds(FPreviousGeneration.get(), Fittest) ? Fittest : nullptr;
     FStatisticsDue = Due;
     FSelectionCursor = Cursor;
   });

@@ -3,6 +3,7 @@
 #include <qx/platform/Numbers.h>
 
 #include <stdexcept>
+#include <unordered_map>
 
 namespace qx {
 
@@ -42,18 +43,19 @@ TSetAsideItems& TLoadScope::SetAside(TOwnedCollection& Items) {
 
 void TLoadScope::RememberFitnesses(TQXPopulation& Population) {
   struct TFormer {
-    TQXIndividual* Individual;
     TGAFitness Fitness;
     bool NeedFitness;
   };
-  std::vector<TFormer> Formers;
-  for (TQXIndividual& Individual : Population) {
-    Formers.push_back({&Individual, Individual.FFitness, Individual.FNeedFitness});
+  std::unordered_map<const TQXIndividual*, TFormer> Formers;
+  for (const TQXIndividual& Individual : Population) {
+    Formers[&Individual] = {Individual.FFitness, Individual.FNeedFitness};
   }
-  OnFailure([Formers = std::move(Formers)] {
-    for (const TFormer& Former : Formers) {
-      Former.Individual->FFitness = Former.Fitness;
-      Former.Individual->FNeedFitness = Former.NeedFitness;
+  OnFailure([&Population, Formers = std::move(Formers)] {
+    for (TQXIndividual& Individual : Population) {
+      if (const auto Former = Formers.find(&Individual); Former != Formers.end()) {
+        Individual.FFitness = Former->second.Fitness;
+        Individual.FNeedFitness = Former->second.NeedFitness;
+      }
     }
   });
 }

@@ -8,6 +8,7 @@
 
 #include <qx/platform/XML.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -37,8 +38,8 @@ public:
   void SetUseDiversityLimit(bool Value) const { Child("UseDiversityLimit").SetBoolean(Value); }
   bool UseFitnessCutoff() const { return FindChild("UseFitnessCutoff").AsBoolean(); }
   void SetUseFitnessCutoff(bool Value) const { Child("UseFitnessCutoff").SetBoolean(Value); }
-  int GenerationLimit() const { return FindChild("GenerationLimit").AsInteger(); }
-  void SetGenerationLimit(int Value) const { Child("GenerationLimit").SetInteger(Value); }
+  std::int64_t GenerationLimit() const { return FindChild("GenerationLimit").AsInt64(); }
+  void SetGenerationLimit(std::int64_t Value) const { Child("GenerationLimit").SetInteger(Value); }
   bool UseGenerationLimit() const { return FindChild("UseGenerationLimit").AsBoolean(); }
   void SetUseGenerationLimit(bool Value) const { Child("UseGenerationLimit").SetBoolean(Value); }
 };

@@ -86,12 +86,27 @@ std::int64_t LargestSize(const TXMLGenoType& GenoType) {
 namespace detail {
 
 TGenesReload::TGenesReload(TQXGAGenes& Genes, TLoadScope& Load)
-    : FGenes(Genes), FLoad(Load), FFormer(Load.SetAside(Genes)) {
+    : FGenes(Genes), FFormer(SetAside(Genes, Load)) {
   for (int I = 0; I < FFormer.Count(); ++I) {
     if (const auto* Gene = dynamic_cast<TQXGAGene*>(FFormer.Items(I))) {
       FPlaces[Gene->Name()].push_back(I);
     }
   }
+}
+
+TSetAsideItems& TGenesReload::SetAside(TQXGAGenes& Genes, TLoadScope& Load) {
+  const auto Contents = std::make_shared<std::map<const TQXGAGene*, TQXGAGene>>();
+  for (const TQXGAGene& Gene : Genes) {
+    (*Contents)[&Gene].Store(Gene);
+  }
+  Load.OnFailure([&Genes, Contents] { // when the genes are in their places again
+    for (TQXGAGene& Gene : Genes) {
+      if (const auto Former = Contents->find(&Gene); Former != Contents->end()) {
+        Gene.Store(Former->second);
+      }
+    }
+  });
+  return Load.SetAside(Genes);
 }
 
 TQXGAGene& TGenesReload::Add(std::string_view Name) {
@@ -101,12 +116,13 @@ TQXGAGene& TGenesReload::Add(std::string_view Name) {
   }
   const int Place = Places->second.front();
   Places->second.pop_front();
-  std::unique_ptr<TQXGAGene> Gene(static_cast<TQXGAGene*>(FFormer.Take(Place).release()));
-  const auto Before = std::make_shared<TQXGAGene>();
-  Before->Store(*Gene);
-  FLoad.OnFailure([Kept = Gene.get(), Before] { Kept->Store(*Before); });
-  Gene->Store(TQXGAGene());
-  return FGenes.Insert(FGenes.Count(), std::move(Gene));
+  auto& Gene = static_cast<TQXGAGene&>(*FFormer.Items(Place));
+  Gene.Store(TQXGAGene());
+  if (!FGenes.Accepts(Gene)) { // then it stays aside
+    return FGenes.Add();
+  }
+  FGenes.TOwnedCollection::Insert(FGenes.Count(), FFormer.Take(Place));
+  return Gene;
 }
 
 } // namespace detail

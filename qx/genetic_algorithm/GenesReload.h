@@ -23,8 +23,10 @@ public:
   TQXGAGene& Add(std::string_view Name);
 
 private:
+  // What the genes hold comes back with them when the load fails.
+  static TSetAsideItems& SetAside(TQXGAGenes& Genes, TLoadScope& Load);
+
   TQXGAGenes& FGenes;
-  TLoadScope& FLoad;
   TSetAsideItems& FFormer;
   std::map<std::string, std::deque<int>, std::less<>> FPlaces; // of the former genes, by name
 };

@@ -12,8 +12,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <utility>
-#include <vector>
+#include <unordered_map>
 
 namespace qx {
 
@@ -130,23 +129,24 @@ void TQXCustomGeneticAlgorithm::SaveToXML(const TXMLGADomainType& Domain) {
 
 void TQXCustomGeneticAlgorithm::LoadFromXML(const TXMLGADomainType& Domain) {
   TLoadScope Load(this);
-  const int Generation = this->Generation();
   Load.SetAside(Population());
   if (PreviousGeneration() != nullptr) {
     Load.SetAside(*PreviousGeneration());
   }
-  if (!Initialized()) {
-    InitializeEmpty();
-  }
+  InitializeEmpty();
   Genes().LoadFromXML(Domain.GenoType());
   Population().LoadFromXML(Domain.Chromosomes());
   SetPreviousGeneration(Population());
-  SetGeneration(Generation); // which initializing sets to 0
   Load.Done();
 }
 
-// No random individuals are made for a population that is about to be loaded.
+// Unless it has been: without random individuals, which the population that comes replaces, and without the
+// generation going back to 0.
 void TQXCustomGeneticAlgorithm::InitializeEmpty() {
+  if (Initialized()) {
+    return;
+  }
+  const int Generation = this->Generation();
   struct TWithoutIndividuals {
     explicit TWithoutIndividuals(TQXCustomGeneticAlgorithm& Owner)
         : Component(Owner), Before(Owner.InitialPopulation()) {
@@ -157,6 +157,7 @@ void TQXCustomGeneticAlgorithm::InitializeEmpty() {
     int Before;
   } const Without(*this);
   Initialize();
+  SetGeneration(Generation);
 }
 
 void TQXCustomGeneticAlgorithm::RequireRoom(int Chromosomes, std::int64_t Bits) const {
@@ -171,12 +172,12 @@ void TQXCustomGeneticAlgorithm::RequireRoom(int Chromosomes, std::int64_t Bits) 
 
 void TQXCustomGeneticAlgorithm::Remember(TLoadScope& Load) {
   TQXTypedGeneticComponent::Remember(Load);
-  FChromosomesRemembered = FChromosomesRemembered && CurrentLoad() != nullptr;
   Load.OnFailure([this, Size = FGeneSize, Method = FCrossoverMethod, Remembered = FChromosomesRemembered] {
     FGeneSize = Size;
     FCrossoverMethod = Method;
     FChromosomesRemembered = Remembered;
   });
+  FChromosomesRemembered = false;
 }
 
 // Before the chromosomes are resized by a load: once, since only those that the load found matter.
@@ -185,16 +186,15 @@ void TQXCustomGeneticAlgorithm::RememberChromosomes(TLoadScope& Load) {
     return;
   }
   FChromosomesRemembered = true;
-  using TFormer = std::pair<TQXGAIndividual*, std::unique_ptr<TQXEncodedBits>>;
-  auto Formers = std::make_shared<std::vector<TFormer>>();
+  auto Formers = std::make_shared<std::unordered_map<const TQXGAIndividual*, TQXEncodedBits>>();
   for (TQXGAIndividual& Individual : Population()) {
-    auto Bits = std::make_unique<TQXEncodedBits>();
-    Bits->Assign(Individual.Bits());
-    Formers->emplace_back(&Individual, std::move(Bits));
+    (*Formers)[&Individual].Assign(Individual.Bits());
   }
-  Load.OnFailure([Formers] {
-    for (const auto& [Individual, Bits] : *Formers) {
-      Individual->Bits().Assign(*Bits);
+  Load.OnFailure([&Members = Population(), Formers] {
+    for (TQXGAIndividual& Individual : Members) {
+      if (const auto Former = Formers->find(&Individual); Former != Formers->end()) {
+        Individual.Bits().Assign(Former->second);
+      }
     }
   });
   Load.RememberFitnesses(Population());
@@ -231,6 +231,7 @@ void TQXCustomGeneticAlgorithm::DefineProperties(TFiler& Filer) {
       [&](int Count) {
         RequireRoom(Count, FGeneSize);
         CurrentLoad()->SetAside(Population());
+        InitializeEmpty();
         Loaded = true;
       },
       [&](std::string_view /*Name*/) -> TCollectionItem& { return Population().Add(); });

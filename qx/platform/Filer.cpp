@@ -81,7 +81,7 @@ public:
 
   TBlock ParseComponent() {
     std::string_view Line = NextLine();
-    if (Line.empty() || Line.back() != '{') {
+    if (Line.size() < 2 || Line.back() != '{') {
       Refuse("a component stream begins with a class name and an opening brace");
     }
     return ParseBlock(BlockName(Line), 1);

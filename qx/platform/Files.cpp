@@ -15,6 +15,10 @@ namespace {
 
 constexpr mode_t NewFileMode = 0666; // less what the process masks
 
+[[noreturn]] void RaiseCannotWrite(const std::string& FileName, int Error) {
+  throw std::system_error(Error, std::generic_category(), "Cannot write \"" + FileName + '"');
+}
+
 /// Closes the file, and removes it by its temporary name, unless it got its own.
 class TNewFile {
 public:
@@ -46,7 +50,7 @@ public:
     if (FHandle < 0) {
       const int Error = errno;
       FTemporary.clear();
-      Raise(Error);
+      RaiseCannotWrite(FTarget, Error);
     }
   }
 
@@ -100,12 +104,8 @@ private:
 
   void Require(bool Success) const {
     if (!Success) {
-      Raise(errno);
+      RaiseCannotWrite(FTarget, errno);
     }
-  }
-
-  [[noreturn]] void Raise(int Error) const {
-    throw std::system_error(Error, std::generic_category(), "Cannot write \"" + FTarget + '"');
   }
 
   std::string FTarget;
@@ -125,8 +125,7 @@ void SyncFolder(const std::string& Folder) {
 
 // The file that a name stands for in the end, whether there is one or not.
 std::filesystem::path Followed(std::filesystem::path Name) {
-  constexpr int LongestChain = 40;
-  for (int I = 0; I < LongestChain && std::filesystem::is_symlink(Name); ++I) {
+  while (std::filesystem::is_symlink(Name)) {
     Name = Name.parent_path() / std::filesystem::read_symlink(Name);
   }
   return Name;
@@ -137,6 +136,9 @@ std::filesystem::path Followed(std::filesystem::path Name) {
 void ReplaceFile(const std::string& FileName, std::string_view Content) {
   struct stat Former {};
   const bool Exists = ::stat(FileName.c_str(), &Former) == 0;
+  if (Exists ? ::access(FileName.c_str(), W_OK) != 0 : errno != ENOENT) {
+    RaiseCannotWrite(FileName, errno); // links in a circle among other things
+  }
   if (Exists && !S_ISREG(Former.st_mode)) {
     TNewFile Device(FileName);
     Device.OpenDevice();

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <system_error>
+#include <type_traits>
 
 namespace qx {
 
@@ -41,11 +42,20 @@ std::optional<T> Parse(std::string_view Text) {
     Text.remove_prefix(1);
   }
   T Value{};
-  const auto [End, Error] = std::from_chars(Text.data(), Text.data() + Text.size(), Value);
-  if (Error != std::errc() || End != Text.data() + Text.size()) {
+  const char* const End = Text.data() + Text.size();
+  const auto Result = std::from_chars(Text.data(), End, Value);
+  if (Result.ptr != End || Result.ec == std::errc::invalid_argument) {
     return std::nullopt;
   }
-  return Value;
+  if constexpr (std::is_same_v<T, double>) {
+    if (Result.ec == std::errc::result_out_of_range) { // too large or too small: a wider type tells which
+      long double Wide = 0;
+      if (std::from_chars(Text.data(), End, Wide).ec == std::errc()) {
+        return static_cast<double>(Wide);
+      }
+    }
+  }
+  return Result.ec == std::errc() ? std::optional<T>(Value) : std::nullopt;
 }
 
 } // namespace

@@ -21,7 +21,8 @@ std::string SingleText(double Value);
 double RoundedToDigits(double Value, int Digits);
 
 /// The number that the whole text stands for, blanks around it aside; nothing when it stands for none, or for
-/// one that the type cannot hold. Reals may be written "INF", "-INF" and "NaN", whatever the case.
+/// a whole one that the type cannot hold. A real beyond the range of a double is infinite or 0; reals may be
+/// written "INF", "-INF" and "NaN", whatever the case.
 std::optional<double> ParseReal(std::string_view Text);
 std::optional<std::int64_t> ParseInteger(std::string_view Text);
 

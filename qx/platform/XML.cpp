@@ -301,15 +301,23 @@ double TXMLNode::AsNumber() const {
 }
 
 int TXMLNode::AsInteger() const {
+  const std::int64_t Value = AsInt64();
+  if (!std::in_range<int>(Value)) {
+    Refuse("holds " + InQuotes(AsText()) + ", which is no whole number of 32 bits");
+  }
+  return static_cast<int>(Value);
+}
+
+std::int64_t TXMLNode::AsInt64() const {
   const std::string Text = AsText();
   if (Trimmed(Text).empty()) {
     return 0;
   }
   const std::optional<std::int64_t> Value = ParseInteger(Text);
-  if (!Value || !std::in_range<int>(*Value)) {
-    Refuse("holds " + InQuotes(Text) + ", which is no whole number of 32 bits");
+  if (!Value) {
+    Refuse("holds " + InQuotes(Text) + ", which is no whole number");
   }
-  return static_cast<int>(*Value);
+  return *Value;
 }
 
 bool TXMLNode::AsBoolean() const { return SameText(AsText(), "true"); }

@@ -122,6 +122,7 @@ public:
   /// As `AsReal`, but NaN is refused as well.
   double AsNumber() const;
   int AsInteger() const;
+  std::int64_t AsInt64() const;
   /// Whether the text is "true", the case of letters aside.
   bool AsBoolean() const;
 

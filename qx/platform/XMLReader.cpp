@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <new>
 #include <optional>
+#include <regex>
 #include <vector>
 
 namespace qx::detail {
@@ -16,7 +17,14 @@ namespace {
 constexpr std::string_view Utf8Mark = "\xef\xbb\xbf";
 
 bool StartsWith(std::string_view Text, std::size_t Offset, std::string_view Start) {
-  return Text.substr(Offset, Start.size()) == Start;
+  return Offset <= Text.size() && Text.substr(Offset, Start.size()) == Start;
+}
+
+bool IsBlank(char C) { return C == ' ' || C == '\t' || C == '\r' || C == '\n'; }
+
+// Whether the text begins with an XML declaration; an instruction may have a target that begins so.
+bool HasDeclaration(std::string_view Text) {
+  return StartsWith(Text, 0, "<?xml") && (Text.size() < 6 || IsBlank(Text[5]) || Text[5] == '?');
 }
 
 // --- Encoding ----------------------------------------------------------------------------------------------
@@ -56,19 +64,24 @@ std::string FromLatin1(std::string_view Bytes) {
   return Text;
 }
 
-// The encoding that the declaration names, or nothing.
+// The encoding that the declaration names in lower case, or nothing; raises EXMLError for a malformed
+// declaration.
 std::string DeclaredEncoding(std::string_view Text) {
-  if (!StartsWith(Text, 0, "<?xml")) {
+  if (!HasDeclaration(Text)) {
     return {};
   }
-  const std::string_view Declaration = Text.substr(0, Text.find("?>"));
-  const std::size_t Key = Declaration.find("encoding");
-  const std::size_t Open = Key == std::string_view::npos ? Key : Declaration.find_first_of("'\"", Key);
-  if (Open == std::string_view::npos) {
-    return {};
+  constexpr std::size_t Longest = 256;
+  static const std::regex Form(R"(<\?xml\s+version\s*=\s*("1\.[0-9]+"|'1\.[0-9]+'))"
+                               R"((\s+encoding\s*=\s*("[A-Za-z][-A-Za-z0-9._]*"|'[A-Za-z][-A-Za-z0-9._]*'))?)"
+                               R"((\s+standalone\s*=\s*("yes"|"no"|'yes'|'no'))?\s*\?>)");
+  const std::string_view Start = Text.substr(0, Longest);
+  const std::string Declaration(Start.substr(0, std::min(Start.find("?>"), Start.size() - 2) + 2));
+  std::smatch Parts;
+  if (!std::regex_match(Declaration, Parts, Form)) {
+    throw EXMLError("The declaration is malformed", 1, 1);
   }
-  const std::size_t Close = Declaration.find(Declaration[Open], Open + 1);
-  return LowerText(Declaration.substr(Open + 1, Close == std::string_view::npos ? Close : Close - Open - 1));
+  const std::string Quoted = Parts[3];
+  return Quoted.empty() ? std::string() : LowerText(std::string_view(Quoted).substr(1, Quoted.size() - 2));
 }
 
 [[noreturn]] void RefuseEncoding(std::string_view Encoding) {
@@ -82,7 +95,7 @@ std::string ToUtf8(std::string Bytes) {
   if (StartsWith(Bytes, 0, "\xff\xfe") || StartsWith(Bytes, 0, "\xfe\xff")) {
     std::string Text = FromUtf16(Bytes, Bytes[0] == '\xfe');
     const std::string Encoding = DeclaredEncoding(Text);
-    if (!Encoding.empty() && !StartsWith(Encoding, 0, "utf-16")) {
+    if (!Encoding.empty() && Encoding != "utf-16" && Encoding != "utf-16le" && Encoding != "utf-16be") {
       RefuseEncoding(Encoding);
     }
     return Text;
@@ -127,26 +140,24 @@ void CheckCharacters(std::string_view Text) {
 
 // --- Markup ------------------------------------------------------------------------------------------------
 
+// At an ampersand: one of the five entities, or the number of a character, however many zeros it begins with.
 void CheckReference(std::string_view Text, std::size_t Offset) {
-  const std::size_t End = Text.substr(Offset, 16).find(';');
-  const std::string_view Name =
-      End == std::string_view::npos ? std::string_view() : Text.substr(Offset + 1, End - 1);
-  for (const std::string_view Known : {"amp", "lt", "gt", "quot", "apos"}) {
-    if (Name == Known) {
+  for (const std::string_view Known : {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;"}) {
+    if (StartsWith(Text, Offset, Known)) {
       return;
     }
   }
+  const bool Hexadecimal = StartsWith(Text, Offset, "&#x");
+  const std::string_view Digits = Hexadecimal ? "0123456789abcdefABCDEF" : "0123456789";
+  const std::size_t First = Offset + (Hexadecimal ? 3 : 2);
+  const std::size_t End = Text.find_first_not_of(Digits, First);
   char32_t CodePoint = 0;
-  const bool Hexadecimal = Name.size() > 2 && Name[1] == 'x';
-  const std::string_view Digits = Name.substr(std::min<std::size_t>(Name.size(), Hexadecimal ? 2 : 1));
-  bool Legal = !Digits.empty() && Name[0] == '#';
-  for (const char C : Digits) {
-    const std::size_t Digit =
-        std::string_view(Hexadecimal ? "0123456789abcdef" : "0123456789").find(LowerText({&C, 1}));
-    Legal = Legal && Digit != std::string_view::npos && CodePoint <= 0x10ffff;
-    CodePoint = CodePoint * (Hexadecimal ? 16 : 10) + static_cast<char32_t>(Digit);
+  for (std::size_t I = First; I < std::min(End, Text.size()) && CodePoint <= 0x10ffff; ++I) {
+    const auto Digit = static_cast<char32_t>(Digits.find(Text[I]));
+    CodePoint = CodePoint * (Hexadecimal ? 16 : 10) + (Digit < 16 ? Digit : Digit - 6);
   }
-  if (!Legal || !IsXMLCharacter(CodePoint)) {
+  if (!StartsWith(Text, Offset, "&#") || End == First || !StartsWith(Text, End, ";") ||
+      !IsXMLCharacter(CodePoint)) {
     RaiseXMLError("a reference to an entity or a character that is not known", Text, Offset);
   }
 }
@@ -158,9 +169,7 @@ public:
   TMarkupCheck(std::string_view Text, const TXMLLimits& Limits) : FText(Text), FLimits(Limits) {}
 
   void Check() {
-    if (IsDeclaration(0)) {
-      CheckDeclaration();
-    }
+    FOffset = HasDeclaration(FText) ? Behind("?>", 0, "the declaration") : 0;
     while (FOffset < FText.size()) {
       if (FText[FOffset] != '<') {
         CheckText();
@@ -183,12 +192,6 @@ private:
     RaiseXMLError(Message, FText, Offset);
   }
 
-  bool IsDeclaration(std::size_t Offset) const {
-    const std::string_view Start = FText.substr(Offset, 6);
-    return SameText(Start.substr(0, 5), "<?xml") &&
-           (Start.size() < 6 || Start[5] == '?' || Trimmed(Start.substr(5)).empty());
-  }
-
   // What lies behind the next `End`, which must come.
   std::size_t Behind(std::string_view End, std::size_t From, const char* What) const {
     const std::size_t Found = FText.find(End, From);
@@ -207,14 +210,6 @@ private:
         Refuse("text outside the root element", I);
       }
     }
-  }
-
-  void CheckDeclaration() {
-    const std::size_t End = Behind("?>", 0, "the declaration");
-    if (FText.substr(0, End).find("version") == std::string_view::npos) {
-      Refuse("the declaration names no version", 0);
-    }
-    FOffset = End;
   }
 
   void CheckText() {
@@ -245,7 +240,12 @@ private:
 
   void CheckInstruction() {
     const std::size_t End = Behind("?>", FOffset, "an instruction");
-    if (IsDeclaration(FOffset)) {
+    const std::size_t NameEnd = FText.find_first_of(" \t\r\n?", FOffset + 2);
+    const std::string_view Target = FText.substr(FOffset + 2, NameEnd - FOffset - 2);
+    if (!IsXMLName(Target)) {
+      Refuse("an instruction without a proper target", FOffset);
+    }
+    if (SameText(Target, "xml")) {
       Refuse("a declaration that does not stand at the beginning", FOffset);
     }
     FOffset = End;

@@ -98,6 +98,10 @@ TEST(GeneticDocument, TheLimitOfAComponentThatNeverHadOneStays) {
   TTestComponent Fresh;
   Load(Fresh, "<GenerationLimit>0</GenerationLimit>");
   EXPECT_EQ(Fresh.GenerationLimit(), 0);
+  TTestComponent Large;
+  Load(Large, "<GenerationLimit>4294967295</GenerationLimit>"); // unsigned
+  EXPECT_EQ(Large.GenerationLimit(), std::numeric_limits<int>::max());
+  EXPECT_EQ(Large.LoadWarnings().size(), 2U);
   TTestComponent Set;
   Set.SetGenerationLimit(5);
   Load(Set, "<GenerationLimit>0</GenerationLimit>");

@@ -141,6 +141,21 @@ TEST(GeneticAlgorithmStream, GivesBothGenerationsOfARunThePopulation) {
   EXPECT_EQ(Algorithm.Population().Count(), 2);
 }
 
+TEST(GeneticAlgorithmStream, ARunGoesOnFromIt) {
+  TSmallAlgorithm Source({"111001000", "000010111"});
+  Source.SetGeneration(7);
+  Source.SetInitialPopulation(50);
+  TQXGeneticAlgorithm Algorithm;
+  TSmallAlgorithm::CountOnes(Algorithm);
+  Read(Algorithm, Written(Source));
+  EXPECT_TRUE(Algorithm.Initialized());
+  EXPECT_EQ(Algorithm.InitialPopulation(), 50);
+  Algorithm.Evolve();
+  EXPECT_EQ(Algorithm.Generation(), 8);
+  EXPECT_EQ(Algorithm.Population().Count(), 2);
+  EXPECT_EQ((*Algorithm.PreviousGeneration())[1].Bits().ToBitString(), "000010111");
+}
+
 TEST(GeneticAlgorithmStream, ValuesThatASetterMovedAreReported) {
   TQXGeneticAlgorithm Algorithm;
   Read(Algorithm, "A {\n TournamentField = 1\n ElitistPct = 1.5\n InitialPopulation = 7\n}\n");

@@ -233,6 +233,86 @@ TEST(FailedLoad, InsideALoadThatSucceedsIsUndoneAlone) {
   EXPECT_TRUE(Algorithm.LoadWarnings().empty());
 }
 
+TEST(FailedLoad, InsideALoadThatSucceedsRestoresTheChromosomesThatItResized) {
+  TSmallAlgorithm Algorithm;
+  const std::string Text = tests::Saved(Algorithm);
+  std::string Genes;
+  for (int I = 0; I < 64; ++I) {
+    Genes += "<BooleanGene><Size>1</Size></BooleanGene>";
+  }
+  const auto Bad = GetGenoType(TXMLDocument::Parse("<GenoType Size='64'>" + Genes +
+                                                   "<FloatGene><Size>x</Size></FloatGene></GenoType>"));
+  bool Tried = false;
+  Algorithm.OnEvaluateFitness = [&](auto& Sender, auto& Item, double& Fitness) {
+    Fitness = Item.Bits().CountOnes();
+    if (!std::exchange(Tried, true)) {
+      EXPECT_THROW(Sender.Genes().LoadFromXML(Bad), EXMLError);
+    }
+  };
+  tests::Load(Algorithm, Text);
+  EXPECT_TRUE(Tried);
+  EXPECT_EQ(Algorithm.GeneSize(), 9);
+  EXPECT_EQ(Algorithm.Population()[0].Bits().ToBitString(), "111001000");
+}
+
+TEST(FailedLoad, WhenAGenotypeRefusesOrFreesAGeneThatComesBack) {
+  class TChoosy : public TQXGAGenes {
+  public:
+    using TQXGAGenes::TQXGAGenes;
+    bool Refuses = false;
+    bool Frees = false;
+
+  protected:
+    bool Accepts(const TCollectionItem& Item) const override {
+      return (!Refuses || static_cast<const TQXGAGene&>(Item).ID() != -1) && TQXGAGenes::Accepts(Item);
+    }
+    void Notify(TCollectionItem& Item, TCollectionNotification Action) override {
+      TQXGAGenes::Notify(Item, Action);
+      if (std::exchange(Frees, Frees && Action != cnAdded) && Action == cnAdded) {
+        Delete(Item.Index());
+        throw std::runtime_error("hook");
+      }
+    }
+  };
+  for (const bool Refuses : {true, false}) {
+    TChoosy Genes(nullptr);
+    tests::AddGene(Genes, "first", gtInteger, 5);
+    TQXGAGene* const Second = &tests::AddGene(Genes, "second", gtInteger, 6);
+    Genes.Refuses = Refuses;
+    Genes.Frees = !Refuses;
+    EXPECT_ANY_THROW(Genes.LoadFromXML(
+        GetGenoType(TXMLDocument::Parse("<GenoType><BooleanGene><Name>first</Name><Size>1</Size></"
+                                        "BooleanGene><FloatGene><Size>x</Size></FloatGene></GenoType>"))));
+    EXPECT_EQ(&Genes[Genes.Count() - 1], Second);
+    EXPECT_EQ(Second->Size(), 6);
+  }
+}
+
+TEST(FailedLoad, KeepsNoFittestThatAHookHasFreed) {
+  class TFreeing : public TSmallAlgorithm {
+  public:
+    bool Frees = false;
+
+  protected:
+    void PopulationNotify(TQXIndividual& Item, TCollectionNotification Action) override {
+      TSmallAlgorithm::PopulationNotify(Item, Action);
+      if (Frees && Action == cnExtracted && Item.Collection() == &Population()) {
+        Population().Delete(Item.Index());
+      }
+    }
+  } Algorithm;
+  Algorithm.Frees = true;
+  EXPECT_THROW(
+      tests::Load(
+          Algorithm,
+          Document(
+              "<GenoType "
+              "Size='2'/><Chromosomes><Chromosome><Genes><Bits>x</Bits></Genes></Chromosome></Chromosomes>")),
+      EXMLError);
+  EXPECT_EQ(Algorithm.FittestIndividual(), nullptr);
+  EXPECT_EQ(Algorithm.Population().Count(), 0);
+}
+
 TEST(FailedLoad, WhileChildrenAreMadeIsRefused) {
   TSmallAlgorithm Algorithm;
   const std::string Text = tests::Saved(Algorithm);

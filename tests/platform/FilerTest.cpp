@@ -183,6 +183,7 @@ TEST(ComponentStream, AnErrorNamesThePropertyAndItsLineAndChangesNothing) {
   EXPECT_EQ(ErrorOf("M {\n nonsense\n}"), "Line 2: neither a property nor a block: nonsense");
   EXPECT_EQ(ErrorOf("M {\n Speed = 3\n"), "Line 3: the stream ends before the component does");
   EXPECT_EQ(ErrorOf(""), "Line 1: the stream ends before the component does");
+  EXPECT_EQ(ErrorOf("{\n}"), "Line 1: a component stream begins with a class name and an opening brace");
   EXPECT_EQ(ErrorOf("nonsense"), "Line 1: a component stream begins with a class name and an opening brace");
 }
 

@@ -6,7 +6,9 @@
 #include <csignal>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <system_error>
+#include <unistd.h>
 
 namespace qx {
 namespace {
@@ -50,6 +52,33 @@ TEST_F(Files, ALinkToNothingYetIsFollowed) {
   ReplaceFile(Folder.File("link.xml"), "text");
   EXPECT_TRUE(std::filesystem::is_symlink(Folder.File("link.xml")));
   EXPECT_EQ(tests::ReadFile(Name), "text");
+}
+
+TEST_F(Files, LinksInACircleAreAnError) {
+  std::filesystem::create_symlink("two", Folder.File("one"));
+  std::filesystem::create_symlink("one", Folder.File("two"));
+  EXPECT_THROW(ReplaceFile(Folder.File("one"), "text"), std::system_error);
+  EXPECT_EQ(Folder.Count(), 2);
+}
+
+TEST_F(Files, WhatMayNotBeWrittenIsNotReplaced) {
+  ReplaceFile(Name, "former");
+  std::filesystem::permissions(Folder.File(""), std::filesystem::perms::all);
+  ::chmod(Name.c_str(), 0444);
+  const pid_t Child = ::fork(); // the superuser may write everything
+  if (Child == 0) {
+    static_cast<void>(::getuid() != 0 || ::setuid(65534) == 0);
+    try {
+      ReplaceFile(Name, "other");
+    } catch (const std::system_error& Error) {
+      ::_exit(Error.code() == std::errc::permission_denied ? 0 : 1);
+    }
+    ::_exit(2);
+  }
+  int Status = -1;
+  ::waitpid(Child, &Status, 0);
+  EXPECT_EQ(Status, 0);
+  EXPECT_EQ(tests::ReadFile(Name), "former");
 }
 
 TEST_F(Files, TheLongestNamesWork) {

@@ -87,12 +87,33 @@ TEST(HostileXML, MarkupCannotBeHiddenInAttributes) {
 }
 
 TEST(HostileXML, DeclarationsStandAtTheBeginningAndNameAVersion) {
-  for (const std::string_view Text :
-       {"\n<?xml version='1.0'?><a/>", "<?xml version='1.0'?><?xml version='1.0'?><a/>",
-        "<a><?xml version='1.0'?></a>", "<?xml?><a/>", "<?xml encoding='UTF-8'?><a/>", "<a/><?XML ?>"}) {
+  for (const std::string_view Text : {"\n<?xml version='1.0'?><a/>",
+                                      "<?xml version='1.0'?><?xml version='1.0'?><a/>",
+                                      "<a><?xml version='1.0'?></a>",
+                                      "<?xml?><a/>",
+                                      "<?xml encoding='UTF-8'?><a/>",
+                                      "<a/><?XML ?>",
+                                      "<?XML version='1.0'?><a/>",
+                                      "<?xml version?><a/>",
+                                      "<?xml version=1.0?><a/>",
+                                      "<?xml version='2.0'?><a/>",
+                                      "<?xml version='1.0' version='1.0'?><a/>",
+                                      "<?xml version='1.0' foo='bar'?><a/>",
+                                      "<?xml version='1.0' standalone='maybe'?><a/>",
+                                      "<?xml version='1.0' standalone='yes' encoding='UTF-8'?><a/>",
+                                      "<?xml version='1.0'encoding='UTF-8'?><a/>",
+                                      "<?xml version='1.0' encoding=''?><a/>",
+                                      "<?xml version='1.0\"?><a/>",
+                                      "<?a+b?><a/>",
+                                      "<?xml",
+                                      "<?xml version='1.0'"}) {
     EXPECT_NE(MessageOf(Text), "accepted") << Text;
   }
-  EXPECT_EQ(MessageOf("<?xml-stylesheet href='a'?><a/>"), "accepted");
+  for (const std::string_view Text :
+       {"<?xml-stylesheet href='a'?><a/>", "<?xml version='1.0' encoding='UTF-8' standalone=\"yes\" ?><a/>",
+        "<?xml\n version = \"1.1\"\tstandalone='no'?>\r\n<a/>", "<a><?b?></a>"}) {
+    EXPECT_EQ(MessageOf(Text), "accepted") << Text;
+  }
 }
 
 TEST(HostileXML, TextKeepsToItsRules) {
@@ -138,6 +159,9 @@ TEST(HostileXML, ControlCharactersAreRefusedHoweverTheyAreWritten) {
   EXPECT_NE(MessageOf("<a>&#x110000;</a>"), "accepted");
   EXPECT_NE(MessageOf("<a>&#99999999999;</a>"), "accepted");
   EXPECT_NE(MessageOf("<a>\xef\xbf\xbe</a>"), "accepted");
+  EXPECT_EQ(
+      TXMLDocument::Parse("<a>&#x0000000000000000000041;&#00000000000000000000066;</a>").Root().AsText(),
+      "AB");
   EXPECT_EQ(TXMLDocument::Parse("<a>&#x20AC;&#13;&#9;</a>").Root().AsText(), "\xe2\x82\xac\r\t");
 }
 
@@ -157,6 +181,7 @@ TEST(HostileXML, EncodingsAreReadOrRefused) {
   for (const bool HighFirst : {false, true}) {
     EXPECT_EQ(TXMLDocument::Parse(Utf16(Text, HighFirst, true)).Root().AsText(), "\xc3\xa9\xf0\x9f\x8c\xb1");
     EXPECT_NE(MessageOf(Utf16(Text, HighFirst, false)), "accepted");
+    EXPECT_NE(MessageOf(Utf16("<?xml version='1.0' encoding='UTF-16zz'?><a/>", HighFirst, true)), "accepted");
     EXPECT_NE(MessageOf(Utf16("<a/>", HighFirst, true) + "x"), "accepted");
   }
   EXPECT_NE(MessageOf(std::string_view("\xff\xfe<\0a\0>\0\x00\xd8<\0/\0a\0>\0", 18)),
