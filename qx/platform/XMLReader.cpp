@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <new>
 #include <optional>
-#include <regex>
 #include <vector>
 
 namespace qx::detail {
@@ -64,24 +63,53 @@ std::string FromLatin1(std::string_view Bytes) {
   return Text;
 }
 
+// Takes ` name = "value"` from the front of a declaration when it is there.
+bool TakeFromDeclaration(std::string_view& Rest, std::string_view Name, std::string_view& Value) {
+  constexpr std::string_view Blanks = " \t\r\n";
+  std::string_view Text = Rest.substr(std::min(Rest.find_first_not_of(Blanks), Rest.size()));
+  if (Text.size() == Rest.size() || !StartsWith(Text, 0, Name)) {
+    return false;
+  }
+  Text = Trimmed(Text.substr(Name.size()));
+  if (!StartsWith(Text, 0, "=")) {
+    return false;
+  }
+  Text = Trimmed(Text.substr(1));
+  const bool Quoted = StartsWith(Text, 0, "\"") || StartsWith(Text, 0, "'");
+  const std::size_t Close = Quoted ? Text.find(Text[0], 1) : std::string_view::npos;
+  if (Close == std::string_view::npos) {
+    return false;
+  }
+  Value = Text.substr(1, Close - 1);
+  Rest = Text.substr(Close + 1);
+  return true;
+}
+
 // The encoding that the declaration names in lower case, or nothing; raises EXMLError for a malformed
 // declaration.
 std::string DeclaredEncoding(std::string_view Text) {
+  constexpr std::string_view NameCharacters = "abcdefghijklmnopqrstuvwxyz0123456789._-";
   if (!HasDeclaration(Text)) {
     return {};
   }
-  constexpr std::size_t Longest = 256;
-  static const std::regex Form(R"(<\?xml\s+version\s*=\s*("1\.[0-9]+"|'1\.[0-9]+'))"
-                               R"((\s+encoding\s*=\s*("[A-Za-z][-A-Za-z0-9._]*"|'[A-Za-z][-A-Za-z0-9._]*'))?)"
-                               R"((\s+standalone\s*=\s*("yes"|"no"|'yes'|'no'))?\s*\?>)");
-  const std::string_view Start = Text.substr(0, Longest);
-  const std::string Declaration(Start.substr(0, std::min(Start.find("?>"), Start.size() - 2) + 2));
-  std::smatch Parts;
-  if (!std::regex_match(Declaration, Parts, Form)) {
+  constexpr std::size_t TargetEnd = 5;
+  const std::size_t End = Text.find("?>");
+  std::string_view Rest = Text.substr(TargetEnd, std::min(End, Text.size()) - TargetEnd);
+  std::string_view Version;
+  std::string_view Encoding;
+  std::string_view Standalone = "no";
+  bool Good = End != std::string_view::npos && TakeFromDeclaration(Rest, "version", Version);
+  Good = Good && Version.size() > 2 && StartsWith(Version, 0, "1.") &&
+         Version.find_first_not_of("0123456789", 2) == std::string_view::npos;
+  const bool Encoded = TakeFromDeclaration(Rest, "encoding", Encoding);
+  const std::string Lower = LowerText(Encoding);
+  Good = Good && (!Encoded || (!Lower.empty() && Lower[0] >= 'a' && Lower[0] <= 'z' &&
+                               Lower.find_first_not_of(NameCharacters) == std::string::npos));
+  TakeFromDeclaration(Rest, "standalone", Standalone);
+  if (!Good || (Standalone != "yes" && Standalone != "no") || !Trimmed(Rest).empty()) {
     throw EXMLError("The declaration is malformed", 1, 1);
   }
-  const std::string Quoted = Parts[3];
-  return Quoted.empty() ? std::string() : LowerText(std::string_view(Quoted).substr(1, Quoted.size() - 2));
+  return Lower;
 }
 
 [[noreturn]] void RefuseEncoding(std::string_view Encoding) {

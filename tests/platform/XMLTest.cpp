@@ -115,8 +115,7 @@ TEST(XML, AValueOfTheWrongKindIsNamedWithItsPlace) {
   } catch (const EXMLError& Error) {
     EXPECT_EQ(Error.Line(), 2);
     EXPECT_EQ(Error.Column(), 4);
-    EXPECT_STREQ(Error.what(),
-                 "Line 2, column 4: \"Size\": holds \"12x\", which is no whole number");
+    EXPECT_STREQ(Error.what(), "Line 2, column 4: \"Size\": holds \"12x\", which is no whole number");
   }
   EXPECT_THROW(Root.FindChild("Size").AsReal(), EXMLError);
   EXPECT_THROW(TXMLDocument::Parse("<a>2147483648</a>").Root().AsInteger(), EXMLError);
