@@ -102,7 +102,7 @@ std::string DeclaredEncoding(std::string_view Text) {
   Good = Good && Version.size() > 2 && StartsWith(Version, 0, "1.") &&
          Version.find_first_not_of("0123456789", 2) == std::string_view::npos;
   const bool Encoded = TakeFromDeclaration(Rest, "encoding", Encoding);
-  const std::string Lower = LowerText(Encoding);
+  std::string Lower = LowerText(Encoding);
   Good = Good && (!Encoded || (!Lower.empty() && Lower[0] >= 'a' && Lower[0] <= 'z' &&
                                Lower.find_first_not_of(NameCharacters) == std::string::npos));
   TakeFromDeclaration(Rest, "standalone", Standalone);
