@@ -91,7 +91,7 @@ void TQXCustomGeneticAlgorithm::GeneNotify(TQXGAGene& /*Item*/, TCollectionNotif
 void TQXCustomGeneticAlgorithm::GeneUpdate(TQXGAGene* /*Item*/) {}
 
 void TQXCustomGeneticAlgorithm::GenesSizeChange() {
-  if (Genes().Size() > FGeneSize) {
+  if (Genes().Size() > FGeneSize && !Restoring()) {
     SetGeneSize(Genes().Size());
   }
 }

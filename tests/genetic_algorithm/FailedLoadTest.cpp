@@ -139,6 +139,9 @@ TEST(FailedLoad, OfAComponentStreamLeavesTheComponentAsItWas) {
            "GeneSize = 4\n Genes {\n G {\n Name = \"level\"\n Size = 2\n}\n G {\n MaxValue = NaN\n}\n}",
            "GeneSize = 4\n Population {\n I {\n Bits = \"01\"\n}\n I {\n Bits = \"0x\"\n}\n}",
            "Genes {\n G {\n Colour = 1\n}\n}",
+           // genes that grow, a size that shrinks again, and then a failure
+           "Genes {\n G {\n Name = \"number\"\n Size = 30\n}\n}\n GeneSize = 9\n Population {\n I {\n Bits = "
+           "\"0x\"\n}\n}",
        }) {
     EXPECT_THROW(tests::Read(Algorithm, "A {\n" + Body + "\n}\n"), EPropertyError) << Body;
     EXPECT_EQ(StateOf(Algorithm), Before) << Body;
