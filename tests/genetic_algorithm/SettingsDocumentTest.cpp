@@ -149,6 +149,37 @@ TEST(SettingsDocument, ARunGoesOnFromIt) {
   EXPECT_EQ(Copy.Population().Count(), 3);
 }
 
+TEST(SettingsDocument, StatisticsOfALoadedPopulationAreMadeBeforeARunIsFoundFinished) {
+  TSmallAlgorithm Algorithm;
+  Algorithm.SetFitnessMethod(fmMaximize);
+  Algorithm.SetFitnessCutoff(4); // which one individual has
+  Algorithm.SetUseFitnessCutoff(true);
+  TQXGeneticAlgorithm Copy;
+  TSmallAlgorithm::CountOnes(Copy);
+  Load(Copy, Saved(Algorithm));
+  EXPECT_EQ(Copy.Evolve(5), 0);
+  EXPECT_EQ(Copy.FittestIndividual()->Fitness(), 5);
+}
+
+TEST(SettingsDocument, AComponentHearsOfOneBatchOfChanges) {
+  class THearing : public TSmallAlgorithm {
+  public:
+    std::string Log;
+
+  protected:
+    void PopulationUpdate(TQXIndividual* Item) override { Log += Item == nullptr ? "all " : "one "; }
+    void GeneUpdate(TQXGAGene* Item) override { Log += Item == nullptr ? "genes " : "gene "; }
+  } Algorithm;
+  const TXMLGADomainType Domain = NewGADomain();
+  Algorithm.SaveToXML(Domain);
+  Algorithm.Log.clear();
+  Algorithm.Population().LoadFromXML(Domain.Chromosomes());
+  EXPECT_EQ(Algorithm.Log, "all ");
+  Algorithm.Log.clear();
+  Algorithm.Genes().LoadFromXML(Domain.GenoType());
+  EXPECT_EQ(Algorithm.Log, "genes ");
+}
+
 TEST(SettingsDocument, IsTheSameUnderEveryLocale) {
   TSmallAlgorithm Algorithm;
   Algorithm.SetFitnessCutoff(12345.5);
