@@ -117,6 +117,8 @@ public:
   // The element's text as a value. No text reads as 0, false or ""; a text that stands for no value of the
   // kind raises EXMLError, which names element, text and place.
 
+  /// The text of the element, without that of its children; text of nothing but blanks counts when it is all
+  /// that the element holds.
   std::string AsText() const;
   double AsReal() const;
   /// As `AsReal`, but NaN is refused as well.
