@@ -388,6 +388,10 @@ private:
   void ReproduceAll();
   // The population that the statistics were taken of.
   TQXPopulation& JudgedPopulation() { return FReproducing ? *FPreviousGeneration : Population(); }
+  using TSelf = TQXCustomGeneticComponent;
+  // Writes a setting that a load has read, and warns when it became another value; `Stored` is the field.
+  template <class T>
+  void Apply(std::string_view Name, const T& Wanted, const T& Stored, void (TSelf::*Setter)(T));
   void AssignSettings(const TQXCustomGeneticComponent& Source);
   TQXIndividual* Counterpart(const TQXCustomGeneticComponent& Source);
   bool ApplyOperators(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,

@@ -2,7 +2,6 @@
 
 #include <qx/engine/GeneticComponent.h>
 #include <qx/engine/LoadScope.h>
-#include <qx/foundation/EnumPropertyText.h>
 #include <qx/platform/Filer.h>
 #include <qx/platform/Files.h>
 #include <qx/platform/Text.h>
@@ -26,6 +25,13 @@ bool Holds(const TQXPopulation* Generation, const TQXIndividual* Individual) {
 
 } // namespace
 
+template <class T>
+void TQXCustomGeneticComponent::Apply(std::string_view Name, const T& Wanted, const T& Stored,
+                                      void (TSelf::*Setter)(T)) {
+  (this->*Setter)(Wanted);
+  FLoad->WarnIfMoved(Name, Wanted, Stored);
+}
+
 // --- XML ---------------------------------------------------------------------------------------------------
 
 void TQXCustomGeneticComponent::SaveToXML(const TXMLGeneticDocumentType& Document) {
@@ -47,8 +53,7 @@ void TQXCustomGeneticComponent::SaveToXML(const TXMLGeneticDocumentType& Documen
 
 void TQXCustomGeneticComponent::LoadFromXML(const TXMLGeneticDocumentType& Document) {
   TLoadScope Load(this);
-  SetDiversityLimit(Document.DiversityLimit());
-  Load.WarnIfMoved("DiversityLimit", Document.DiversityLimit(), DiversityLimit());
+  Apply("DiversityLimit", Document.DiversityLimit(), FSettings.DiversityLimit, &TSelf::SetDiversityLimit);
   SetFitnessCutoff(Document.FitnessCutoff());
   SetFitnessMethod(Load.ValueOr("FitnessMethod", Document.FitnessMethod(), FitnessMethod()));
   SetGeneration(Document.Generation());
@@ -58,7 +63,7 @@ void TQXCustomGeneticComponent::LoadFromXML(const TXMLGeneticDocumentType& Docum
   const std::int64_t Limit = Document.GenerationLimit();
   if (!Document.HasChild("GenerationLimit") || Limit != GenerationLimit()) {
     SetGenerationLimit(static_cast<int>(std::clamp<std::int64_t>(Limit, 0, std::numeric_limits<int>::max())));
-    Load.WarnIfMoved("GenerationLimit", static_cast<double>(Limit), GenerationLimit());
+    Load.WarnIfMoved<double>("GenerationLimit", static_cast<double>(Limit), GenerationLimit());
   }
   SetUseGenerationLimit(Document.UseGenerationLimit());
   Load.Done();
@@ -76,18 +81,17 @@ void TQXCustomGeneticComponent::SaveReproduction(const TXMLReproductionType& Rep
 
 void TQXCustomGeneticComponent::LoadReproduction(const TXMLReproductionType& Reproduction) {
   TLoadScope Load(this);
-  SetCrossoverProbability(Reproduction.CrossoverProbability());
-  Load.WarnIfMoved("CrossoverProbability", Reproduction.CrossoverProbability(), CrossoverProbability());
-  SetInversionProbability(Reproduction.InversionProbability());
-  Load.WarnIfMoved("InversionProbability", Reproduction.InversionProbability(), InversionProbability());
-  SetMutationProbability(Reproduction.MutationProbability());
-  Load.WarnIfMoved("MutationProbability", Reproduction.MutationProbability(), MutationProbability());
+  Apply("CrossoverProbability", Reproduction.CrossoverProbability(), FSettings.CrossoverProbability,
+        &TSelf::SetCrossoverProbability);
+  Apply("InversionProbability", Reproduction.InversionProbability(), FSettings.InversionProbability,
+        &TSelf::SetInversionProbability);
+  Apply("MutationProbability", Reproduction.MutationProbability(), FSettings.MutationProbability,
+        &TSelf::SetMutationProbability);
   const TXMLReproductionType_SelectionMethod Selection = Reproduction.SelectionMethod();
   SetSelectionMethod(Load.ValueOr("Method", Selection.Method(), SelectionMethod()));
-  SetElitistPct(Selection.ElitistPercent());
-  Load.WarnIfMoved("ElitistPercent", Selection.ElitistPercent(), ElitistPct());
-  SetTournamentField(Selection.TournamentField());
-  Load.WarnIfMoved("TournamentField", Selection.TournamentField(), TournamentField());
+  Apply("ElitistPercent", Selection.ElitistPercent(), FSettings.ElitistPct, &TSelf::SetElitistPct);
+  Apply("TournamentField", Selection.TournamentField(), FSettings.TournamentField,
+        &TSelf::SetTournamentField);
   Load.Done();
 }
 
@@ -142,20 +146,10 @@ void TQXCustomGeneticComponent::LoadFromFile(const std::string& FileName) {
 void TQXCustomGeneticComponent::DefineProperties(TFiler& Filer) {
   TComponent::DefineProperties(Filer);
   const TSettings Defaults;
-  const auto Apply = [&](std::string_view Name, const auto& Value, const auto& Read, auto Setter) {
-    (this->*Setter)(Read);
-    using TText = TPropertyText<std::remove_cvref_t<decltype(Read)>>;
-    const std::string Wanted = TText::Make(Read);
-    const std::string Stored = TText::Make(Value);
-    if (Stored != Wanted) {
-      CurrentLoad()->Warn(std::string(Name) + ": " + Wanted + " became " + Stored);
-    }
-  };
   const auto Define = [&](std::string_view Name, const auto& Value, const auto& Default, auto Setter) {
     Filer.Property(Name, Value, Value != Default,
-                   [&](const auto& Read) { Apply(Name, Value, Read, Setter); });
+                   [&](const auto& Read) { Apply(Name, Read, Value, Setter); });
   };
-  using TSelf = TQXCustomGeneticComponent;
   const TSettings& S = FSettings;
   Define("InitialPopulation", S.InitialPopulation, Defaults.InitialPopulation, &TSelf::SetInitialPopulation);
   Define("InitialDuplicatesRetries", S.InitialDuplicatesRetries, Defaults.InitialDuplicatesRetries,
@@ -171,7 +165,7 @@ void TQXCustomGeneticComponent::DefineProperties(TFiler& Filer) {
   Define("UseGenerationLimit", S.UseGenerationLimit, Defaults.UseGenerationLimit,
          &TSelf::SetUseGenerationLimit);
   const auto DefineReal = [&](std::string_view Name, const double& Value, bool Stored, auto Setter) {
-    Filer.Property(Name, Value, Stored, [&](double Read) { Apply(Name, Value, Read, Setter); });
+    Filer.Property(Name, Value, Stored, [&](double Read) { Apply(Name, Read, Value, Setter); });
   };
   DefineReal("FitnessCutoff", S.FitnessCutoff, IsFitnessCutoffStored(), &TSelf::SetFitnessCutoff);
   DefineReal("DiversityLimit", S.DiversityLimit, IsDiversityLimitStored(), &TSelf::SetDiversityLimit);

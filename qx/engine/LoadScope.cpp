@@ -1,6 +1,5 @@
 #include <qx/engine/GeneticComponent.h>
 #include <qx/engine/LoadScope.h>
-#include <qx/platform/Numbers.h>
 
 #include <stdexcept>
 #include <unordered_map>
@@ -58,12 +57,6 @@ void TLoadScope::RememberFitnesses(TQXPopulation& Population) {
       }
     }
   });
-}
-
-void TLoadScope::WarnIfMoved(std::string_view Element, double Wanted, double Stored) {
-  if (Wanted != Stored) {
-    Warn(std::string(Element) + ": " + NumberText(Wanted) + " became " + NumberText(Stored));
-  }
 }
 
 void TLoadScope::WarnUnknown(std::string_view Element, const std::string& Name, std::string_view Present) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <qx/foundation/QXGAConsts.h>
+#include <qx/foundation/EnumPropertyText.h>
 #include <qx/platform/Collection.h>
 
 #include <cstddef>
@@ -37,8 +37,15 @@ public:
   void RememberFitnesses(TQXPopulation& Population);
   /// Adds to the component's `LoadWarnings`.
   void Warn(std::string Warning) { FOutermost->FWarnings.push_back(std::move(Warning)); }
-  /// Warns when a setting has become another value than the document's.
-  void WarnIfMoved(std::string_view Element, double Wanted, double Stored);
+  /// Warns when a setting has become another value than that which was read.
+  template <class T>
+  void WarnIfMoved(std::string_view Name, const T& Wanted, const T& Stored) {
+    const std::string WantedText = TPropertyText<T>::Make(Wanted);
+    const std::string StoredText = TPropertyText<T>::Make(Stored);
+    if (StoredText != WantedText) {
+      Warn(std::string(Name) + ": " + WantedText + " became " + StoredText);
+    }
+  }
   /// The value of that name; warns and gives the present one where none has the name.
   template <class TEnum>
   TEnum ValueOr(std::string_view Element, const std::string& Name, TEnum Present) {

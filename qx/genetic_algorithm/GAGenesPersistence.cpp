@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -15,17 +16,13 @@ namespace qx {
 
 namespace {
 
+// The elements of genes, by `TGeneType`; a gene of unknown type has none. Its value's element is called so,
+// too, with "Value" behind it.
+constexpr std::string_view GeneTags[] = {"", "BooleanGene", "IntegerGene", "FloatGene", "EnumerationGene"};
+
 TGeneType GeneTypeOf(const TXMLNode& Element) {
-  constexpr std::pair<std::string_view, TGeneType> Tags[] = {{"BooleanGene", gtBoolean},
-                                                             {"IntegerGene", gtInteger},
-                                                             {"FloatGene", gtFloat},
-                                                             {"EnumerationGene", gtEnumeration}};
-  for (const auto& [Tag, Type] : Tags) {
-    if (Element.Tag() == Tag) {
-      return Type;
-    }
-  }
-  return gtUnknown;
+  const auto Found = std::find(std::begin(GeneTags), std::end(GeneTags), Element.Tag());
+  return Found == std::end(GeneTags) ? gtUnknown : static_cast<TGeneType>(Found - std::begin(GeneTags));
 }
 
 void SaveNumericGene(const TXMLNumericGeneType& Element, const TQXGAGene& Gene) {
@@ -35,11 +32,10 @@ void SaveNumericGene(const TXMLNumericGeneType& Element, const TQXGAGene& Gene) 
 }
 
 void SaveGene(const TXMLGenoType& GenoType, TQXGAGene& Gene) {
-  constexpr std::string_view Tags[] = {"", "BooleanGene", "IntegerGene", "FloatGene", "EnumerationGene"};
   if (Gene.GeneType() == gtUnknown) {
     return;
   }
-  const TXMLGeneType Element(GenoType.AddChild(Tags[Gene.GeneType()]));
+  const TXMLGeneType Element(GenoType.AddChild(GeneTags[Gene.GeneType()]));
   Element.SetName(Gene.Name());
   Element.SetSize(Gene.Size());
   if (Gene.GeneType() == gtInteger || Gene.GeneType() == gtFloat) {
@@ -139,21 +135,18 @@ void TQXGAGenes::SaveToXML(const TXMLGenoType& GenoType) {
 void TQXGAGenes::SaveToXML(const TXMLGenes& Genes, TQXGAIndividual& Item) {
   TQXGABits& Bits = Item.Bits();
   for (const TQXGAGene& Gene : *this) {
-    switch (Gene.GeneType()) {
-    case gtBoolean:
-      Genes.AddChild("BooleanGeneValue").SetBoolean(Gene.GeneAsBoolean(Bits));
-      break;
-    case gtInteger:
-      Genes.AddChild("IntegerGeneValue").SetInteger(Gene.GeneAsInteger(Bits));
-      break;
-    case gtFloat:
-      Genes.AddChild("FloatGeneValue").SetSingle(static_cast<double>(Gene.GeneAsFloat(Bits)));
-      break;
-    case gtEnumeration:
-      Genes.AddChild("EnumerationGeneValue").SetText(Gene.GeneAsEnumeration(Bits));
-      break;
-    case gtUnknown:
-      break;
+    if (Gene.GeneType() == gtUnknown) {
+      continue;
+    }
+    const TXMLNode Value = Genes.AddChild(std::string(GeneTags[Gene.GeneType()]) + "Value");
+    if (Gene.GeneType() == gtBoolean) {
+      Value.SetBoolean(Gene.GeneAsBoolean(Bits));
+    } else if (Gene.GeneType() == gtInteger) {
+      Value.SetInteger(Gene.GeneAsInteger(Bits));
+    } else if (Gene.GeneType() == gtFloat) {
+      Value.SetSingle(static_cast<double>(Gene.GeneAsFloat(Bits)));
+    } else {
+      Value.SetText(Gene.GeneAsEnumeration(Bits));
     }
   }
 }

@@ -54,7 +54,8 @@ void TQXGAIndividual::SaveToXML(const TXMLChromosome& Chromosome) {
 
 void TQXGAIndividual::DefineProperties(TFiler& Filer) {
   TQXIndividual::DefineProperties(Filer);
-  Filer.Property("Bits", Bits().ToBitString(), Bits().Size() > 0, [this](const std::string& Value) {
+  const std::string Text = Filer.Writes() ? Bits().ToBitString() : std::string();
+  Filer.Property("Bits", Text, !Text.empty(), [this](const std::string& Value) {
     Bits().SetAsBitString(0, Bits().Size(), Value);
     Modified();
   });

@@ -177,8 +177,9 @@ void TSetAsideItems::TakeOut() {
   TUpdateScope Update(FCollection);
   while (!FCollection.FItems.empty()) {
     TCollectionItem& Item = *FCollection.FItems.back();
+    const std::size_t Place = PlaceOf(Item);
     auto Removed = FCollection.Remove(Item, cnExtracted);
-    if (const std::size_t Place = PlaceOf(Item); Place < FItems.size()) {
+    if (Place < FItems.size()) {
       FItems[Place] = std::move(Removed);
     }
   }
@@ -195,15 +196,18 @@ void TSetAsideItems::Restore() {
   auto& Items = FCollection.FItems;
   FCollection.BeginUpdate();
   while (!Items.empty()) {
-    TCollectionItem& Item = *Items.back();
-    const std::size_t Place = PlaceOf(Item);
-    Quietly([&] { FCollection.Notify(Item, Place < FItems.size() ? cnExtracted : cnDeleted); });
-    if (Place < FItems.size()) {
-      FItems[Place] = std::move(Items.back());
+    const TCollectionItem* const Item = Items.back().get();
+    const std::size_t Place = PlaceOf(*Item);
+    const bool Former = Place < FItems.size();
+    std::unique_ptr<TCollectionItem> Removed;
+    Quietly([&] { Removed = FCollection.Remove(*Items.back(), Former ? cnExtracted : cnDeleted); });
+    if (!Items.empty() && Items.back().get() == Item) { // a receiver has raised
+      Removed = std::move(Items.back());
+      Items.pop_back();
     }
-    Item.FCollection = nullptr;
-    Quietly([&] { Item.CollectionChanged(nullptr); });
-    Items.pop_back();
+    if (Former) {
+      FItems[Place] = std::move(Removed);
+    }
   }
   for (std::size_t I = 0; I < FItems.size(); ++I) {
     if (FItems[I] == nullptr) { // a receiver of notifications has freed it

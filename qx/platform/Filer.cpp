@@ -26,6 +26,8 @@ public:
 
   const std::string& Text() const { return FText; }
 
+  bool Writes() const override { return true; }
+
   void Items(std::string_view Name, TOwnedCollection& Items, const TStart& /*Start*/,
              const TAdd& /*Add*/) override {
     if (Items.Count() == 0) {
@@ -41,8 +43,6 @@ public:
   }
 
 private:
-  bool Writes() const override { return true; }
-
   void Write(std::string_view Name, const std::string& Text) override {
     Line(std::string(Name) + " = " + Text);
   }
@@ -153,6 +153,8 @@ public:
   // Unless it shall apply them, the reader only finds out whether all properties are known and read.
   explicit TReader(bool Apply) : FApply(Apply) {}
 
+  bool Writes() const override { return false; }
+
   void ReadBlock(TBlock& Block, TPersistent& Object) {
     TBlock* const Outer = std::exchange(FBlock, &Block);
     Define(Object, *this);
@@ -197,8 +199,6 @@ public:
   }
 
 private:
-  bool Writes() const override { return false; }
-
   void Write(std::string_view /*Name*/, const std::string& /*Text*/) override {}
 
   void Read(std::string_view Name, const TTake& Take) override {

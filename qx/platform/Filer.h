@@ -45,6 +45,9 @@ class TFiler {
 public:
   virtual ~TFiler() = default;
 
+  /// Whether properties go out rather than come in: a value that is dear to make is needed only then.
+  virtual bool Writes() const = 0;
+
   /// One property. Writing: its value goes out when it is `Stored`. Reading: when the stream holds the
   /// property, its value is handed to `Set`, as a rule the property's setter.
   template <class T, class TSetter>
@@ -72,7 +75,6 @@ public:
                      const TAdd& Add) = 0;
 
 protected:
-  virtual bool Writes() const = 0;
   virtual void Write(std::string_view Name, const std::string& Text) = 0;
   // `Take` is called when the stream holds the property; it is to read the text and, if so told, to apply it.
   using TTake = std::function<void(std::string_view Text, bool Apply)>;

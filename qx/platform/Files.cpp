@@ -1,7 +1,6 @@
 #include <qx/platform/Files.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>

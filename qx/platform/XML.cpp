@@ -42,28 +42,16 @@ std::string InQuotes(std::string_view Text) {
 }
 
 void RequireTag(std::string_view Tag) {
-  if (XMLTag(Tag) != Tag) {
+  if (!detail::IsXMLName(Tag) || Tag.find(':') != std::string_view::npos) {
     throw std::invalid_argument(InQuotes(Tag) + " cannot be the tag of an XML element");
   }
 }
 
 // Where text cannot stand in a document, names whom it belongs to.
 void RequireText(std::string_view Where, std::string_view Text) {
-  for (std::size_t Offset = 0; Offset < Text.size();) {
-    const auto Character = static_cast<unsigned char>(Text[Offset]);
-    if (Character >= 0x20 && Character < 0x80) {
-      ++Offset;
-      continue;
-    }
-    const std::optional<char32_t> CodePoint = NextCodePoint(Text, Offset);
-    if (!CodePoint) {
-      throw std::invalid_argument(InQuotes(Where) + " cannot hold a text that is not UTF-8");
-    }
-    if (!detail::IsXMLCharacter(*CodePoint)) {
-      throw std::invalid_argument(InQuotes(Where) + " cannot hold the character of code " +
-                                  std::to_string(static_cast<std::uint32_t>(*CodePoint)) +
-                                  ", which no XML document can");
-    }
+  if (const auto Fault = detail::FindXMLFault(Text)) {
+    throw std::invalid_argument(InQuotes(Where) + " cannot hold " + Fault->What +
+                                ", which no XML document can");
   }
 }
 

@@ -1,4 +1,5 @@
-// Reads documents. The parser is fast and lenient; what it would accept or drop in silence is refused here.
+// Reads documents. The parser is fast and lenient; what it would accept though no document may be so is
+// refused here.
 
 #include <qx/platform/Text.h>
 #include <qx/platform/Utf8.h>
@@ -65,9 +66,8 @@ std::string FromLatin1(std::string_view Bytes) {
 
 // Takes ` name = "value"` from the front of a declaration when it is there.
 bool TakeFromDeclaration(std::string_view& Rest, std::string_view Name, std::string_view& Value) {
-  constexpr std::string_view Blanks = " \t\r\n";
-  std::string_view Text = Rest.substr(std::min(Rest.find_first_not_of(Blanks), Rest.size()));
-  if (Text.size() == Rest.size() || !StartsWith(Text, 0, Name)) {
+  std::string_view Text = Trimmed(Rest);
+  if (Rest.empty() || !IsBlank(Rest.front()) || !StartsWith(Text, 0, Name)) {
     return false;
   }
   Text = Trimmed(Text.substr(Name.size()));
@@ -144,26 +144,6 @@ std::string ToUtf8(std::string Bytes) {
     RefuseEncoding(Encoding);
   }
   return Bytes;
-}
-
-void CheckCharacters(std::string_view Text) {
-  for (std::size_t Offset = 0; Offset < Text.size();) {
-    const auto Byte = static_cast<unsigned char>(Text[Offset]);
-    if (Byte >= 0x20 && Byte < 0x80) {
-      ++Offset;
-      continue;
-    }
-    const std::size_t First = Offset;
-    const std::optional<char32_t> CodePoint = NextCodePoint(Text, Offset);
-    if (!CodePoint) {
-      RaiseXMLError("the text is not UTF-8 here", Text, First);
-    }
-    if (!IsXMLCharacter(*CodePoint)) {
-      RaiseXMLError("the character of code " + std::to_string(static_cast<std::uint32_t>(*CodePoint)) +
-                        " may not stand in an XML document",
-                    Text, First);
-    }
-  }
 }
 
 // --- Markup ------------------------------------------------------------------------------------------------
@@ -432,6 +412,26 @@ bool IsXMLCharacter(char32_t CodePoint) {
   return !Surrogate && CodePoint != 0xfffe && CodePoint != 0xffff && CodePoint <= 0x10ffff;
 }
 
+std::optional<TXMLFault> FindXMLFault(std::string_view Text) {
+  for (std::size_t Offset = 0; Offset < Text.size();) {
+    const auto Byte = static_cast<unsigned char>(Text[Offset]);
+    if (Byte >= 0x20 && Byte < 0x80) { // as nearly always
+      ++Offset;
+      continue;
+    }
+    const std::size_t First = Offset;
+    const std::optional<char32_t> CodePoint = NextCodePoint(Text, Offset);
+    if (!CodePoint) {
+      return TXMLFault{First, "text that is not UTF-8"};
+    }
+    if (!IsXMLCharacter(*CodePoint)) {
+      return TXMLFault{First,
+                       "the character of code " + std::to_string(static_cast<std::uint32_t>(*CodePoint))};
+    }
+  }
+  return std::nullopt;
+}
+
 std::shared_ptr<TXMLTree> ReadXML(std::string Bytes, const TXMLLimits& Limits) {
   if (Bytes.size() > Limits.Bytes) {
     throw EXMLError("The document is longer than " + std::to_string(Limits.Bytes) + " bytes", 0, 0);
@@ -442,7 +442,9 @@ std::shared_ptr<TXMLTree> ReadXML(std::string Bytes, const TXMLLimits& Limits) {
   if (Trimmed(Text).empty()) {
     throw EXMLError("The document is empty", 0, 0);
   }
-  CheckCharacters(Text);
+  if (const auto Fault = FindXMLFault(Text)) {
+    RaiseXMLError("the document may not hold " + Fault->What, Text, Fault->Offset);
+  }
   if (StartsWith(Text, 0, Utf8Mark)) {
     RaiseXMLError("text outside the root element", Text, 0);
   }

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <pugixml.hpp>
 #include <string>
 #include <string_view>
@@ -22,6 +23,14 @@ struct TXMLTree {
 
 /// Whether XML allows the character in a text.
 bool IsXMLCharacter(char32_t CodePoint);
+
+/// What no document can hold: bytes that are not UTF-8, or a character that XML does not allow.
+struct TXMLFault {
+  std::size_t Offset;
+  std::string What;
+};
+/// The first fault of a text, if it has one.
+std::optional<TXMLFault> FindXMLFault(std::string_view Text);
 
 /// Whether XML allows the name for an element or an attribute, with or without a name space.
 bool IsXMLName(std::string_view Name);

@@ -300,5 +300,36 @@ TEST(SetAsideItems, AreFreedWithTheObjectUnlessTheyWentElsewhere) {
   EXPECT_EQ(Values(Other), "0 ");
 }
 
+TEST(SetAsideItems, ComeBackThoughAReceiverFreesOrRefusesThoseInTheirPlace) {
+  class TDeleting : public TList {
+  public:
+    bool Deletes = false;
+    bool Raises = false;
+
+  protected:
+    void Notify(TCollectionItem& Item, TCollectionNotification Action) override {
+      if (Action == cnDeleted && Deletes) {
+        Deletes = false;
+        Delete(Item.Index());
+      }
+      if (Raises) {
+        throw std::runtime_error("receiver");
+      }
+    }
+  };
+  for (const bool Deletes : {true, false}) {
+    TDeleting List;
+    Fill(List, 3);
+    TSetAsideItems Aside(List);
+    Aside.TakeOut();
+    List.Add().Value = 7;
+    List.Add().Value = 8;
+    List.Deletes = Deletes;
+    List.Raises = !Deletes;
+    Aside.Restore();
+    EXPECT_EQ(Values(List), "0 1 2 ");
+  }
+}
+
 } // namespace
 } // namespace qx
