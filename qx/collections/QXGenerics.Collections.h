@@ -43,6 +43,20 @@ public:
   virtual std::vector<T> ToArray() const;
 };
 
+/// Where a key was found, or found missing, by `TQXDictionary::Find`. It belongs to one key.
+struct TDictionaryHint {
+  std::uint64_t Layout = 0;
+  int Index = -1;
+  std::int32_t HashCode = -1;
+};
+
+namespace detail {
+
+/// A number that no other call returns, never 0.
+std::uint64_t NewDictionaryLayout();
+
+} // namespace detail
+
 /// Whether `Item` lies on a ring of indexes behind `Bottom` and up to `TopInc`, which is included.
 constexpr bool InCircularRange(int Bottom, int Item, int TopInc) {
   return Bottom <= TopInc ? Bottom < Item && Item <= TopInc : Item > Bottom || Item <= TopInc;
@@ -95,6 +109,15 @@ public:
   /// Gives the value of a key, or the default value and false.
   bool TryGetValue(const K& Key, V& Value) const;
   bool ContainsKey(const K& Key) const { return GetBucketIndex(Key, Hash(Key)) >= 0; }
+  /// The value of a key, or nullptr; it stays there until the dictionary changes. A hint spares the next
+  /// look-up of the same key, in this dictionary or another of its kind, the hash code, and also the search
+  /// while keys have neither come nor gone.
+  const V* Find(const K& Key, TDictionaryHint& Hint) const {
+    if (Hint.Layout != FLayout || FLayout == 0) [[unlikely]] {
+      FindAnew(Key, Hint);
+    }
+    return Hint.Index >= 0 ? &Bucket(Hint.Index).Pair.Value : nullptr;
+  }
   /// Looks at every value.
   bool ContainsValue(const V& Value) const;
   /// Removes a key with its value; a missing key is no error.
@@ -152,6 +175,7 @@ private:
   static const K& KeyOf(const TBucket& Bucket) { return Bucket.Pair.Key; }
   static const V& ValueOf(const TBucket& Bucket) { return Bucket.Pair.Value; }
 
+  void FindAnew(const K& Key, TDictionaryHint& Hint) const;
   void GrowWhenDue();
   void Rehash(std::int64_t NewCapacity);
   int ExistingBucket(const K& Key) const;
@@ -164,6 +188,8 @@ private:
   TComparer FComparer;
   int FGrowThreshold = 0;
   std::vector<TBucket> FItems;
+  // Tells this arrangement of keys from all others of all dictionaries; 0 until a hint wants to know it.
+  mutable std::uint64_t FLayout = 0;
 };
 
 } // namespace qx::generics

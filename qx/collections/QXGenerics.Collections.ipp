@@ -7,6 +7,7 @@
 #include <iterator>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <utility>
 
 namespace qx::generics {
@@ -150,6 +151,18 @@ bool TQXDictionary<K, V, TComparer>::TryGetValue(const K& Key, V& Value) const {
 }
 
 template <class K, class V, class TComparer>
+void TQXDictionary<K, V, TComparer>::FindAnew(const K& Key, TDictionaryHint& Hint) const {
+  if (Hint.HashCode < 0 || !std::is_empty_v<TComparer>) { // comparers with a state may not agree
+    Hint.HashCode = Hash(Key);
+  }
+  if (FLayout == 0) {
+    FLayout = detail::NewDictionaryLayout();
+  }
+  Hint.Index = GetBucketIndex(Key, Hint.HashCode);
+  Hint.Layout = FLayout;
+}
+
+template <class K, class V, class TComparer>
 bool TQXDictionary<K, V, TComparer>::ContainsValue(const V& Value) const {
   const TQXEqualityComparer<V> Comparer;
   for (const V& Present : Values()) {
@@ -172,6 +185,7 @@ void TQXDictionary<K, V, TComparer>::Clear() {
   const std::vector<TBucket> Former = std::exchange(FItems, {});
   FCount = 0;
   FGrowThreshold = 0;
+  FLayout = 0;
   for (const TBucket& Bucket : Former) {
     if (Bucket.HashCode != TBucket::EmptyHash) {
       KeyNotify(Bucket.Pair.Key, dnRemoved);
@@ -227,6 +241,7 @@ void TQXDictionary<K, V, TComparer>::DoAdd(std::int32_t HashCode, int Index, K K
   Free.Pair.Value = Value;
   Free.HashCode = HashCode;
   ++FCount;
+  FLayout = 0;
   // The handlers get the arguments: they may change the table under the bucket.
   KeyNotify(Key, dnAdded);
   ValueNotify(Value, dnAdded);
@@ -257,6 +272,7 @@ V TQXDictionary<K, V, TComparer>::DoRemove(const K& Key, std::int32_t HashCode,
   }
   Bucket(Gap) = TBucket();
   --FCount;
+  FLayout = 0;
   KeyNotify(Removed.Key, Notification);
   ValueNotify(Removed.Value, Notification);
   return std::move(Removed.Value);
@@ -306,6 +322,7 @@ void TQXDictionary<K, V, TComparer>::Rehash(std::int64_t NewCapacity) {
   }
   std::vector<TBucket> Former =
       std::exchange(FItems, std::vector<TBucket>(static_cast<std::size_t>(NewCapacity)));
+  FLayout = 0;
   FGrowThreshold = static_cast<int>(NewCapacity / 2 + NewCapacity / 4);
   for (TBucket& Moved : Former) {
     if (Moved.HashCode != TBucket::EmptyHash) {

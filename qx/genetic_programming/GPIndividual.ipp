@@ -1,0 +1,340 @@
+#pragma once
+
+// Definitions of GPIndividual.h.
+
+#include <qx/genetic_programming/GPIndividual.h>
+#include <qx/genetic_programming/GPPopulation.h>
+#include <qx/platform/Random.h>
+
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+namespace qx::generics {
+
+template <class T>
+auto TQXGPIndividual<T>::DNA() -> TNode* {
+  if (!FHasDNA) [[unlikely]] {
+    FDNA = CreateDNA();
+    FHasDNA = true;
+  }
+  return FDNA.get();
+}
+
+template <class T>
+void TQXGPIndividual<T>::SetDNA(const TNode& Value) {
+  if (TNode* const Root = DNA()) {
+    Root->Assign(Value);
+  } else {
+    FDNA = Value.Clone();
+  }
+  FlattenDNA();
+}
+
+template <class T>
+void TQXGPIndividual<T>::AssignDNA(TNodePointer Value) {
+  FDNA = std::move(Value);
+  FHasDNA = true;
+  FlattenDNA();
+}
+
+template <class T>
+auto TQXGPIndividual<T>::CreateDNA() -> TNodePointer {
+  auto* const Owner = Engine();
+  if (Owner == nullptr) {
+    throw EGPException(std::string(SMissingGeneticProgram));
+  }
+  return Owner->CreateNode(nullptr);
+}
+
+template <class T>
+void TQXGPIndividual<T>::FlattenDNA() {
+  MarkStale();
+  FFlattenedDNA.clear();
+  constexpr std::size_t UsualCount = 32;
+  TSmallList<TNode*, UsualCount> Pending;
+  if (TNode* const Root = DNA()) {
+    Pending.Push(Root);
+  }
+  while (!Pending.Empty()) {
+    TNode* const Node = Pending.Pop();
+    FFlattenedDNA.push_back(Node);
+    const auto Children = Node->Slots();
+    for (auto Child = Children.rbegin(); Child != Children.rend(); ++Child) {
+      if (*Child != nullptr) {
+        Pending.Push(*Child);
+      }
+    }
+  }
+}
+
+template <class T>
+TQXGPPopulation<T>* TQXGPIndividual<T>::Collection() const {
+  return dynamic_cast<TQXGPPopulation<T>*>(TCollectionItem::Collection());
+}
+
+template <class T>
+void TQXGPIndividual<T>::SetCollection(TQXGPPopulation<T>& Value) {
+  TQXIndividual::SetCollection(Value);
+}
+
+template <class T>
+void TQXGPIndividual<T>::Assign(const TPersistent& Source) {
+  const auto* const Individual = SourceAs<TQXGPIndividual>(Source);
+  if (Individual == nullptr) {
+    TQXIndividual::Assign(Source);
+    return;
+  }
+  static_cast<void>(Individual->Fitness()); // may fail; then nothing has changed
+  if (Individual != this) {
+    if (const TNode* const Root = Individual->DNA()) {
+      SetDNA(*Root);
+    } else {
+      AssignDNA(nullptr);
+    }
+  }
+  AssignIndividual(*Individual);
+}
+
+template <class T>
+T TQXGPIndividual<T>::Execute(TQXGPContext<T>* Context) {
+  TNode* const Root = DNA();
+  return Root != nullptr ? Root->Execute(Context) : T();
+}
+
+// --- Surgery -----------------------------------------------------------------------------------------------
+
+// Where a subtree stands: under a parent, or as the root of an individual.
+template <class T>
+class TQXGPIndividual<T>::TPlace {
+public:
+  TPlace(TQXGPIndividual& Individual, TNode& Node) : FRoot(Individual.FDNA), FNode(Node), FParent(Node.Parent()) {
+    Individual.RequireOwn(Node);
+  }
+
+  TNode* Parent() const { return FParent; }
+  /// Takes the subtree out, and remembers what `PutBack` must know.
+  TNodePointer Take() {
+    if (FParent == nullptr) {
+      return std::move(FRoot);
+    }
+    FSlot = FParent->IndexOf(FNode);
+    return FParent->ExtractChild(FNode);
+  }
+  /// Gives the parent another child, or the individual another root.
+  void Add(TNodePointer&& Node) {
+    if (FParent != nullptr) {
+      FParent->AddChild(std::move(Node));
+    } else {
+      FRoot = std::move(Node);
+    }
+  }
+  void PutBack(TNodePointer&& Node) {
+    if (FParent != nullptr) {
+      FParent->AttachChild(FSlot, std::move(Node));
+    } else {
+      FRoot = std::move(Node);
+    }
+  }
+
+private:
+  TNodePointer& FRoot;
+  TNode& FNode;
+  TNode* FParent;
+  int FSlot = 0;
+};
+
+template <class T>
+auto TQXGPIndividual<T>::Graft(TNode& Node, TNodePointer&& NewNode) -> TNodePointer {
+  TPlace Place(*this, Node);
+  if (NewNode == nullptr) {
+    throw std::invalid_argument("There is no node to graft");
+  }
+  TNodePointer Former = Place.Take();
+  try {
+    Place.Add(std::move(NewNode));
+  } catch (...) {
+    Place.PutBack(std::move(Former));
+    throw;
+  }
+  FlattenDNA();
+  return Former;
+}
+
+template <class T>
+void TQXGPIndividual<T>::Crossover(TNode& Node, TQXGPIndividual& Mate, TNode& MateNode) {
+  TPlace Here(*this, Node);
+  TPlace There(Mate, MateNode);
+  if (IsWithin(&Node, MateNode) || IsWithin(&MateNode, Node)) {
+    throw std::invalid_argument("A subtree cannot be swapped with one that it contains");
+  }
+  TNodePointer Mine = Here.Take();
+  if (Here.Parent() == There.Parent() && Here.Parent() != nullptr) { // the other one has its parent already
+    Here.Add(std::move(Mine));
+  } else {
+    TNodePointer Theirs = There.Take();
+    try {
+      Here.Add(std::move(Theirs));
+      There.Add(std::move(Mine));
+    } catch (...) {
+      if (Theirs == nullptr) {
+        Theirs = TPlace(*this, MateNode).Take();
+      }
+      There.PutBack(std::move(Theirs));
+      Here.PutBack(std::move(Mine));
+      throw;
+    }
+  }
+  FlattenDNA();
+  Mate.FlattenDNA();
+}
+
+template <class T>
+bool TQXGPIndividual<T>::IsWithin(const TNode* Inner, const TNode& Outer) {
+  while (Inner != nullptr && Inner != &Outer) {
+    Inner = Inner->Parent();
+  }
+  return Inner != nullptr;
+}
+
+template <class T>
+void TQXGPIndividual<T>::RequireOwn(const TNode& Node) const {
+  if (FDNA == nullptr || !IsWithin(&Node, *FDNA)) {
+    throw std::invalid_argument("The node is not in the tree of " + DisplayName());
+  }
+}
+
+template <class T>
+IQXGeneticProgramEngine<T>* TQXGPIndividual<T>::Engine() const {
+  const TQXGPPopulation<T>* const Population = Collection();
+  return Population != nullptr ? Population->Engine() : nullptr;
+}
+
+// --- Selection ---------------------------------------------------------------------------------------------
+
+template <class T>
+bool TQXGPIndividual<T>::TakesArguments(const TNode& Node) {
+  return Node.Instruction() != nullptr && Node.Instruction()->Arity() > 0;
+}
+
+// A sum in single precision stops growing at 2^24.
+template <class T>
+void TQXGPIndividual<T>::RequireSelectable(std::span<TNode* const> Nodes,
+                                           TGAProbability NonTerminalProbability) {
+  constexpr double LargestSum = 0x1p24;
+  const bool NonTerminals = 1.0 - NonTerminalProbability < LargestSum;
+  const bool Terminals = NonTerminalProbability < LargestSum;
+  if (NonTerminals && Terminals) [[likely]] {
+    return;
+  }
+  const bool Any = std::any_of(Nodes.begin(), Nodes.end(), [=](const TNode* Node) {
+    return TakesArguments(*Node) ? NonTerminals : Terminals;
+  });
+  if (!Any) {
+    throw std::invalid_argument("No node can be selected with the probability " +
+                                std::to_string(NonTerminalProbability) + " of nodes that are not terminal");
+  }
+}
+
+template <class T>
+auto TQXGPIndividual<T>::DoSelectNode(std::span<TNode* const> Nodes, TGAProbability NonTerminalProbability)
+    -> TNode* {
+  if (FDNA == nullptr || Nodes.empty()) {
+    return nullptr;
+  }
+  RequireSelectable(Nodes, NonTerminalProbability);
+  static_cast<void>(Random());
+  const double ForNonTerminals = 1.0 - NonTerminalProbability;
+  float Sum = 0;
+  for (;;) {
+    TNode* const Node = Nodes[Random(Nodes.size())];
+    Sum = static_cast<float>(static_cast<double>(Sum) + Random());
+    const double Needed = TakesArguments(*Node) ? ForNonTerminals : NonTerminalProbability;
+    if (static_cast<double>(Sum) > Needed) {
+      return Node;
+    }
+  }
+}
+
+template <class T>
+auto TQXGPIndividual<T>::SelectNode(TGAProbability NonTerminalProbability) -> TNode* {
+  return DoSelectNode(FFlattenedDNA, NonTerminalProbability);
+}
+
+template <class T>
+auto TQXGPIndividual<T>::SelectNode(TGAProbability NonTerminalProbability, TGPGeneticInstructions Operations)
+    -> TNode* {
+  constexpr TGPGeneticInstructions All = {gpVariable, gpConstant, gpFunction};
+  if (Operations == All) {
+    return SelectNode(NonTerminalProbability);
+  }
+  std::vector<TNode*> Nodes;
+  std::copy_if(FFlattenedDNA.begin(), FFlattenedDNA.end(), std::back_inserter(Nodes), [=](const TNode* Node) {
+    return Node->Instruction() != nullptr && Operations.Contains(Node->Instruction()->Operation());
+  });
+  return DoSelectNode(Nodes, NonTerminalProbability);
+}
+
+template <class T>
+auto TQXGPIndividual<T>::SelectNode(int Limit, bool BySize) -> TNode* {
+  std::vector<TNode*> Nodes;
+  std::copy_if(FFlattenedDNA.begin(), FFlattenedDNA.end(), std::back_inserter(Nodes), [=](const TNode* Node) {
+    return (BySize ? Node->Size() : Node->Depth()) <= Limit;
+  });
+  return Nodes.empty() ? nullptr : Nodes[Random(Nodes.size())];
+}
+
+// --- Text and documents ------------------------------------------------------------------------------------
+
+template <class T>
+std::string TQXGPIndividual<T>::ToString() const {
+  const TNode* const Root = DNA();
+  return Root != nullptr ? DisplayName() + ": " + Root->ToString() : DisplayName();
+}
+
+template <class T>
+void TQXGPIndividual<T>::LoadFromXML(const TXMLNode& Node) {
+  if (TXMLIndividualType::Binds(Node)) {
+    LoadFromXML(TXMLIndividualType(Node));
+  }
+}
+
+template <class T>
+void TQXGPIndividual<T>::SaveToXML(const TXMLNode& Node) {
+  if (TXMLIndividualType::Binds(Node)) {
+    SaveToXML(TXMLIndividualType(Node));
+  }
+}
+
+template <class T>
+void TQXGPIndividual<T>::LoadFromXML(const TXMLIndividualType& Element) {
+  SetName(Element.Name());
+  if (DNA() == nullptr) { // what reads the tree
+    AssignDNA(CreateDNA());
+  }
+  const TXMLDnaType Source(Element.FindChild("DNA"));
+  IQXGeneticProgramEngine<T>* const Owner = Engine();
+  if (FDNA->Instruction() == nullptr && Owner != nullptr) {
+    FDNA->SetInstruction(&Owner->Instructions().GetItemByName(Source.Instruction()));
+  }
+  try {
+    FDNA->LoadFromXML(Source);
+  } catch (...) {
+    FlattenDNA(); // the nodes on the list are gone
+    throw;
+  }
+  FlattenDNA();
+}
+
+template <class T>
+void TQXGPIndividual<T>::SaveToXML(const TXMLIndividualType& Element) {
+  Element.SetName(Name());
+  Element.SetFitness(Fitness());
+  if (const TNode* const Root = DNA()) {
+    Root->SaveToXML(Element.DNA());
+  }
+}
+
+} // namespace qx::generics

@@ -1,0 +1,117 @@
+#pragma once
+
+// Definitions of GPBinaryNode.h.
+
+#include <qx/program_trees/GPBinaryNode.h>
+#include <qx/program_trees/GPNode.ipp>
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+namespace qx::generics {
+
+template <class T>
+TQXGPBinaryNode<T>::TQXGPBinaryNode(TQXGPInstruction<T>* Instruction) : TBase(Instruction) {
+  this->FSlots = FSides;
+  this->FSlotCount = 2;
+}
+
+template <class T>
+void TQXGPBinaryNode<T>::SetSide(std::size_t Side, const TQXGPBinaryNode* Value) {
+  TQXGPNode<T>* const Former = FSides[Side];
+  if (Value == Former) {
+    return;
+  }
+  TPointer Copy = Value != nullptr ? Value->Clone() : nullptr; // first: it may be a copy out of the former
+  const TPointer Freed = Former != nullptr ? this->ExtractChild(*Former) : nullptr;
+  if (Copy != nullptr) {
+    this->Attach(Side, std::move(Copy));
+  }
+}
+
+template <class T>
+TQXGPNode<T>& TQXGPBinaryNode<T>::AddChild(TPointer&& Node) {
+  if (Node != nullptr && Node->Parent() == this) {
+    return *Node.release();
+  }
+  return AttachChild(0, std::move(Node));
+}
+
+template <class T>
+TQXGPNode<T>& TQXGPBinaryNode<T>::AttachChild(int Index, TPointer&& Node) {
+  RequireSide(Index);
+  const auto Side = static_cast<std::size_t>(Index);
+  if (FSides[Side] == nullptr) {
+    return this->Attach(Side, std::move(Node));
+  }
+  if (FSides[1 - Side] != nullptr) {
+    RaiseFull();
+  }
+  return this->Attach(1 - Side, std::move(Node));
+}
+
+template <class T>
+TQXGPNode<T>& TQXGPBinaryNode<T>::InsertChild(int Index, TPointer&& Node) {
+  RequireSide(Index);
+  this->RequireAttachable(Node.get());
+  const auto Side = static_cast<std::size_t>(Index);
+  if (FSides[1 - Side] == nullptr) {
+    std::swap(FSides[0], FSides[1]);
+  }
+  const auto* const Given = static_cast<const TQXGPBinaryNode*>(Node.get());
+  if (FSides[1 - Side] != nullptr && Given->Parent() != this) { // no slot will be free for the node itself
+    if (Given->Parent() != nullptr) {
+      static_cast<void>(Node.release()); // it stays where it is, or goes with the child that is replaced
+    }
+    SetSide(Side, Given);
+    RaiseFull();
+  }
+  SetSide(Side, Given);
+  return AddChild(std::move(Node));
+}
+
+template <class T>
+auto TQXGPBinaryNode<T>::NewNode(TQXGPInstruction<T>* Instruction) const -> TPointer {
+  return MakeNode<TQXGPBinaryNode>(Instruction);
+}
+
+template <class T>
+TQXGPNode<T>* TQXGPBinaryNode<T>::GetChild(int Index) const {
+  RequireSide(Index);
+  return FSides[Index];
+}
+
+template <class T>
+void TQXGPBinaryNode<T>::DropChild(const TQXGPNode<T>& Node) noexcept {
+  std::replace(FSides, FSides + 2, const_cast<TQXGPNode<T>*>(&Node), static_cast<TQXGPNode<T>*>(nullptr));
+}
+
+template <class T>
+void TQXGPBinaryNode<T>::Reserve(int Count) {
+  if (Count > 2) {
+    RaiseFull();
+  }
+}
+
+template <class T>
+void TQXGPBinaryNode<T>::RequireFitting(const TQXGPNode<T>& Node) const {
+  if (this->template SourceAs<TQXGPBinaryNode>(Node) == nullptr) {
+    throw std::invalid_argument("A " + Node.ClassName() + " cannot be a child of a " + this->ClassName());
+  }
+}
+
+template <class T>
+void TQXGPBinaryNode<T>::RaiseFull() {
+  throw EGPException(std::string(SNodeFull));
+}
+
+template <class T>
+void TQXGPBinaryNode<T>::RequireSide(int Index) const {
+  if (Index != 0 && Index != 1) {
+    throw std::out_of_range("Index " + std::to_string(Index) + " is no slot of a node that has two");
+  }
+}
+
+} // namespace qx::generics

@@ -1,0 +1,236 @@
+#pragma once
+
+// Definitions of GPInstruction.h.
+
+#include <qx/foundation/QXCommon.h>
+#include <qx/program_trees/GPInstruction.h>
+#include <qx/program_trees/GPInstructions.h>
+#include <qx/program_trees/GPNode.h>
+#include <qx/program_trees/QXGPDomainXML.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace qx::generics {
+
+template <class T>
+TQXGPInstruction<T>::~TQXGPInstruction() {
+  LeaveIndex();
+}
+
+template <class T>
+void TQXGPInstruction<T>::SetName(std::string_view Value) {
+  if (Value == FName) {
+    return;
+  }
+  if (FSet != nullptr && FSet->IndexOf(Value) >= 0) {
+    throw EGPException(std::string(SInstructionNotUnique));
+  }
+  StoreName(Value);
+  Changed(false);
+}
+
+template <class T>
+void TQXGPInstruction<T>::SetArity(int Value) {
+  if (Value == FArity) {
+    return;
+  }
+  if (Value < 0) {
+    FArity = 0;
+  } else {
+    const auto* const Limits = Engine();
+    FArity = Limits != nullptr && Value > Limits->MaxNodeArity() ? Limits->MaxNodeArity() : Value;
+  }
+  if (FArity > 0) {
+    SetOperation(gpFunction);
+  }
+  Changed(false);
+}
+
+template <class T>
+void TQXGPInstruction<T>::SetOperation(TGPGeneticInstruction Value) {
+  if (Value == FOperation) {
+    return;
+  }
+  FOperation = Value;
+  if (Value != gpFunction) {
+    SetArity(0);
+  }
+  OperationChanged();
+}
+
+template <class T>
+IQXGeneticProgramEngine<T>* TQXGPInstruction<T>::Engine() const {
+  return FSet != nullptr ? FSet->Engine() : nullptr;
+}
+
+template <class T>
+T TQXGPInstruction<T>::Execute(TQXGPNode<T>& Node, TQXGPContext<T>* Context) {
+  if (FArity > 0) {
+    const int Count = Node.ChildCount();
+    if (Count < FArity) [[unlikely]] {
+      RaiseMissingArguments(Count);
+    }
+  }
+  T Result = DoExecute(Node, Context);
+  OnExecute(*this, Node, Context, Result);
+  return Result;
+}
+
+template <class T>
+T TQXGPInstruction<T>::DoExecute(TQXGPNode<T>& Node, TQXGPContext<T>* Context) {
+  switch (FOperation) {
+  case gpVariable: {
+    if (Context == nullptr) [[unlikely]] {
+      RaiseMissingContext();
+    }
+    const T* const Found = Context->Values().Find(FName, FHint);
+    return Found != nullptr ? *Found : T();
+  }
+  case gpConstant:
+    return Node.Value();
+  case gpFunction:
+    break;
+  }
+  return T();
+}
+
+template <class T>
+void TQXGPInstruction<T>::Assign(const TPersistent& Source) {
+  const auto* const Instruction = SourceAs<TQXGPInstruction>(Source);
+  if (Instruction == nullptr) {
+    TCollectionItem::Assign(Source);
+    return;
+  }
+  StoreName(std::string(Instruction->FName));
+  FComment = Instruction->FComment;
+  FArity = Instruction->FArity;
+  FValue = Instruction->FValue;
+  SetOperation(Instruction->FOperation);
+}
+
+template <class T>
+void TQXGPInstruction<T>::AssignEvents(const TPersistent& Source) {
+  if (const auto* Instruction = SourceAs<TQXGPInstruction>(Source)) {
+    OnInitialize = Instruction->OnInitialize;
+    OnExecute = Instruction->OnExecute;
+  }
+}
+
+template <class T>
+std::string TQXGPInstruction<T>::ToString() const {
+  return DisplayName() + " '" + FComment + "' " + std::string(EnumName(FOperation));
+}
+
+template <class T>
+void TQXGPInstruction<T>::LoadFromXML(const TXMLInstructionType& Element) {
+  const std::string Name = Element.Name();
+  const int Arity = Element.IsFunction() ? TXMLFunctionInstructionType(Element).Arity() : 0;
+  if (Name != DisplayName()) {
+    StoreName(Name);
+  }
+  FComment = Element.Comment();
+  if (Element.IsFunction()) {
+    SetArity(Arity);
+    FOperation = gpFunction;
+  } else {
+    FOperation = Element.IsVariable() ? gpVariable : gpConstant;
+  }
+  LoadValueFromXML(Element);
+}
+
+template <class T>
+void TQXGPInstruction<T>::SaveToXML(const TXMLGPInstructions& Element) {
+  switch (FOperation) {
+  case gpVariable:
+    SaveToXML(Element.AddVariable());
+    break;
+  case gpConstant:
+    SaveToXML(Element.AddConstant());
+    break;
+  case gpFunction:
+    SaveToXML(Element.AddFunction());
+    break;
+  }
+}
+
+template <class T>
+void TQXGPInstruction<T>::SaveToXML(const TXMLVariableInstructionType& Element) {
+  Element.SetName(DisplayName());
+  Element.SetComment(FComment);
+  SaveValueToXML(Element);
+}
+
+template <class T>
+void TQXGPInstruction<T>::SaveToXML(const TXMLConstantInstructionType& Element) {
+  Element.SetName(DisplayName());
+  Element.SetComment(FComment);
+  SaveValueToXML(Element);
+}
+
+template <class T>
+void TQXGPInstruction<T>::SaveToXML(const TXMLFunctionInstructionType& Element) {
+  Element.SetName(DisplayName());
+  Element.SetComment(FComment);
+  Element.SetArity(FArity);
+}
+
+template <class T>
+void TQXGPInstruction<T>::OperationChanged() {
+  if (FSet != nullptr) {
+    FSet->InstructionOperationUpdate(*this);
+  }
+  Changed(false);
+}
+
+template <class T>
+std::string TQXGPInstruction<T>::GetDisplayName() const {
+  return FName.empty() ? TCollectionItem::GetDisplayName() : FName;
+}
+
+template <class T>
+void TQXGPInstruction<T>::CollectionChanged(TOwnedCollection* Value) {
+  LeaveIndex();
+  if (auto* const Set = dynamic_cast<TQXGPInstructions<T>*>(Value)) {
+    Set->FIndex.insert(this);
+    FSet = Set;
+  }
+}
+
+template <class T>
+void TQXGPInstruction<T>::StoreName(std::string_view Value) {
+  FHint = {};
+  if (FSet == nullptr) {
+    FName = Value;
+    return;
+  }
+  // The set's index goes by the name: the instruction leaves it with the old one and comes back with the new.
+  auto Place = FSet->FIndex.extract(FSet->PlaceInIndex(*this));
+  try {
+    FName = Value;
+  } catch (...) {
+    FSet->FIndex.insert(std::move(Place));
+    throw;
+  }
+  FSet->FIndex.insert(std::move(Place));
+}
+
+template <class T>
+void TQXGPInstruction<T>::LeaveIndex() {
+  if (FSet != nullptr) {
+    FSet->FIndex.erase(FSet->PlaceInIndex(*this));
+    FSet = nullptr;
+  }
+}
+
+template <class T>
+void TQXGPInstruction<T>::RaiseMissingArguments(int Count) const {
+  throw EGPException(FormatText(SInvalidNumInstructionArgs, {std::to_string(Count), DisplayName()}));
+}
+
+template <class T>
+void TQXGPInstruction<T>::RaiseMissingContext() const {
+  throw std::invalid_argument("The variable \"" + FName + "\" has no context to take its value from");
+}
+
+} // namespace qx::generics

@@ -1,0 +1,231 @@
+#pragma once
+
+#include <qx/foundation/QXGAConsts.h>
+#include <qx/platform/FreeList.h>
+#include <qx/platform/Persistent.h>
+#include <qx/platform/Variant.h>
+#include <qx/program_trees/GPContext.h>
+#include <qx/program_trees/GeneticProgramEngine.h>
+
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+namespace qx {
+
+class TXMLDnaType;
+
+} // namespace qx
+
+namespace qx::generics {
+
+/// A node of a program tree. It refers to an instruction and has a value of its own (the constant, where the
+/// instruction is one).
+///
+/// A node owns its children; a root, or a node that was detached, belongs to whoever holds it. So what hands a
+/// node out returns a `TPointer`, and what takes one over takes a `TPointer&&`, which keeps the node when the
+/// call raises. Nodes are made by `MakeNode`, or by `CreateNode` of a node or an engine.
+///
+/// Walks over a tree (copying, printing, measuring, loading, saving, freeing) do without recursion, so that
+/// its depth is bound by memory alone; only `Execute`, which calls host code, goes down level by level.
+///
+/// A node class of one's own derives from `TQXGPTreeNode` or `TQXGPBinaryNode`. It overrides `NewNode`, and for
+/// fields of its own `DoAssign`, `DoLoadFromXML` and `DoSaveToXML`, which are called once for each node.
+template <class T>
+class TQXGPNode : public TPersistent {
+  static_assert(alignof(T) <= FreeListAlignment);
+
+public:
+  using TPointer = std::unique_ptr<TQXGPNode>;
+
+  /// Frees the children, then takes the node out of its parent.
+  ~TQXGPNode() override;
+  static void* operator new(std::size_t Bytes) { return TakeBlock(Bytes); }
+  static void operator delete(void* Block, std::size_t Bytes) noexcept { FreeBlock(Block, Bytes); }
+
+  /// The node above, or nullptr.
+  TQXGPNode* Parent() const { return FParent; }
+  /// Moves a node that has a parent to another one, as its last child, or takes it out of its parent and
+  /// returns it. Raises, and leaves all nodes as they were: what `AddChild` raises; std::logic_error when the
+  /// node has no parent, because then its owner must hand it over.
+  TPointer SetParent(TQXGPNode* Value);
+
+  const T& Value() const { return FValue; }
+  virtual void SetValue(const T& Value) { FValue = Value; }
+
+  /// What the node does, or nullptr.
+  TQXGPInstruction<T>* Instruction() const { return FInstruction; }
+  void SetInstruction(TQXGPInstruction<T>* Value) { FInstruction = Value; }
+
+  /// A child; nullptr for a free slot of a binary node. Raises std::out_of_range.
+  TQXGPNode* Children(int Index) const { return GetChild(Index); }
+  int ChildCount() const { return GetChildCount(); }
+  /// The places of the children, in order; those of a binary node are its two slots and may be nullptr.
+  std::span<TQXGPNode* const> Slots() const { return {FSlots, FSlotCount}; }
+  /// Place of a child, or -1.
+  int IndexOf(const TQXGPNode& Node) const;
+
+  /// Takes over a node, as the last child or in a free slot. A child of this node already is left where it is;
+  /// a child of another one leaves that. Raises, and leaves all nodes as they were: std::invalid_argument for
+  /// nullptr, an own ancestor, or a node of a kind that does not fit; EGPException when no slot is free.
+  virtual TQXGPNode& AddChild(TPointer&& Node) = 0;
+  /// Moves a node that has a parent; see `SetParent`.
+  TQXGPNode& AddChild(TQXGPNode& Node);
+  /// Takes over a node at a place, 0 to `ChildCount`. See the families.
+  virtual TQXGPNode& InsertChild(int Index, TPointer&& Node) = 0;
+  /// Inserts a node that has a parent.
+  TQXGPNode& InsertChild(int Index, TQXGPNode& Node);
+  /// Takes over a node at a place and does nothing else: before the child that stands there or, in a binary
+  /// node, in that slot when it is free, else in the other one. Raises as `AddChild`.
+  virtual TQXGPNode& AttachChild(int Index, TPointer&& Node) = 0;
+  /// Hands a child out. Raises std::invalid_argument when it is none of this node.
+  virtual TPointer ExtractChild(TQXGPNode& Node);
+  /// Frees the children; the value becomes the default one, and the instruction nullptr.
+  virtual void Clear();
+
+  /// Makes a detached node: by the engine of this node's instruction, if there is one, else of this node's own
+  /// kind.
+  virtual TPointer CreateNode(TQXGPInstruction<T>* Instruction) const;
+  /// The same, as the last child of `Parent` or in its free slot.
+  TQXGPNode& CreateNode(TQXGPInstruction<T>* Instruction, TQXGPNode& Parent) const {
+    return Parent.AddChild(CreateNode(Instruction));
+  }
+  /// Makes a copy of the tree: new nodes, the same instructions.
+  TPointer Clone() const;
+  TQXGPNode& Clone(TQXGPNode& NewParent) const { return NewParent.AddChild(Clone()); }
+  /// Replaces this node's content and children by copies of those of another node, which may stand in this
+  /// one's own tree. When that raises, the children are as they were.
+  void Assign(const TPersistent& Source) override;
+
+  /// Number of nodes in this tree.
+  int Size() const {
+    if (FSize == 0) {
+      Measure();
+    }
+    return FSize;
+  }
+  /// Levels below this node: 0 for a leaf.
+  int Depth() const {
+    if (FSize == 0) {
+      Measure();
+    }
+    return FDepth;
+  }
+  /// Forgets size and depth of this node and of those above it. Whatever changes the children calls it. The
+  /// ancestors have forgotten theirs when an override of this node or of one above is called.
+  virtual void Modified();
+
+  /// Evaluates the program. Raises EGPException for a node without instruction, or with fewer children than
+  /// its function has arguments; EStackError when the tree is too deep for the stack (see `RequireStack`); and
+  /// what handlers raise.
+  T Execute(TQXGPContext<T>* Context);
+  /// Evaluates a child. Raises std::out_of_range when there is none at that place.
+  T ExecuteChild(int Index, TQXGPContext<T>* Context);
+  /// Whether the node is no function that takes arguments.
+  bool IsTerminal() const;
+
+  /// The program in prefix notation, as in "(Add x 1.5)".
+  std::string ToString() const;
+  /// The node's value, or a variable's name, as text. Nothing here; kinds whose values have a text override it.
+  virtual std::string ValueToString() const { return {}; }
+
+  /// Reads a tree. The node must have an instruction, which serves as a handle on the set; without one it is
+  /// cleared. Raises EGPException for an instruction that the set does not have; then the tree is partly read.
+  virtual void LoadFromXML(const TXMLDnaType& Element);
+  virtual void SaveToXML(const TXMLDnaType& Element) const;
+
+  using TValue = T;
+  using TInstruction = TQXGPInstruction<T>;
+
+protected:
+  /// A detached node with the instruction's value.
+  explicit TQXGPNode(TQXGPInstruction<T>* Instruction);
+
+  /// Makes a detached node of this node's own kind.
+  virtual TPointer NewNode(TQXGPInstruction<T>* Instruction) const = 0;
+  /// Copies what a node has besides its children.
+  virtual void DoAssign(const TQXGPNode& Source);
+  /// Read and write what a node's element has besides the children.
+  virtual void DoLoadFromXML(const TXMLDnaType& Element);
+  virtual void DoSaveToXML(const TXMLDnaType& Element) const;
+  virtual void LoadValueFromXML(const TXMLDnaType& /*Element*/) {}
+  virtual void SaveValueToXML(const TXMLDnaType& /*Element*/) const {}
+
+  virtual TQXGPNode* GetChild(int Index) const = 0;
+  virtual int GetChildCount() const = 0;
+
+  /// Stores a child at a place that is free, or before the one that stands there. What is stored is linked
+  /// and measured by the caller.
+  virtual void StoreChild(std::size_t Slot, TQXGPNode& Node) = 0;
+  /// Takes a child out of its place; of a child that was inserted more than once, every occurrence.
+  virtual void DropChild(const TQXGPNode& Node) noexcept = 0;
+  virtual void DropChildren() noexcept = 0;
+  /// Raises when the node cannot have so many children.
+  virtual void Reserve(int Count) = 0;
+  /// Raises when a node of that kind cannot be a child of this one.
+  virtual void RequireFitting(const TQXGPNode& Node) const = 0;
+
+  /// What all ways in have in common: checks, stores, links. An attached node leaves its parent.
+  TQXGPNode& Attach(std::size_t Slot, TPointer&& Node);
+  void RequireAttachable(const TQXGPNode* Node) const;
+  void FreeChildren() noexcept;
+  [[noreturn]] void RaiseIndexError(int Index) const;
+
+  // A family points them at its own storage.
+  TQXGPNode** FSlots = nullptr;
+  std::uint32_t FSlotCount = 0;
+
+private:
+  template <class TNode>
+  friend std::unique_ptr<TNode> MakeNode(TQXGPInstruction<typename TNode::TValue>* Instruction);
+  class TFormerChildren;
+
+  static TPointer Loan(TQXGPNode& Node);
+  static TPointer CopyTree(const TQXGPNode& Source);
+  TQXGPNode& StoreCopy(std::size_t Slot, TPointer Copy);
+  void TakeChildren(TQXGPNode*& Chain) noexcept;
+  void Measure() const;
+  void CopyMeasures(const TQXGPNode& Source);
+  void ForgetMeasures() { FSize = FDepth = 0; }
+  void ForgetUpwards();
+  void TellUpwards();
+  void Watch();
+
+  // Size and depth; not known as long as the size is 0. Where they are known they are known below as well.
+  mutable std::int32_t FSize = 0;
+  mutable std::int32_t FDepth = 0;
+  // Neither this node nor one above it has known measures or an override of `Modified`, so that a walk up may
+  // stop here. Where it is false it is false below as well.
+  mutable bool FUnwatched = false;
+  bool FModifiedIsOverridden = true; // unless `MakeNode` knows better
+  TQXGPNode* FParent = nullptr;
+  TQXGPInstruction<T>* FInstruction;
+  T FValue;
+
+  // The node whose override of `Modified` is being called on the way up.
+  static inline constinit thread_local TQXGPNode* FTold = nullptr;
+};
+
+/// Makes a whole, detached node of a class; the one way in which the class is known to leave `Modified` as it
+/// is, so that changes deep in a tree cost no walk to the root each.
+template <class TNode>
+std::unique_ptr<TNode> MakeNode(TQXGPInstruction<typename TNode::TValue>* Instruction) {
+  auto Node = std::make_unique<TNode>(Instruction);
+  if constexpr (requires { &TNode::Modified; }) {
+    using TInherited = void (TQXGPNode<typename TNode::TValue>::*)();
+    TQXGPNode<typename TNode::TValue>& Base = *Node;
+    Base.FModifiedIsOverridden = !std::is_same_v<decltype(&TNode::Modified), TInherited>;
+    Base.FUnwatched = !Base.FModifiedIsOverridden;
+  }
+  return Node;
+}
+
+extern template class TQXGPNode<TGAFloat>;
+extern template class TQXGPNode<Variant>;
+
+} // namespace qx::generics
