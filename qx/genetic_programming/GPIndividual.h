@@ -5,6 +5,7 @@
 #include <qx/program_trees/QXGPDomainXML.h>
 #include <qx/program_trees/QXGenerics.GeneticProgramEngine.h>
 
+#include <concepts>
 #include <span>
 #include <string>
 #include <vector>
@@ -63,7 +64,10 @@ public:
   TNode* SelectNode(TGAProbability NonTerminalProbability, TGPGeneticInstructions Operations);
   /// Picks uniformly among the nodes whose size (else depth) is at most `Limit`: one integer draw. nullptr,
   /// and no draw, when there is none.
-  TNode* SelectNode(int Limit, bool BySize);
+  template <std::same_as<bool> TBoolean> // so that a list of kinds in braces is none
+  TNode* SelectNode(int Limit, TBoolean BySize) {
+    return SelectWithin(Limit, BySize);
+  }
 
   /// The display name, a colon, and the program.
   virtual std::string ToString() const;
@@ -88,6 +92,7 @@ protected:
 private:
   class TPlace;
 
+  TNode* SelectWithin(int Limit, bool BySize);
   static bool TakesArguments(const TNode& Node);
   static void RequireSelectable(std::span<TNode* const> Nodes, TGAProbability NonTerminalProbability);
   IQXGeneticProgramEngine<T>* Engine() const;

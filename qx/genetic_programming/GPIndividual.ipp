@@ -278,7 +278,7 @@ auto TQXGPIndividual<T>::SelectNode(TGAProbability NonTerminalProbability, TGPGe
 }
 
 template <class T>
-auto TQXGPIndividual<T>::SelectNode(int Limit, bool BySize) -> TNode* {
+auto TQXGPIndividual<T>::SelectWithin(int Limit, bool BySize) -> TNode* {
   std::vector<TNode*> Nodes;
   std::copy_if(FFlattenedDNA.begin(), FFlattenedDNA.end(), std::back_inserter(Nodes), [=](const TNode* Node) {
     return (BySize ? Node->Size() : Node->Depth()) <= Limit;

@@ -24,7 +24,7 @@ constexpr std::size_t PageBytes = 16384;
 // The blocks of threads that have ended.
 struct TLeftBlocks {
   std::mutex Mutex;
-  detail::TFreeBlocks Blocks{};
+  detail::TFreeBlock* Blocks[detail::FreeLists] = {};
 };
 
 TLeftBlocks& LeftBlocks() {
@@ -48,7 +48,7 @@ constinit thread_local bool ThreadEnds = false;
 struct TThreadEnd {
   ~TThreadEnd() {
     ThreadEnds = true;
-    for (std::size_t List = 0; List < detail::FreeBlocks.size(); ++List) {
+    for (std::size_t List = 0; List < detail::FreeLists; ++List) {
       if (detail::TFreeBlock* const First = std::exchange(detail::FreeBlocks[List], nullptr)) {
         Leave(First, List);
       }
@@ -60,7 +60,7 @@ void WatchThread() { static thread_local const TThreadEnd End; }
 
 } // namespace
 
-constinit thread_local detail::TFreeBlocks detail::FreeBlocks = {};
+constinit thread_local detail::TFreeBlock* detail::FreeBlocks[FreeLists] = {};
 
 void* detail::TakeFreshBlock(std::size_t Bytes) {
   if (EachBlockFromHeap || Bytes - 1 >= LargestFreeBlock || ThreadEnds) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <new>
 
@@ -17,9 +16,9 @@ struct TFreeBlock {
 
 // Blocks above the largest size are the heap's own.
 inline constexpr std::size_t LargestFreeBlock = 256;
+inline constexpr std::size_t FreeLists = LargestFreeBlock / FreeListAlignment;
 // One list for each size.
-using TFreeBlocks = std::array<TFreeBlock*, LargestFreeBlock / FreeListAlignment>;
-extern constinit thread_local TFreeBlocks FreeBlocks;
+extern constinit thread_local TFreeBlock* FreeBlocks[FreeLists];
 
 constexpr std::size_t FreeListOf(std::size_t Bytes) { return (Bytes - 1) / FreeListAlignment; }
 

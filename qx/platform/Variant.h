@@ -31,11 +31,12 @@ public:
   Variant() = default;
   Variant(bool Value) : FValue(Value) {}
   template <std::integral TInteger>
-  requires(!std::same_as<TInteger, bool>) Variant(TInteger Value);
+  Variant(TInteger Value);
   template <std::floating_point TReal>
   Variant(TReal Value) : FValue(static_cast<double>(Value)) {}
   Variant(std::string Value) : FValue(std::move(Value)) {}
   Variant(std::string_view Value) : FValue(std::string(Value)) {}
+  Variant(char Value) : FValue(std::string(1, Value)) {}
   Variant(const char* Value) : FValue(std::string(Value)) {}
   /// No other pointer is a value.
   Variant(const void*) = delete;
@@ -82,7 +83,7 @@ private:
 
 // A whole number beyond 64 signed bits is held as a real one.
 template <std::integral TInteger>
-requires(!std::same_as<TInteger, bool>) Variant::Variant(TInteger Value) {
+Variant::Variant(TInteger Value) {
   if (std::in_range<std::int64_t>(Value)) {
     FValue = static_cast<std::int64_t>(Value);
   } else {

@@ -1,0 +1,130 @@
+#include <qx/genetic_programming/QXGenerics.GeneticProgramming.h>
+#include <qx/platform/StackGuard.h>
+#include <qx/program_trees/QXGPDomainXML.h>
+
+#include <support/SmallPrograms.h>
+
+#include <gtest/gtest.h>
+
+#include <pthread.h>
+#include <string>
+#include <utility>
+
+namespace qx::generics {
+namespace {
+
+using TNode = TQXGPNode<TGAFloat>;
+using TPointer = TNode::TPointer;
+using TIndividual = TQXGPIndividual<TGAFloat>;
+
+constexpr int Levels = 1'000'000;
+
+/// Runs a call on a stack of 256 KiB.
+template <class TCall>
+void OnSmallStack(TCall Call) {
+  pthread_attr_t Attributes;
+  pthread_attr_init(&Attributes);
+  ASSERT_EQ(pthread_attr_setstacksize(&Attributes, 256 << 10), 0);
+  pthread_t Thread{};
+  const auto Run = [](void* Given) -> void* {
+    (*static_cast<TCall*>(Given))();
+    return nullptr;
+  };
+  ASSERT_EQ(pthread_create(&Thread, &Attributes, Run, &Call), 0);
+  pthread_join(Thread, nullptr);
+  pthread_attr_destroy(&Attributes);
+}
+
+class DeepTreeTest : public testing::TestWithParam<bool> {
+protected:
+  DeepTreeTest() { Engine.Binary = GetParam(); }
+
+  // From the root down, one level after the other.
+  TPointer Chain(int Length) {
+    TQXGPInstruction<TGAFloat>& Neg = Engine.Instructions().GetItemByName("Neg");
+    TPointer Root = Engine.CreateNode(&Neg);
+    TNode* Deep = Root.get();
+    for (int I = 2; I < Length; ++I) {
+      Deep = &Deep->AddChild(Engine.CreateNode(&Neg));
+    }
+    Deep->AddChild(Engine.Tree("x"));
+    return Root;
+  }
+
+  tests::TArithmeticEngine<> Engine;
+};
+
+INSTANTIATE_TEST_SUITE_P(BothFamilies, DeepTreeTest, testing::Bool(),
+                         [](const auto& Info) { return Info.param ? "Binary" : "Nary"; });
+
+TEST_P(DeepTreeTest, AMillionLevelsAreBuiltCopiedMeasuredPrintedAndFreed) {
+  OnSmallStack([&] {
+    TPointer Tree = Chain(Levels);
+    EXPECT_EQ(Tree->Size(), Levels);
+    EXPECT_EQ(Tree->Depth(), Levels - 1);
+    TPointer Copy = Tree->Clone();
+    EXPECT_EQ(Copy->Depth(), Levels - 1);
+    const std::string Text = Copy->ToString();
+    EXPECT_EQ(Text.size(), std::string("(Neg ").size() * (Levels - 1) + 1 + Levels - 1);
+    Copy->Assign(*Copy->Children(0));
+    EXPECT_EQ(Copy->Size(), Levels - 1);
+    TPointer Top = Engine.Tree("Neg"); // from the leaf up
+    Top->AddChild(std::move(Tree));
+    EXPECT_EQ(Top->Size(), Levels + 1);
+  });
+}
+
+TEST_P(DeepTreeTest, AMillionLevelsAreFlattenedSavedAndLoaded) {
+  OnSmallStack([&] {
+    TQXGPPopulation<TGAFloat> Population(&Engine);
+    TIndividual& Individual = Population.Add();
+    Individual.AssignDNA(Chain(Levels));
+    EXPECT_EQ(Individual.FlattenedDNA().size(), static_cast<std::size_t>(Levels));
+    const TXMLDocument Document = TXMLDocument::New("Individual");
+    Individual.SaveToXML(Document.Root());
+    TXMLLimits Limits;
+    Limits.Depth = 2 * Levels;
+    const TXMLDocument Read = TXMLDocument::Parse(Document.Text(), Limits);
+    TIndividual& Loaded = Population.Add();
+    Loaded.LoadFromXML(Read.Root());
+    EXPECT_EQ(Loaded.DNA()->Size(), Levels);
+    Loaded.Assign(Individual);
+    TNode& Deep = *Loaded.FlattenedDNA()[Levels - 2];
+    Loaded.Crossover(Deep, Individual, *Individual.DNA());
+    EXPECT_EQ(Loaded.DNA()->Depth(), 2 * Levels - 3);
+    EXPECT_EQ(Individual.DNA()->Size(), 2);
+  });
+}
+
+TEST_P(DeepTreeTest, ExecutionStopsBeforeTheStackIsGone) {
+  OnSmallStack([&] {
+    const TPointer Tree = Chain(Levels);
+    TQXGPContext<TGAFloat> Context;
+    try {
+      Tree->Execute(&Context);
+      ADD_FAILURE() << "nothing raised";
+    } catch (const EStackError& Error) {
+      EXPECT_NE(std::string(Error.what()).find("too deep"), std::string::npos);
+    }
+    const TPointer Shallow = Chain(100);
+    Context.Values().Add("x", 2);
+    EXPECT_EQ(Shallow->Execute(&Context), -2);
+  });
+}
+
+TEST(StackReserveTest, AHostThatNeedsMoreStackSaysSo) {
+  tests::TArithmeticEngine Engine;
+  const TPointer Tree = Engine.Tree("(Neg (Neg c))");
+  const std::size_t Default = StackReserve();
+  EXPECT_EQ(Default, std::size_t{64} << 10);
+  OnSmallStack([&] {
+    EXPECT_EQ(Tree->Execute(nullptr), 1.5);
+    SetStackReserve(std::size_t{1} << 20);
+    EXPECT_THROW(Tree->Execute(nullptr), EStackError);
+    SetStackReserve(Default);
+    EXPECT_EQ(Tree->Execute(nullptr), 1.5);
+  });
+}
+
+} // namespace
+} // namespace qx::generics
