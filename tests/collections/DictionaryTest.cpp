@@ -304,6 +304,7 @@ TEST(Dictionary, EqualsAMapOverRandomOperations) {
   std::mt19937 Choices(1);
   TQXDictionary<int, int> Numbers;
   std::map<int, int> Model;
+  std::map<int, TDictionaryHint> Hints;
   for (int Step = 0; Step < 100000; ++Step) {
     const int Key = static_cast<int>(Choices() % 200);
     const int Value = static_cast<int>(Choices() % 1000);
@@ -323,6 +324,9 @@ TEST(Dictionary, EqualsAMapOverRandomOperations) {
       }
       break;
     default:
+      const int* const Found = Numbers.Find(Key, Hints[Key]);
+      ASSERT_EQ(Found != nullptr, Model.contains(Key));
+      ASSERT_TRUE(Found == nullptr || *Found == Model[Key]);
       ASSERT_EQ(Numbers.ContainsKey(Key), Model.contains(Key));
       if (Model.contains(Key)) {
         ASSERT_EQ(Numbers[Key], Model[Key]);
@@ -335,6 +339,65 @@ TEST(Dictionary, EqualsAMapOverRandomOperations) {
     Read[Key] = Value;
   }
   EXPECT_EQ(Read, Model);
+}
+
+TEST(Dictionary, AHintFindsAKeyWhileKeysComeAndGo) {
+  TQXDictionary<std::string, int> Numbers;
+  TDictionaryHint Hint;
+  EXPECT_EQ(Numbers.Find("x", Hint), nullptr);
+  Numbers.Add("x", 1);
+  ASSERT_NE(Numbers.Find("x", Hint), nullptr);
+  EXPECT_EQ(*Numbers.Find("x", Hint), 1);
+  Numbers.SetItems("x", 2);
+  EXPECT_EQ(*Numbers.Find("x", Hint), 2);
+  for (int I = 0; I < 100; ++I) {
+    Numbers.Add(std::to_string(I), I);
+    EXPECT_EQ(*Numbers.Find("x", Hint), 2);
+  }
+  Numbers.Remove("x");
+  EXPECT_EQ(Numbers.Find("x", Hint), nullptr);
+  Numbers.Add("x", 3);
+  EXPECT_EQ(*Numbers.Find("x", Hint), 3);
+  Numbers.TrimExcess();
+  EXPECT_EQ(*Numbers.Find("x", Hint), 3);
+  Numbers.Clear();
+  EXPECT_EQ(Numbers.Find("x", Hint), nullptr);
+}
+
+TEST(Dictionary, AHintTellsDictionariesApart) {
+  TDictionaryHint Hint;
+  for (int I = 0; I < 10; ++I) { // each likely at the place of the former one
+    TQXDictionary<std::string, int> Numbers;
+    if (I % 2 == 0) {
+      Numbers.Add("x", I);
+    }
+    const int* const Found = Numbers.Find("x", Hint);
+    EXPECT_EQ(Found != nullptr, I % 2 == 0);
+    EXPECT_TRUE(Found == nullptr || *Found == I);
+    const TQXDictionary<std::string, int> Copy(Numbers);
+    Numbers.AddOrSetValue("x", -1);
+    EXPECT_EQ(*Numbers.Find("x", Hint), -1);
+    EXPECT_EQ(Copy.Find("x", Hint) != nullptr, I % 2 == 0);
+  }
+}
+
+TEST(Dictionary, AHintNeitherHashesNorComparesWhileKeysStay) {
+  static int Looks;
+  struct TCounting {
+    bool Equals(int Left, int Right) const { return ++Looks, Left == Right; }
+    std::int32_t GetHashCode(int Key) const { return ++Looks, Key; }
+  };
+  TQXDictionary<int, int, TCounting> Numbers;
+  Numbers.Add(7, 1);
+  TDictionaryHint Hint;
+  EXPECT_NE(Numbers.Find(7, Hint), nullptr);
+  Looks = 0;
+  for (int I = 0; I < 10; ++I) {
+    Numbers.SetItems(7, I);
+    Looks = 0;
+    EXPECT_EQ(*Numbers.Find(7, Hint), I);
+    EXPECT_EQ(Looks, 0);
+  }
 }
 
 } // namespace
