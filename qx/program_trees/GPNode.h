@@ -124,7 +124,7 @@ public:
   /// its function has arguments; EStackError when the tree is too deep for the stack (see `RequireStack`); and
   /// what handlers raise.
   T Execute(TQXGPContext<T>* Context);
-  /// Evaluates a child. Raises std::out_of_range when there is none at that place.
+  /// Evaluates the child at a place of `Slots`. Raises std::out_of_range when there is none.
   T ExecuteChild(int Index, TQXGPContext<T>* Context);
   /// Whether the node is no function that takes arguments.
   bool IsTerminal() const;

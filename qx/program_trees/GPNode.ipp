@@ -406,8 +406,8 @@ T TQXGPNode<T>::Execute(TQXGPContext<T>* Context) {
 
 template <class T>
 T TQXGPNode<T>::ExecuteChild(int Index, TQXGPContext<T>* Context) {
-  TQXGPNode* const Child = GetChild(Index);
-  if (Child == nullptr) {
+  TQXGPNode* const Child = static_cast<std::uint32_t>(Index) < FSlotCount ? FSlots[Index] : nullptr;
+  if (Child == nullptr) [[unlikely]] {
     RaiseIndexError(Index);
   }
   return Child->Execute(Context);

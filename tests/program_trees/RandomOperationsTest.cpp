@@ -92,25 +92,31 @@ public:
 
   void Step() {
     FOther = Random(2) == 0;
-    switch (Random(11)) {
+    switch (Random(16)) {
     case 0:
     case 1:
-      return AddNew();
     case 2:
-      return InsertNew();
     case 3:
-      return Extract();
     case 4:
-      return Move();
+      return AddNew();
     case 5:
-      return Graft();
     case 6:
+      return InsertNew();
     case 7:
-      return Crossover();
+      return Extract();
     case 8:
-      return AssignSubtree();
+      return Move();
     case 9:
-      return Random(8) == 0 ? Clear() : ReplaceSide();
+      return Graft();
+    case 10:
+    case 11:
+      return Crossover();
+    case 12:
+      return AssignSubtree();
+    case 13:
+      return ReplaceSide();
+    case 14:
+      return Random(8) == 0 ? Clear() : AddNew();
     default:
       return CopyAll();
     }
@@ -344,7 +350,7 @@ private:
     if (Root()->Size() > 100) { // keeps the trees from growing without end
       Root() = NewModel("Mul");
       Individual().AssignDNA(FEngine.Tree("Mul"));
-    } else if (Random(2) == 0) {
+    } else if (Random(10) > 0) {
       Individual().SetDNA(*FPopulation[1 - Here()].DNA());
       Root() = FRoots[1 - Here()]->Copy();
     } else {
