@@ -29,7 +29,7 @@ namespace qx::generics {
 ///
 /// A node owns its children; a root, or a node that was detached, belongs to whoever holds it. So what hands a
 /// node out returns a `TPointer`, and what takes one over takes a `TPointer&&`, which keeps the node when the
-/// call raises. Nodes are made by `MakeNode`, or by `CreateNode` of a node or an engine.
+/// call raises (a pointer of a derived class is converted first and does not). Nodes are made by `MakeNode`, or by `CreateNode` of a node or an engine.
 ///
 /// Walks over a tree (copying, printing, measuring, loading, saving, freeing) do without recursion, so that
 /// its depth is bound by memory alone; only `Execute`, which calls host code, goes down level by level.
