@@ -1,11 +1,11 @@
 // Node selection and crossover of program individuals, on full trees and on deep ones.
 
-#include <benchmarks/program_trees/RandomFormula.h>
 #include <qx/genetic_programming/QXGenerics.GeneticProgramming.h>
 #include <qx/platform/Random.h>
 
 #include <benchmark/benchmark.h>
 
+#include <benchmarks/program_trees/RandomFormula.h>
 #include <cstdint>
 #include <memory>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// Random formulas over + - * / and three variables, known when the program is compiled: each as a program tree
-// and as the same formula in C++.
+// Random formulas over + - * / and three variables, known when the program is compiled: each as a program
+// tree and as the same formula in C++.
 
 #include <qx/program_trees/QXGenerics.GeneticProgramEngine.h>
 

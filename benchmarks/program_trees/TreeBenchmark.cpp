@@ -1,9 +1,8 @@
 // Execution of program trees beside the same formulas in C++; building, copying, freeing and measuring them.
 
-#include <benchmarks/program_trees/RandomFormula.h>
-
 #include <benchmark/benchmark.h>
 
+#include <benchmarks/program_trees/RandomFormula.h>
 #include <bit>
 #include <cstdint>
 #include <utility>

@@ -261,6 +261,7 @@ V TQXDictionary<K, V, TComparer>::DoRemove(const K& Key, std::int32_t HashCode,
   if (Gap < 0) {
     return V();
   }
+  FLayout = 0;
   TElement Removed = std::move(Bucket(Gap).Pair);
   Bucket(Gap).HashCode = TBucket::EmptyHash;
   for (int I = Next(Gap); Bucket(I).HashCode != TBucket::EmptyHash; I = Next(I)) {
@@ -272,7 +273,6 @@ V TQXDictionary<K, V, TComparer>::DoRemove(const K& Key, std::int32_t HashCode,
   }
   Bucket(Gap) = TBucket();
   --FCount;
-  FLayout = 0;
   KeyNotify(Removed.Key, Notification);
   ValueNotify(Removed.Value, Notification);
   return std::move(Removed.Value);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <qx/engine/Individual.h>
-#include <qx/platform/SmallList.h>
 #include <qx/program_trees/QXGPDomainXML.h>
 #include <qx/program_trees/QXGenerics.GeneticProgramEngine.h>
 
@@ -15,8 +14,8 @@ namespace qx::generics {
 template <class T>
 class TQXGPPopulation;
 
-/// An individual whose genome is a program tree. It also keeps a list of the tree's nodes, from which crossover
-/// and mutation points are picked.
+/// An individual whose genome is a program tree. It also keeps a list of the tree's nodes, from which
+/// crossover and mutation points are picked.
 ///
 /// The list is made anew by every change that goes through the individual. Whoever changes the shape of the
 /// tree directly calls `FlattenDNA` afterwards. The individual belongs in a population whose owner is an
@@ -27,8 +26,8 @@ public:
   using TNode = TQXGPNode<T>;
   using TNodePointer = typename TNode::TPointer;
 
-  /// Root of the tree, made by `CreateDNA` when it is first asked for; nullptr when that made none, or none was
-  /// assigned. Raises EGPException outside any engine.
+  /// Root of the tree, made by `CreateDNA` when it is first asked for; nullptr when that made none, or none
+  /// was assigned. Raises EGPException outside any engine.
   TNode* DNA();
   const TNode* DNA() const { return const_cast<TQXGPIndividual&>(*this).DNA(); }
   /// Copies a tree into the own one.
@@ -54,7 +53,7 @@ public:
   /// std::invalid_argument when `Node` is not in this tree, and what `AddChild` of a node raises.
   virtual TNodePointer Graft(TNode& Node, TNodePointer&& NewNode);
   /// Swaps the subtree `Node` with a subtree of `Mate`; each becomes the last child, or takes the free slot.
-  /// Raises as `Graft`, and std::invalid_argument when one of the subtrees contains the other.
+  /// Raises as `Graft`, and std::invalid_argument when one of the subtrees contains another.
   virtual void Crossover(TNode& Node, TQXGPIndividual& Mate, TNode& MateNode);
 
   /// Picks a node, preferring functions with arguments the more the closer the probability is to 1: see
@@ -72,7 +71,8 @@ public:
   /// The display name, a colon, and the program.
   virtual std::string ToString() const;
 
-  /// Read and write an individual's element; any other one is passed over.
+  /// Read and write an individual's element; any other one is passed over. A tree deeper than the limits of
+  /// documents is written, and read with limits that allow it.
   void LoadFromXML(const TXMLNode& Node) override;
   void SaveToXML(const TXMLNode& Node) override;
   /// Reads name and tree. Raises EGPException for an instruction that the set does not have; then the name is
@@ -97,6 +97,7 @@ private:
   static void RequireSelectable(std::span<TNode* const> Nodes, TGAProbability NonTerminalProbability);
   IQXGeneticProgramEngine<T>* Engine() const;
   void RequireOwn(const TNode& Node) const;
+  static void Detach(TNode& Node);
   static bool IsWithin(const TNode* Inner, const TNode& Outer);
 
   bool FHasDNA = false; // whether the tree, or that there is none, has been settled

@@ -5,6 +5,7 @@
 #include <qx/genetic_programming/GPIndividual.h>
 #include <qx/genetic_programming/GPPopulation.h>
 #include <qx/platform/Random.h>
+#include <qx/platform/SmallList.h>
 
 #include <algorithm>
 #include <iterator>
@@ -35,6 +36,9 @@ void TQXGPIndividual<T>::SetDNA(const TNode& Value) {
 
 template <class T>
 void TQXGPIndividual<T>::AssignDNA(TNodePointer Value) {
+  if (Value != nullptr) {
+    Detach(*Value);
+  }
   FDNA = std::move(Value);
   FHasDNA = true;
   FlattenDNA();
@@ -110,25 +114,27 @@ T TQXGPIndividual<T>::Execute(TQXGPContext<T>* Context) {
 template <class T>
 class TQXGPIndividual<T>::TPlace {
 public:
-  TPlace(TQXGPIndividual& Individual, TNode& Node) : FRoot(Individual.FDNA), FNode(Node), FParent(Node.Parent()) {
+  TPlace(TQXGPIndividual& Individual, TNode& Node)
+      : FRoot(Individual.FDNA), FNode(Node), FParent(Node.Parent()),
+        FSlot(FParent != nullptr ? FParent->IndexOf(Node) : 0) {
     Individual.RequireOwn(Node);
   }
 
   TNode* Parent() const { return FParent; }
-  /// Takes the subtree out, and remembers what `PutBack` must know.
-  TNodePointer Take() {
-    if (FParent == nullptr) {
-      return std::move(FRoot);
-    }
-    FSlot = FParent->IndexOf(FNode);
-    return FParent->ExtractChild(FNode);
-  }
+  TNodePointer Take() { return FParent != nullptr ? FParent->ExtractChild(FNode) : std::move(FRoot); }
   /// Gives the parent another child, or the individual another root.
   void Add(TNodePointer&& Node) {
     if (FParent != nullptr) {
       FParent->AddChild(std::move(Node));
     } else {
+      Detach(*Node);
       FRoot = std::move(Node);
+    }
+  }
+  /// Takes out what was added, if it is not in the caller's hand.
+  void TakeBack(TNode& Added, TNodePointer& Hand) {
+    if (Hand == nullptr && (FParent == nullptr || Added.Parent() == FParent)) {
+      Hand = FParent != nullptr ? FParent->ExtractChild(Added) : std::move(FRoot);
     }
   }
   void PutBack(TNodePointer&& Node) {
@@ -143,7 +149,7 @@ private:
   TNodePointer& FRoot;
   TNode& FNode;
   TNode* FParent;
-  int FSlot = 0;
+  int FSlot;
 };
 
 template <class T>
@@ -152,10 +158,12 @@ auto TQXGPIndividual<T>::Graft(TNode& Node, TNodePointer&& NewNode) -> TNodePoin
   if (NewNode == nullptr) {
     throw std::invalid_argument("There is no node to graft");
   }
+  TNode& Added = *NewNode;
   TNodePointer Former = Place.Take();
   try {
     Place.Add(std::move(NewNode));
   } catch (...) {
+    Place.TakeBack(Added, NewNode);
     Place.PutBack(std::move(Former));
     throw;
   }
@@ -167,28 +175,37 @@ template <class T>
 void TQXGPIndividual<T>::Crossover(TNode& Node, TQXGPIndividual& Mate, TNode& MateNode) {
   TPlace Here(*this, Node);
   TPlace There(Mate, MateNode);
-  if (IsWithin(&Node, MateNode) || IsWithin(&MateNode, Node)) {
+  if (&Node != &MateNode && (IsWithin(&Node, MateNode) || IsWithin(&MateNode, Node))) {
     throw std::invalid_argument("A subtree cannot be swapped with one that it contains");
   }
-  TNodePointer Mine = Here.Take();
-  if (Here.Parent() == There.Parent() && Here.Parent() != nullptr) { // the other one has its parent already
-    Here.Add(std::move(Mine));
-  } else {
-    TNodePointer Theirs = There.Take();
-    try {
-      Here.Add(std::move(Theirs));
-      There.Add(std::move(Mine));
-    } catch (...) {
-      if (Theirs == nullptr) {
-        Theirs = TPlace(*this, MateNode).Take();
-      }
-      There.PutBack(std::move(Theirs));
-      Here.PutBack(std::move(Mine));
-      throw;
-    }
+  if (&Node == &MateNode || (Here.Parent() == There.Parent() && Here.Parent() != nullptr)) {
+    Here.Add(Here.Take()); // the other one has its parent already
+    FlattenDNA();
+    return;
   }
-  FlattenDNA();
+  TNodePointer Theirs = There.Take();
+  TNodePointer Mine;
+  try {
+    Mine = Graft(Node, std::move(Theirs));
+    There.Add(std::move(Mine));
+  } catch (...) {
+    if (Theirs == nullptr) { // it was grafted
+      There.TakeBack(Node, Mine);
+      Here.TakeBack(MateNode, Theirs);
+      Here.PutBack(std::move(Mine));
+    }
+    There.PutBack(std::move(Theirs));
+    FlattenDNA();
+    Mate.FlattenDNA();
+    throw;
+  }
   Mate.FlattenDNA();
+}
+
+// A pointer that somebody has made of an attached node becomes the only owner.
+template <class T>
+void TQXGPIndividual<T>::Detach(TNode& Node) {
+  static_cast<void>(Node.SetParent(nullptr).release());
 }
 
 template <class T>
@@ -280,9 +297,8 @@ auto TQXGPIndividual<T>::SelectNode(TGAProbability NonTerminalProbability, TGPGe
 template <class T>
 auto TQXGPIndividual<T>::SelectWithin(int Limit, bool BySize) -> TNode* {
   std::vector<TNode*> Nodes;
-  std::copy_if(FFlattenedDNA.begin(), FFlattenedDNA.end(), std::back_inserter(Nodes), [=](const TNode* Node) {
-    return (BySize ? Node->Size() : Node->Depth()) <= Limit;
-  });
+  std::copy_if(FFlattenedDNA.begin(), FFlattenedDNA.end(), std::back_inserter(Nodes),
+               [=](const TNode* Node) { return (BySize ? Node->Size() : Node->Depth()) <= Limit; });
   return Nodes.empty() ? nullptr : Nodes[Random(Nodes.size())];
 }
 
@@ -313,6 +329,9 @@ void TQXGPIndividual<T>::LoadFromXML(const TXMLIndividualType& Element) {
   SetName(Element.Name());
   if (DNA() == nullptr) { // what reads the tree
     AssignDNA(CreateDNA());
+    if (FDNA == nullptr) {
+      throw std::logic_error(DisplayName() + " has no root that could read a tree");
+    }
   }
   const TXMLDnaType Source(Element.FindChild("DNA"));
   IQXGeneticProgramEngine<T>* const Owner = Engine();

@@ -31,23 +31,44 @@ TCollectionItem& TOwnedCollection::Insert(int Index, std::unique_ptr<TCollection
     throw std::invalid_argument("No item to insert into the " + ClassName());
   }
   RequireAccepted(*Item);
-  TCollectionItem& Inserted = *Item;
-  FItems.insert(FItems.begin() + Index, std::move(Item));
-  Renumber(static_cast<std::size_t>(Index), FItems.size());
-  Inserted.FCollection = this;
-  Inserted.FID = FNextID++;
-  Inserted.CollectionChanged(this);
+  TCollectionItem& Inserted = Place(Index, std::move(Item), FNextID);
+  ++FNextID;
   Notify(Inserted, cnAdded);
   Changed();
   return Inserted;
+}
+
+TCollectionItem& TOwnedCollection::Place(int Index, std::unique_ptr<TCollectionItem> Item, int ID) {
+  TCollectionItem& Placed = *Item;
+  FItems.insert(FItems.begin() + Index, std::move(Item));
+  Renumber(static_cast<std::size_t>(Index), FItems.size());
+  Placed.FCollection = this;
+  Placed.FID = ID;
+  try {
+    Placed.CollectionChanged(this);
+  } catch (...) { // an item that does not know where it is cannot be here
+    FItems.erase(FItems.begin() + Index);
+    Renumber(static_cast<std::size_t>(Index), FItems.size());
+    throw;
+  }
+  return Placed;
 }
 
 std::unique_ptr<TCollectionItem> TOwnedCollection::Extract(TCollectionItem& Item) {
   if (Item.FCollection != this) {
     throw std::invalid_argument("The item to extract is not in this " + ClassName());
   }
+  const int ID = Item.FID;
+  const int Index = Item.FIndex;
   std::unique_ptr<TCollectionItem> Extracted = Remove(Item, cnExtracted);
-  Changed();
+  try {
+    Changed();
+  } catch (...) { // nobody would own the item: it stays
+    if (Extracted != nullptr) {
+      Place(std::min(Index, Count()), std::move(Extracted), ID);
+    }
+    throw;
+  }
   return Extracted;
 }
 
@@ -95,8 +116,8 @@ void TOwnedCollection::Assign(const TPersistent& Source) {
   TUpdateScope Update(*this);
   Clear();
   FItems.reserve(List->FItems.size());
-  for (const auto& Item : List->FItems) {
-    Add().Assign(*Item);
+  for (int I = 0; I < List->Count(); ++I) { // what hears of the copies may change the source
+    Add().Assign(List->Items(I));
   }
   Update.End();
 }
@@ -209,6 +230,7 @@ void TSetAsideItems::Restore() {
       FItems[Place] = std::move(Removed);
     }
   }
+  FCollection.FNextID = FNextID;
   for (std::size_t I = 0; I < FItems.size(); ++I) {
     if (FItems[I] == nullptr) { // a receiver of notifications has freed it
       continue;
@@ -221,7 +243,6 @@ void TSetAsideItems::Restore() {
     Quietly([&] { Item.CollectionChanged(&FCollection); });
     Quietly([&] { FCollection.Notify(Item, cnAdded); });
   }
-  FCollection.FNextID = FNextID;
   Quietly([&] { FCollection.EndUpdate(); });
 }
 

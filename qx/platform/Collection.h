@@ -123,6 +123,7 @@ private:
   [[noreturn]] void RaiseIndexError(int Index) const;
   void CheckInsertIndex(int Index) const;
   void RequireAccepted(const TCollectionItem& Item) const;
+  TCollectionItem& Place(int Index, std::unique_ptr<TCollectionItem> Item, int ID);
   void Renumber(std::size_t From, std::size_t To);
   std::unique_ptr<TCollectionItem> Remove(TCollectionItem& Item, TCollectionNotification Action);
   void ItemChanged(TCollectionItem& Item) {

@@ -63,11 +63,15 @@ void WatchThread() { static thread_local const TThreadEnd End; }
 constinit thread_local detail::TFreeBlock* detail::FreeBlocks[FreeLists] = {};
 
 void* detail::TakeFreshBlock(std::size_t Bytes) {
-  if (EachBlockFromHeap || Bytes - 1 >= LargestFreeBlock || ThreadEnds) {
+  if (EachBlockFromHeap || Bytes - 1 >= LargestFreeBlock) {
     return ::operator new(Bytes);
   }
-  WatchThread();
   const std::size_t List = FreeListOf(Bytes);
+  const std::size_t Size = (List + 1) * FreeListAlignment;
+  if (ThreadEnds) { // the list is somebody else's by the time when the block is freed
+    return ::operator new(Size);
+  }
+  WatchThread();
   TFreeBlock*& First = FreeBlocks[List];
   {
     TLeftBlocks& Left = LeftBlocks();
@@ -75,7 +79,6 @@ void* detail::TakeFreshBlock(std::size_t Bytes) {
     First = std::exchange(Left.Blocks[List], nullptr);
   }
   if (First == nullptr) {
-    const std::size_t Size = (List + 1) * FreeListAlignment;
     char* const Page = static_cast<char*>(::operator new(PageBytes));
     for (std::size_t Place = PageBytes / Size * Size; Place > 0; Place -= Size) { // handed out in order
       First = new (Page + Place - Size) TFreeBlock{First};

@@ -29,7 +29,8 @@ void FreeFirstBlock(void* Block, std::size_t Bytes) noexcept;
 
 /// Memory for a small object of a kind that comes and goes in great numbers: from the thread's list of freed
 /// blocks of that size, which grows by whole pages of them. A thread that ends leaves its blocks to the
-/// others; nothing goes back to the heap. Raises std::bad_alloc.
+/// others; nothing goes back to the heap, so a thread that only takes what another one only frees makes both
+/// grow. Raises std::bad_alloc.
 ///
 /// Built for an address sanitizer, each block comes from the heap, so that the sanitizer sees all of them.
 inline void* TakeBlock(std::size_t Bytes) {

@@ -10,8 +10,7 @@
 namespace qx {
 
 /// The shortest digits that read back to the same value; plain from 1e-4 up to 1e15 and in exponent form
-/// beyond
-/// ("1e+15"). "INF", "-INF" and "NaN" for what is no finite number.
+/// beyond ("1e+15"). "INF", "-INF" and "NaN" for what is no finite number.
 std::string NumberText(double Value);
 std::string NumberText(float Value);
 /// The number narrowed to single precision, with at most seven digits: where more were needed to read back

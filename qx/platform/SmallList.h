@@ -7,7 +7,8 @@
 
 namespace qx {
 
-/// A list that grows and shrinks at its end, for walks without recursion: the first `Room` items need no heap.
+/// A list that grows and shrinks at its end, for walks without recursion: the first `Room` items need no
+/// heap.
 template <class TItem, std::size_t Room>
 class TSmallList {
 public:

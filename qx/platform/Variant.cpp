@@ -123,6 +123,13 @@ std::optional<bool> ParseBoolean(std::string_view Text) {
 
 } // namespace
 
+Variant::Variant(const char* Value) {
+  if (Value == nullptr) {
+    throw std::invalid_argument("A null pointer is no text for a variant");
+  }
+  FValue = std::string(Value);
+}
+
 bool Variant::AsBoolean() const {
   if (const auto* Text = std::get_if<std::string>(&FValue)) {
     if (const auto Value = ParseBoolean(*Text)) {

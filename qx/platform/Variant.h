@@ -2,6 +2,7 @@
 
 #include <compare>
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <string>
@@ -14,6 +15,12 @@ namespace qx {
 /// What a variant holds.
 enum TVariantKind : std::uint8_t { vkEmpty, vkBoolean, vkInteger, vkReal, vkText };
 
+/// An integral type that is neither Boolean nor a character.
+template <class T>
+concept WholeNumber =
+    std::integral<T> && !std::same_as<T, bool> && !std::same_as<T, char> && !std::same_as<T, wchar_t> &&
+    !std::same_as<T, char8_t> && !std::same_as<T, char16_t> && !std::same_as<T, char32_t>;
+
 /// A value whose type is known only when the program runs: nothing, a Boolean, a whole number of 64 bits, a
 /// double or a text.
 ///
@@ -25,21 +32,24 @@ enum TVariantKind : std::uint8_t { vkEmpty, vkBoolean, vkInteger, vkReal, vkText
 /// difference or product that 64 bits do not hold becomes a real one, and a quotient is always real. A text
 /// takes part as the number that it stands for; but two texts are joined by `+`. Comparison goes by bytes
 /// between texts, else by number; a text that stands for no number equals none and is neither less nor
-/// greater. Beside a text, nothing is "".
+/// greater. Beside a text, nothing is "". So there is an order among numbers and one among texts, but none
+/// among both: do not sort a mixture.
 class Variant {
 public:
   Variant() = default;
-  Variant(bool Value) : FValue(Value) {}
-  template <std::integral TInteger>
+  template <std::same_as<bool> TBoolean> // and nothing that converts to bool
+  Variant(TBoolean Value) : FValue(Value) {}
+  template <WholeNumber TInteger>
   Variant(TInteger Value);
   template <std::floating_point TReal>
   Variant(TReal Value) : FValue(static_cast<double>(Value)) {}
   Variant(std::string Value) : FValue(std::move(Value)) {}
   Variant(std::string_view Value) : FValue(std::string(Value)) {}
-  Variant(char Value) : FValue(std::string(1, Value)) {}
-  Variant(const char* Value) : FValue(std::string(Value)) {}
-  /// No other pointer is a value.
-  Variant(const void*) = delete;
+  template <std::same_as<char> TCharacter>
+  Variant(TCharacter Value) : FValue(std::string(1, Value)) {}
+  /// Raises std::invalid_argument for nullptr.
+  Variant(const char* Value);
+  Variant(std::nullptr_t) = delete;
 
   TVariantKind Kind() const { return static_cast<TVariantKind>(FValue.index()); }
   bool IsEmpty() const { return Kind() == vkEmpty; }
@@ -59,7 +69,8 @@ public:
   friend Variant operator*(const Variant& Left, const Variant& Right);
   /// Real division, by the rules of IEEE: 1 / 0 is infinite.
   friend Variant operator/(const Variant& Left, const Variant& Right);
-  /// The remainder of whole numbers, with the sign of `Left`. Raises std::domain_error when `Right` is 0.
+  /// The remainder of whole numbers (reals are rounded first), with the sign of `Left`. Raises
+  /// std::domain_error when `Right` is 0.
   friend Variant operator%(const Variant& Left, const Variant& Right);
   friend Variant operator-(const Variant& Value);
   Variant& operator+=(const Variant& Right) { return *this = *this + Right; }
@@ -82,7 +93,7 @@ private:
 };
 
 // A whole number beyond 64 signed bits is held as a real one.
-template <std::integral TInteger>
+template <WholeNumber TInteger>
 Variant::Variant(TInteger Value) {
   if (std::in_range<std::int64_t>(Value)) {
     FValue = static_cast<std::int64_t>(Value);

@@ -6,16 +6,17 @@
 
 namespace qx::generics {
 
-/// A node with two slots, left and right, for children of binary kinds. Either may be free: a node with a right
-/// child alone has one child, at place 1. A document does not tell the slots, so there it becomes the left one.
+/// A node with two slots, left and right, for children of binary kinds. Either may be free: a node with a
+/// right child alone has one child, at place 1. A document does not tell the slots, so there it becomes the
+/// left one.
 template <class T>
 class TQXGPBinaryNode : public TQXGPNode<T> {
   using TBase = TQXGPNode<T>;
 
 public:
-  using typename TBase::TPointer;
   using TBase::AddChild;
   using TBase::InsertChild;
+  using typename TBase::TPointer;
 
   /// A detached node with the instruction's value; made with `MakeNode`.
   explicit TQXGPBinaryNode(TQXGPInstruction<T>* Instruction);
@@ -40,7 +41,9 @@ public:
 protected:
   TPointer NewNode(TQXGPInstruction<T>* Instruction) const override;
   TQXGPNode<T>* GetChild(int Index) const override;
-  int GetChildCount() const override { return (FSides[0] != nullptr ? 1 : 0) + (FSides[1] != nullptr ? 1 : 0); }
+  int GetChildCount() const override {
+    return (FSides[0] != nullptr ? 1 : 0) + (FSides[1] != nullptr ? 1 : 0);
+  }
 
   void StoreChild(std::size_t Slot, TQXGPNode<T>& Node) override { FSides[Slot] = &Node; }
   void DropChild(const TQXGPNode<T>& Node) noexcept override;
@@ -50,6 +53,8 @@ protected:
 
 private:
   void SetSide(std::size_t Side, const TQXGPBinaryNode* Value);
+  TPointer FittingCopy(const TQXGPNode<T>& Source) const;
+  void ReplaceSide(std::size_t Side, TPointer Child);
   [[noreturn]] static void RaiseFull();
   void RequireSide(int Index) const;
 

@@ -20,22 +20,29 @@ TQXGPBinaryNode<T>::TQXGPBinaryNode(TQXGPInstruction<T>* Instruction) : TBase(In
 
 template <class T>
 void TQXGPBinaryNode<T>::SetSide(std::size_t Side, const TQXGPBinaryNode* Value) {
-  TQXGPNode<T>* const Former = FSides[Side];
-  if (Value == Former) {
-    return;
+  if (Value != FSides[Side]) {
+    ReplaceSide(Side, Value != nullptr ? FittingCopy(*Value) : nullptr);
   }
-  TPointer Copy = Value != nullptr ? Value->Clone() : nullptr; // first: it may be a copy out of the former
+}
+
+template <class T>
+auto TQXGPBinaryNode<T>::FittingCopy(const TQXGPNode<T>& Source) const -> TPointer {
+  TPointer Copy = Source.Clone();
+  RequireFitting(*Copy);
+  return Copy;
+}
+
+template <class T>
+void TQXGPBinaryNode<T>::ReplaceSide(std::size_t Side, TPointer Child) {
+  TQXGPNode<T>* const Former = FSides[Side];
   const TPointer Freed = Former != nullptr ? this->ExtractChild(*Former) : nullptr;
-  if (Copy != nullptr) {
-    this->Attach(Side, std::move(Copy));
+  if (Child != nullptr) {
+    this->Attach(Side, std::move(Child));
   }
 }
 
 template <class T>
 TQXGPNode<T>& TQXGPBinaryNode<T>::AddChild(TPointer&& Node) {
-  if (Node != nullptr && Node->Parent() == this) {
-    return *Node.release();
-  }
   return AttachChild(0, std::move(Node));
 }
 
@@ -43,10 +50,14 @@ template <class T>
 TQXGPNode<T>& TQXGPBinaryNode<T>::AttachChild(int Index, TPointer&& Node) {
   RequireSide(Index);
   const auto Side = static_cast<std::size_t>(Index);
+  if (Node != nullptr && Node->Parent() == this) {
+    return *Node.release();
+  }
   if (FSides[Side] == nullptr) {
     return this->Attach(Side, std::move(Node));
   }
   if (FSides[1 - Side] != nullptr) {
+    this->RequireAttachable(Node.get());
     RaiseFull();
   }
   return this->Attach(1 - Side, std::move(Node));
@@ -57,18 +68,22 @@ TQXGPNode<T>& TQXGPBinaryNode<T>::InsertChild(int Index, TPointer&& Node) {
   RequireSide(Index);
   this->RequireAttachable(Node.get());
   const auto Side = static_cast<std::size_t>(Index);
-  if (FSides[1 - Side] == nullptr) {
+  const bool MovesOver = FSides[1 - Side] == nullptr;
+  const bool Replaces = MovesOver || FSides[Side] != Node.get();
+  TPointer Copy = Replaces ? FittingCopy(*Node) : nullptr; // while nothing has changed yet
+  if (MovesOver) {
     std::swap(FSides[0], FSides[1]);
   }
-  const auto* const Given = static_cast<const TQXGPBinaryNode*>(Node.get());
-  if (FSides[1 - Side] != nullptr && Given->Parent() != this) { // no slot will be free for the node itself
-    if (Given->Parent() != nullptr) {
-      static_cast<void>(Node.release()); // it stays where it is, or goes with the child that is replaced
-    }
-    SetSide(Side, Given);
+  const bool HasRoom = FSides[1 - Side] == nullptr || Node->Parent() == this;
+  if (!HasRoom && Node->Parent() != nullptr) {
+    static_cast<void>(Node.release()); // it stays where it is, or goes with the child that is replaced
+  }
+  if (Replaces) {
+    ReplaceSide(Side, std::move(Copy));
+  }
+  if (!HasRoom) {
     RaiseFull();
   }
-  SetSide(Side, Given);
   return AddChild(std::move(Node));
 }
 

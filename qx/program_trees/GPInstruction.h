@@ -22,9 +22,9 @@ namespace qx::generics {
 
 /// What a node of a program does: a function of its children, a variable of the context, or a constant.
 ///
-/// The kind is tied to the arity: a positive arity makes a function, and what is no function has arity 0. An
-/// instruction has a name, unique in its set without regard to case. A node refers to its instruction and
-/// does not own it.
+/// The kind is tied to the arity: a positive arity makes a function, and what is made no function gets arity
+/// 0. An instruction has a name, unique in its set without regard to case. A node refers to its instruction
+/// and does not own it.
 template <class T>
 class TQXGPInstruction : public TCollectionItem {
 public:
@@ -46,7 +46,8 @@ public:
 
   /// Number of arguments.
   int Arity() const { return FArity; }
-  /// A negative value becomes 0, one above the engine's limit becomes that. A positive arity makes a function.
+  /// A negative value becomes 0, one above the engine's limit becomes that. A positive arity makes a
+  /// function.
   void SetArity(int Value);
 
   TGPGeneticInstruction Operation() const { return FOperation; }
@@ -76,8 +77,9 @@ public:
   /// As in "Add 'sum' gpFunction".
   std::string ToString() const;
 
-  /// Reads any instruction element; its tag tells the kind. Raises EXMLError, before anything has changed,
-  /// for an arity that is none.
+  /// Reads any instruction element; its tag tells the kind. A function that becomes something else so keeps
+  /// its arity, and the engine is not told. Raises EXMLError, before anything has changed, for an arity that
+  /// is none.
   virtual void LoadFromXML(const TXMLInstructionType& Element);
   /// Adds an element to the list of the instruction's kind and writes into that.
   virtual void SaveToXML(const TXMLGPInstructions& Element);
@@ -104,7 +106,7 @@ private:
 
   // Stores a name, taken or not.
   void StoreName(std::string_view Value);
-  void LeaveIndex();
+  void LeaveSet();
   [[noreturn]] void RaiseMissingArguments(int Count) const;
   [[noreturn]] void RaiseMissingContext() const;
 

@@ -15,7 +15,7 @@ namespace qx::generics {
 
 template <class T>
 TQXGPInstruction<T>::~TQXGPInstruction() {
-  LeaveIndex();
+  LeaveSet();
 }
 
 template <class T>
@@ -49,7 +49,7 @@ void TQXGPInstruction<T>::SetArity(int Value) {
 
 template <class T>
 void TQXGPInstruction<T>::SetOperation(TGPGeneticInstruction Value) {
-  if (Value == FOperation) {
+  if (CheckedEnum(Value, "Operation") == FOperation) {
     return;
   }
   FOperation = Value;
@@ -102,7 +102,7 @@ void TQXGPInstruction<T>::Assign(const TPersistent& Source) {
     TCollectionItem::Assign(Source);
     return;
   }
-  StoreName(std::string(Instruction->FName));
+  StoreName(Instruction->FName);
   FComment = Instruction->FComment;
   FArity = Instruction->FArity;
   FValue = Instruction->FValue;
@@ -149,6 +149,7 @@ void TQXGPInstruction<T>::SaveToXML(const TXMLGPInstructions& Element) {
     SaveToXML(Element.AddConstant());
     break;
   case gpFunction:
+    TXMLFunctionInstructionType::RequireArity(DisplayName(), FArity);
     SaveToXML(Element.AddFunction());
     break;
   }
@@ -190,37 +191,32 @@ std::string TQXGPInstruction<T>::GetDisplayName() const {
 
 template <class T>
 void TQXGPInstruction<T>::CollectionChanged(TOwnedCollection* Value) {
-  LeaveIndex();
+  LeaveSet();
   if (auto* const Set = dynamic_cast<TQXGPInstructions<T>*>(Value)) {
-    Set->FIndex.insert(this);
+    if (!FName.empty()) {
+      Set->FIndex.insert(this);
+    }
     FSet = Set;
   }
 }
 
 template <class T>
 void TQXGPInstruction<T>::StoreName(std::string_view Value) {
+  std::string Name(Value);
   FHint = {};
-  if (FSet == nullptr) {
-    FName = Value;
-    return;
+  if (FSet != nullptr) {
+    FSet->Rename(*this, std::move(Name));
+  } else {
+    FName = std::move(Name);
   }
-  // The set's index goes by the name: the instruction leaves it with the old one and comes back with the new.
-  auto Place = FSet->FIndex.extract(FSet->PlaceInIndex(*this));
-  try {
-    FName = Value;
-  } catch (...) {
-    FSet->FIndex.insert(std::move(Place));
-    throw;
-  }
-  FSet->FIndex.insert(std::move(Place));
 }
 
 template <class T>
-void TQXGPInstruction<T>::LeaveIndex() {
-  if (FSet != nullptr) {
+void TQXGPInstruction<T>::LeaveSet() {
+  if (FSet != nullptr && !FName.empty()) {
     FSet->FIndex.erase(FSet->PlaceInIndex(*this));
-    FSet = nullptr;
   }
+  FSet = nullptr;
 }
 
 template <class T>

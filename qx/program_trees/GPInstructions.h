@@ -5,6 +5,7 @@
 #include <qx/program_trees/GPInstruction.h>
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <unordered_set>
 
@@ -18,10 +19,9 @@ class TQXGPInstructions : public TTypedCollection<TQXGPInstruction<T>, TOwnedCol
 
 public:
   /// @param Owner  the object that the set belongs to, or nullptr; when it is an engine, the set tells it of
-  ///               changes.
-  explicit TQXGPInstructions(
-      TPersistent* Owner,
-      TItemClass<TQXGPInstruction<T>> ItemClass = ItemClassOf<TQXGPInstruction<T>>());
+  ///               changes. It is asked now whether it is one, so it must be whole.
+  explicit TQXGPInstructions(TPersistent* Owner,
+                             TItemClass<TQXGPInstruction<T>> ItemClass = ItemClassOf<TQXGPInstruction<T>>());
   ~TQXGPInstructions() override;
 
   /// The owner when it is an engine, else nullptr.
@@ -42,8 +42,8 @@ public:
   virtual void InstructionOperationUpdate(TQXGPInstruction<T>& Instruction);
 
   /// Merges the elements into the set: an instruction of an element's name reads it, else a new one does.
-  /// Functions come first, then variables, constants, float constants and variant constants. Raises EXMLError,
-  /// before anything has changed, for an arity that is none.
+  /// Functions come first, then variables, constants, float constants and variant constants. Raises
+  /// EXMLError, before anything has changed, for an arity that is none.
   virtual void LoadFromXML(const TXMLGPInstructions& Element);
   /// Appends an element for each instruction. Raises std::out_of_range for an arity above 255.
   virtual void SaveToXML(const TXMLGPInstructions& Element);
@@ -57,7 +57,7 @@ protected:
 private:
   friend class TQXGPInstruction<T>;
 
-  // Instructions by name; of equal names the first one in the list counts.
+  // Those that have a name, by that; of equal names the first one in the list counts.
   struct THash {
     using is_transparent = void;
     std::size_t operator()(std::string_view Name) const;
@@ -77,6 +77,7 @@ private:
   using TIndex = std::unordered_multiset<TQXGPInstruction<T>*, THash, TEqual>;
 
   typename TIndex::const_iterator PlaceInIndex(const TQXGPInstruction<T>& Instruction) const;
+  void Rename(TQXGPInstruction<T>& Instruction, std::string Name);
   void LoadItemFromXML(const TXMLInstructionType& Element);
 
   IQXGeneticProgramEngine<T>* FEngine;

@@ -4,13 +4,11 @@
 
 #include <qx/foundation/QXCommon.h>
 #include <qx/platform/Strings.h>
-#include <qx/platform/Text.h>
 #include <qx/program_trees/GPInstruction.ipp>
 #include <qx/program_trees/GPInstructions.h>
 #include <qx/program_trees/QXGPDomainXML.h>
 
 #include <algorithm>
-#include <functional>
 #include <string>
 
 namespace qx::generics {
@@ -35,10 +33,14 @@ int TQXGPInstructions<T>::IndexOf(std::string_view Name) const {
 
 template <class T>
 TQXGPInstruction<T>* TQXGPInstructions<T>::FindItemName(std::string_view Name) const {
+  if (Name.empty()) {
+    const auto HasNone = [](const TQXGPInstruction<T>& Instruction) { return Instruction.Name().empty(); };
+    const auto Unnamed = std::find_if(this->begin(), this->end(), HasNone);
+    return Unnamed != this->end() ? const_cast<TQXGPInstruction<T>*>(&*Unnamed) : nullptr;
+  }
   const auto [First, Last] = FIndex.equal_range(Name);
-  const auto Found = std::min_element(First, Last, [](const auto* Left, const auto* Right) {
-    return Left->Index() < Right->Index();
-  });
+  const auto Found = std::min_element(
+      First, Last, [](const auto* Left, const auto* Right) { return Left->Index() < Right->Index(); });
   return Found != Last ? *Found : nullptr;
 }
 
@@ -59,10 +61,10 @@ void TQXGPInstructions<T>::AssignAll(const TPersistent& Source) {
   }
   TUpdateScope Update(*this);
   this->Clear();
-  for (const TQXGPInstruction<T>& Instruction : *Set) {
+  for (int I = 0; I < Set->Count(); ++I) { // what hears of the copies may change the source
     TQXGPInstruction<T>& Copy = this->Add();
-    Copy.Assign(Instruction);
-    Copy.AssignEvents(Instruction);
+    Copy.Assign(Set->Items(I));
+    Copy.AssignEvents(Set->Items(I));
   }
   Update.End();
 }
@@ -100,6 +102,9 @@ void TQXGPInstructions<T>::LoadItemFromXML(const TXMLInstructionType& Element) {
 
 template <class T>
 void TQXGPInstructions<T>::SaveToXML(const TXMLGPInstructions& Element) {
+  for (const TQXGPInstruction<T>& Instruction : *this) { // before anything is written
+    TXMLFunctionInstructionType::RequireArity(Instruction.DisplayName(), Instruction.Arity());
+  }
   for (TQXGPInstruction<T>& Instruction : *this) {
     Instruction.SaveToXML(Element);
   }
@@ -140,7 +145,13 @@ void TQXGPInstructions<T>::Update(TCollectionItem* Item) {
 
 template <class T>
 std::size_t TQXGPInstructions<T>::THash::operator()(std::string_view Name) const {
-  return std::hash<std::string>()(LowerText(Name));
+  constexpr unsigned char CaseBit = 0x20;
+  constexpr std::size_t Multiplier = 0x9e3779b97f4a7c15;
+  std::size_t Hash = Name.size();
+  for (const char C : Name) { // letters of either case are alike in these bits
+    Hash = (Hash ^ (static_cast<unsigned char>(C) | CaseBit)) * Multiplier;
+  }
+  return Hash ^ Hash >> (sizeof Hash * 4);
 }
 
 template <class T>
@@ -148,6 +159,24 @@ auto TQXGPInstructions<T>::PlaceInIndex(const TQXGPInstruction<T>& Instruction) 
     typename TIndex::const_iterator {
   const auto [First, Last] = FIndex.equal_range(std::string_view(Instruction.Name()));
   return std::find(First, Last, &Instruction);
+}
+
+// Raises, and leaves the old name, when the index has no room for one more.
+template <class T>
+void TQXGPInstructions<T>::Rename(TQXGPInstruction<T>& Instruction, std::string Name) {
+  auto Place =
+      Instruction.FName.empty() ? typename TIndex::node_type() : FIndex.extract(PlaceInIndex(Instruction));
+  Instruction.FName.swap(Name);
+  if (!Place.empty() && !Instruction.FName.empty()) {
+    FIndex.insert(std::move(Place));
+  } else if (!Instruction.FName.empty()) {
+    try {
+      FIndex.insert(&Instruction);
+    } catch (...) {
+      Instruction.FName.swap(Name);
+      throw;
+    }
+  }
 }
 
 } // namespace qx::generics

@@ -5,9 +5,9 @@
 #include <qx/platform/Persistent.h>
 #include <qx/platform/Variant.h>
 #include <qx/program_trees/GPContext.h>
+#include <qx/program_trees/GPInstruction.h>
 #include <qx/program_trees/GeneticProgramEngine.h>
 
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -27,15 +27,17 @@ namespace qx::generics {
 /// A node of a program tree. It refers to an instruction and has a value of its own (the constant, where the
 /// instruction is one).
 ///
-/// A node owns its children; a root, or a node that was detached, belongs to whoever holds it. So what hands a
-/// node out returns a `TPointer`, and what takes one over takes a `TPointer&&`, which keeps the node when the
-/// call raises (a pointer of a derived class is converted first and does not). Nodes are made by `MakeNode`, or by `CreateNode` of a node or an engine.
+/// A node owns its children; a root, or a node that was detached, belongs to whoever holds it. So what hands
+/// a node out returns a `TPointer`, and what takes one over takes a `TPointer&&`, which keeps the node when
+/// the call raises (a pointer of a derived class is converted first and does not). Nodes are made by
+/// `MakeNode`, or by `CreateNode` of a node or an engine.
 ///
 /// Walks over a tree (copying, printing, measuring, loading, saving, freeing) do without recursion, so that
 /// its depth is bound by memory alone; only `Execute`, which calls host code, goes down level by level.
 ///
-/// A node class of one's own derives from `TQXGPTreeNode` or `TQXGPBinaryNode`. It overrides `NewNode`, and for
-/// fields of its own `DoAssign`, `DoLoadFromXML` and `DoSaveToXML`, which are called once for each node.
+/// A node class of one's own derives from `TQXGPTreeNode` or `TQXGPBinaryNode`. It overrides `NewNode`, and
+/// for fields of its own `DoAssign`, `DoLoadFromXML` and `DoSaveToXML`, which are called once for each node.
+/// Nodes below the root of a copy are put together without `AddChild` and `Modified`.
 template <class T>
 class TQXGPNode : public TPersistent {
   static_assert(alignof(T) <= FreeListAlignment);
@@ -70,9 +72,9 @@ public:
   /// Place of a child, or -1.
   int IndexOf(const TQXGPNode& Node) const;
 
-  /// Takes over a node, as the last child or in a free slot. A child of this node already is left where it is;
-  /// a child of another one leaves that. Raises, and leaves all nodes as they were: std::invalid_argument for
-  /// nullptr, an own ancestor, or a node of a kind that does not fit; EGPException when no slot is free.
+  /// Takes over a node, as the last child or in a free slot. A child of this node already is left where it
+  /// is; a child of another one leaves that. Raises, and leaves all nodes as they were: std::invalid_argument
+  /// for nullptr, an own ancestor, or a node of a kind that does not fit; EGPException when no slot is free.
   virtual TQXGPNode& AddChild(TPointer&& Node) = 0;
   /// Moves a node that has a parent; see `SetParent`.
   TQXGPNode& AddChild(TQXGPNode& Node);
@@ -88,8 +90,8 @@ public:
   /// Frees the children; the value becomes the default one, and the instruction nullptr.
   virtual void Clear();
 
-  /// Makes a detached node: by the engine of this node's instruction, if there is one, else of this node's own
-  /// kind.
+  /// Makes a detached node: by the engine of this node's instruction, if there is one, else of this node's
+  /// own kind.
   virtual TPointer CreateNode(TQXGPInstruction<T>* Instruction) const;
   /// The same, as the last child of `Parent` or in its free slot.
   TQXGPNode& CreateNode(TQXGPInstruction<T>* Instruction, TQXGPNode& Parent) const {
@@ -116,13 +118,14 @@ public:
     }
     return FDepth;
   }
-  /// Forgets size and depth of this node and of those above it. Whatever changes the children calls it. The
-  /// ancestors have forgotten theirs when an override of this node or of one above is called.
-  virtual void Modified();
+  /// Forgets size and depth of this node and of those above it. Whatever changes the children calls it. An
+  /// override calls the inherited one first; after that, and when one above is called, all have forgotten
+  /// theirs.
+  virtual void Modified() noexcept;
 
   /// Evaluates the program. Raises EGPException for a node without instruction, or with fewer children than
-  /// its function has arguments; EStackError when the tree is too deep for the stack (see `RequireStack`); and
-  /// what handlers raise.
+  /// its function has arguments; EStackError when the tree is too deep for the stack (see `RequireStack`);
+  /// and what handlers raise.
   T Execute(TQXGPContext<T>* Context);
   /// Evaluates the child at a place of `Slots`. Raises std::out_of_range when there is none.
   T ExecuteChild(int Index, TQXGPContext<T>* Context);
@@ -131,12 +134,15 @@ public:
 
   /// The program in prefix notation, as in "(Add x 1.5)".
   std::string ToString() const;
-  /// The node's value, or a variable's name, as text. Nothing here; kinds whose values have a text override it.
+  /// The node's value, or a variable's name, as text. Nothing here; kinds whose values have a text override
+  /// it.
   virtual std::string ValueToString() const { return {}; }
 
   /// Reads a tree. The node must have an instruction, which serves as a handle on the set; without one it is
-  /// cleared. Raises EGPException for an instruction that the set does not have; then the tree is partly read.
+  /// cleared. Raises EGPException for an instruction that the set does not have; then the tree is partly
+  /// read.
   virtual void LoadFromXML(const TXMLDnaType& Element);
+  /// Writes the tree in place of what the element holds.
   virtual void SaveToXML(const TXMLDnaType& Element) const;
 
   using TValue = T;
@@ -190,10 +196,10 @@ private:
   TQXGPNode& StoreCopy(std::size_t Slot, TPointer Copy);
   void TakeChildren(TQXGPNode*& Chain) noexcept;
   void Measure() const;
-  void CopyMeasures(const TQXGPNode& Source);
-  void ForgetMeasures() { FSize = FDepth = 0; }
-  void ForgetUpwards();
-  void TellUpwards();
+  void SetMeasures(std::int32_t Size, std::int32_t Depth);
+  void ForgetMeasures() noexcept { FSize = FDepth = 0; }
+  void ForgetUpwards() noexcept;
+  void TellUpwards() noexcept;
   void Watch();
 
   // Size and depth; not known as long as the size is 0. Where they are known they are known below as well.
@@ -211,16 +217,20 @@ private:
   static inline constinit thread_local TQXGPNode* FTold = nullptr;
 };
 
-/// Makes a whole, detached node of a class; the one way in which the class is known to leave `Modified` as it
-/// is, so that changes deep in a tree cost no walk to the root each.
+/// Makes a whole, detached node of a class, with the instruction's value. Only of nodes made so is it known
+/// that their class leaves `Modified` as it is; above any other node each change costs a walk to the root.
 template <class TNode>
 std::unique_ptr<TNode> MakeNode(TQXGPInstruction<typename TNode::TValue>* Instruction) {
+  static_assert(alignof(TNode) <= FreeListAlignment);
   auto Node = std::make_unique<TNode>(Instruction);
   if constexpr (requires { &TNode::Modified; }) {
-    using TInherited = void (TQXGPNode<typename TNode::TValue>::*)();
+    using TInherited = void (TQXGPNode<typename TNode::TValue>::*)() noexcept;
     TQXGPNode<typename TNode::TValue>& Base = *Node;
     Base.FModifiedIsOverridden = !std::is_same_v<decltype(&TNode::Modified), TInherited>;
-    Base.FUnwatched = !Base.FModifiedIsOverridden;
+    Base.FUnwatched = !Base.FModifiedIsOverridden && Base.FSize == 0;
+  }
+  if (Instruction != nullptr) {
+    Node->SetValue(Instruction->Value());
   }
   return Node;
 }

@@ -124,19 +124,27 @@ void TQXGPNode<T>::RequireAttachable(const TQXGPNode* Node) const {
     throw std::invalid_argument("There is no node to attach");
   }
   RequireFitting(*Node);
-  if (Node != this && Node->GetChildCount() == 0) { // as most nodes when they are attached
-    return;
-  }
-  for (const TQXGPNode* Above = this; Above != nullptr; Above = Above->FParent) {
-    if (Above == Node) {
+  // Up from here and down from the node at once, until either is through: a tree may be deep or large, but
+  // what it grows by is small.
+  constexpr std::size_t UsualCount = 32;
+  TSmallList<const TQXGPNode*, UsualCount> Pending;
+  Pending.Push(Node);
+  for (const TQXGPNode* Above = this; Above != nullptr && !Pending.Empty(); Above = Above->FParent) {
+    const TQXGPNode* const Below = Pending.Pop();
+    if (Above == Node || Below == this) {
       throw std::invalid_argument("A node cannot be attached below itself");
+    }
+    for (const TQXGPNode* const Child : Below->Slots()) {
+      if (Child != nullptr) {
+        Pending.Push(Child);
+      }
     }
   }
 }
 
 template <class T>
 void TQXGPNode<T>::RaiseIndexError(int Index) const {
-  throw std::out_of_range("Index " + std::to_string(Index) + " is outside the children of a node that has " +
+  throw std::out_of_range("There is no child at index " + std::to_string(Index) + " of a node that has " +
                           std::to_string(GetChildCount()));
 }
 
@@ -193,7 +201,8 @@ auto TQXGPNode<T>::CreateNode(TQXGPInstruction<T>* Instruction) const -> TPointe
   auto* const Engine = FInstruction != nullptr ? FInstruction->Engine() : nullptr;
   TPointer Node = Engine != nullptr ? Engine->CreateNode(Instruction) : NewNode(Instruction);
   if (Node == nullptr) {
-    throw std::logic_error("No node was made by " + std::string(Engine != nullptr ? "the engine" : ClassName()));
+    throw std::logic_error("No node was made by " +
+                           std::string(Engine != nullptr ? "the engine" : ClassName()));
   }
   return Node;
 }
@@ -219,6 +228,8 @@ void TQXGPNode<T>::Assign(const TPersistent& Source) {
   constexpr std::size_t UsualCount = 4;
   TSmallList<TPointer, UsualCount> Copies;
   Reserve(Node->GetChildCount());
+  const std::int32_t SourceSize = Node->FSize;
+  const std::int32_t SourceDepth = Node->FDepth;
   for (const TQXGPNode* const Child : Node->Slots()) {
     Copies.Push(Child != nullptr ? CopyTree(*Child) : nullptr);
     if (Child != nullptr) {
@@ -233,7 +244,7 @@ void TQXGPNode<T>::Assign(const TPersistent& Source) {
     }
   }
   Modified();
-  CopyMeasures(*Node);
+  SetMeasures(SourceSize, SourceDepth);
   for (TQXGPNode* const Child : Slots()) {
     if (Child != nullptr && !FUnwatched) {
       Child->Watch();
@@ -255,8 +266,9 @@ auto TQXGPNode<T>::CopyTree(const TQXGPNode& Source) -> TPointer {
   };
   const auto CopyNode = [](const TQXGPNode& Node) {
     TPointer Copy = Node.CreateNode(Node.FInstruction);
+    Copy->FreeChildren(); // if whoever has made it gave it some
     Copy->DoAssign(Node);
-    Copy->CopyMeasures(Node);
+    Copy->SetMeasures(Node.FSize, Node.FDepth);
     return Copy;
   };
   constexpr std::size_t UsualWidth = 32;
@@ -319,14 +331,14 @@ void TQXGPNode<T>::Measure() const {
 }
 
 template <class T>
-void TQXGPNode<T>::CopyMeasures(const TQXGPNode& Source) {
-  FSize = Source.FSize;
-  FDepth = Source.FDepth;
-  FUnwatched = FUnwatched && FSize == 0;
+void TQXGPNode<T>::SetMeasures(std::int32_t Size, std::int32_t Depth) {
+  FSize = Size;
+  FDepth = Depth;
+  FUnwatched = FUnwatched && Size == 0;
 }
 
 template <class T>
-void TQXGPNode<T>::Modified() {
+void TQXGPNode<T>::Modified() noexcept {
   if (FUnwatched) {
     return;
   }
@@ -339,7 +351,7 @@ void TQXGPNode<T>::Modified() {
 }
 
 template <class T>
-void TQXGPNode<T>::ForgetUpwards() {
+void TQXGPNode<T>::ForgetUpwards() noexcept {
   bool Overridden = false;
   TQXGPNode* Top = FParent;
   for (; Top != nullptr && !Top->FUnwatched; Top = Top->FParent) {
@@ -355,10 +367,10 @@ void TQXGPNode<T>::ForgetUpwards() {
   }
 }
 
-// Calls the overrides above, the nearest first, as if each had called the next one. One that does not call the
-// inherited `Modified` ends the walk.
+// Calls the overrides above, the nearest first, as if each had called the next one. One that does not call
+// the inherited `Modified` ends the walk.
 template <class T>
-void TQXGPNode<T>::TellUpwards() {
+void TQXGPNode<T>::TellUpwards() noexcept {
   struct TRestore {
     TQXGPNode* Former = FTold;
     ~TRestore() { FTold = Former; }

@@ -71,6 +71,7 @@ void TQXGPNode<T>::SaveToXML(const TXMLDnaType& Element) const {
   };
   constexpr std::size_t UsualDepth = 32;
   TSmallList<TLevel, UsualDepth> Levels;
+  Element.Clear();
   DoSaveToXML(Element);
   Levels.Push({this, 0, Element});
   while (!Levels.Empty()) {

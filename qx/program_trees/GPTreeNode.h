@@ -14,10 +14,10 @@ class TQXGPTreeNode : public TQXGPNode<T> {
   using TBase = TQXGPNode<T>;
 
 public:
-  using typename TBase::TPointer;
   using TBase::AddChild;
   using TBase::Children;
   using TBase::InsertChild;
+  using typename TBase::TPointer;
 
   /// A detached node with the instruction's value; made with `MakeNode`.
   explicit TQXGPTreeNode(TQXGPInstruction<T>* Instruction);
@@ -29,10 +29,12 @@ public:
   void SetChildren(std::span<TQXGPNode<T>* const> Value);
 
   TQXGPNode<T>& AddChild(TPointer&& Node) override;
-  /// Before the child at that place. A child of this node already comes to be listed twice; it is owned, freed
-  /// and extracted once all the same.
+  /// Before the child at that place. A child of this node already comes to be listed twice; it is owned,
+  /// freed and extracted once all the same.
   TQXGPNode<T>& InsertChild(int Index, TPointer&& Node) override;
-  TQXGPNode<T>& AttachChild(int Index, TPointer&& Node) override { return InsertChild(Index, std::move(Node)); }
+  TQXGPNode<T>& AttachChild(int Index, TPointer&& Node) override {
+    return InsertChild(Index, std::move(Node));
+  }
 
 protected:
   TPointer NewNode(TQXGPInstruction<T>* Instruction) const override;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -27,6 +28,9 @@ template <class T>
 void TQXGPTreeNode<T>::SetChildren(std::span<TQXGPNode<T>* const> Value) {
   std::vector<TPointer> Copies; // first, since the given nodes may go with the present children
   for (const TQXGPNode<T>* const Node : Value) {
+    if (Node == nullptr) {
+      throw std::invalid_argument("There is no node to copy");
+    }
     Copies.push_back(Node->Clone());
   }
   this->FreeChildren();

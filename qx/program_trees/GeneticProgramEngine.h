@@ -20,7 +20,7 @@ class IQXGeneticProgramEngine {
 public:
   /// The component's instruction set.
   virtual TQXGPInstructions<T>& Instructions() = 0;
-  /// Makes a detached node, of the component's node class, for an instruction or for none.
+  /// Makes a detached node, of the component's node class, for an instruction or for none; with `MakeNode`.
   virtual std::unique_ptr<TQXGPNode<T>> CreateNode(TQXGPInstruction<T>* Instruction) = 0;
   /// The largest arity that an instruction may have.
   virtual int MaxNodeArity() const = 0;

@@ -18,11 +18,15 @@ int TXMLFunctionInstructionType::Arity() const {
   return Value;
 }
 
-void TXMLFunctionInstructionType::SetArity(int Value) const {
+void TXMLFunctionInstructionType::RequireArity(std::string_view Function, int Value) {
   if (Value < 0 || Value > LargestArity) {
-    throw std::out_of_range("The function \"" + Name() + "\" takes " + std::to_string(Value) +
+    throw std::out_of_range("The function \"" + std::string(Function) + "\" takes " + std::to_string(Value) +
                             " arguments; a document holds an arity from 0 to 255");
   }
+}
+
+void TXMLFunctionInstructionType::SetArity(int Value) const {
+  RequireArity(Name(), Value);
   SetAttribute("Arity", Value);
 }
 

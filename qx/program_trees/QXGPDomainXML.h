@@ -40,7 +40,8 @@ public:
 
   /// 0 to 255. Raises EXMLError when the attribute holds anything else.
   int Arity() const;
-  /// Raises std::out_of_range, which names the function, for what the format cannot hold.
+  /// Raises std::out_of_range, which names the function, for an arity that the format cannot hold.
+  static void RequireArity(std::string_view Function, int Value);
   void SetArity(int Value) const;
 };
 

@@ -2,10 +2,6 @@
 #include <qx/platform/Random.h>
 #include <qx/program_trees/QXGPDomainXML.h>
 
-#include <support/ScriptedRandom.h>
-#include <support/SmallPrograms.h>
-#include <support/TestComponent.h>
-
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -13,6 +9,9 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <support/ScriptedRandom.h>
+#include <support/SmallPrograms.h>
+#include <support/TestComponent.h>
 #include <vector>
 
 namespace qx::generics {
@@ -241,7 +240,6 @@ TEST_F(ProgramIndividualTest, CrossoverWithItselfSwapsSubtreesThatLieApart) {
   EXPECT_EQ(Program(Individual), "(Add (Neg y) (Mul 3 x))");
   EXPECT_THROW(Individual.Crossover(*Individual.DNA(), Individual, *Nodes[1]), std::invalid_argument);
   EXPECT_THROW(Individual.Crossover(*Nodes[2], Individual, *Nodes[1]), std::invalid_argument);
-  EXPECT_THROW(Individual.Crossover(*Nodes[1], Individual, *Nodes[1]), std::invalid_argument);
   EXPECT_EQ(Program(Individual), "(Add (Neg y) (Mul 3 x))");
   Individual.Crossover(*Nodes[1], Individual, *Nodes[3]); // the mate's has its new parent already
   EXPECT_EQ(Program(Individual), "(Add (Mul 3 x) (Neg y))");
@@ -265,15 +263,122 @@ TEST_F(ProgramIndividualTest, ACrossoverThatFailsLeavesBothAsTheyWere) {
   EXPECT_EQ(Binary.FlattenedDNA(), BinaryNodes);
 }
 
+TEST_F(ProgramIndividualTest, AClaimToAnAttachedNodeMakesItTheRoot) {
+  TIndividual& Individual = Add("(Add (Neg x) y)");
+  Individual.AssignDNA(TPointer(Individual.DNA()->Children(0)));
+  EXPECT_EQ(Program(Individual), "(Neg x)");
+  EXPECT_EQ(Individual.DNA()->Parent(), nullptr);
+  const TPointer Former = Individual.Graft(*Individual.DNA(), TPointer(Individual.DNA()->Children(0)));
+  EXPECT_EQ(Former->ToString(), "Neg");
+  EXPECT_EQ(Program(Individual), "x");
+  EXPECT_EQ(Individual.DNA()->Parent(), nullptr);
+}
+
+TEST_F(ProgramIndividualTest, CrossoverOfANodeWithItselfMovesItToTheEnd) {
+  TIndividual& Individual = Add("(Add x y)");
+  Individual.Crossover(*Individual.FlattenedDNA()[1], Individual, *Individual.FlattenedDNA()[1]);
+  EXPECT_EQ(Flat(Individual), "Add y x");
+  Individual.Crossover(*Individual.DNA(), Individual, *Individual.DNA());
+  EXPECT_EQ(Flat(Individual), "Add y x");
+}
+
+// A node whose way in or out raises on demand, before or after it has done its work.
+class TStubborn : public TQXGPTreeNode<TGAFloat> {
+public:
+  using TQXGPTreeNode::AddChild;
+  using TQXGPTreeNode::TQXGPTreeNode;
+  TNode& AddChild(TPointer&& Node) override {
+    TNode& Added = TQXGPTreeNode::AddChild(std::move(Node));
+    if (RaisesAfterAdding) {
+      throw std::runtime_error("added, but");
+    }
+    return Added;
+  }
+  TPointer ExtractChild(TNode& Node) override {
+    if (RaisesBeforeExtracting) {
+      throw std::runtime_error("not to be extracted");
+    }
+    return TQXGPTreeNode::ExtractChild(Node);
+  }
+  bool RaisesAfterAdding = false;
+  bool RaisesBeforeExtracting = false;
+};
+
+class StubbornNodeTest : public ProgramIndividualTest {
+protected:
+  StubbornNodeTest() {
+    auto Root = MakeNode<TStubborn>(&Engine.Instructions().GetItemByName("Add"));
+    Stubborn = Root.get();
+    Root->AddChild(Engine.Tree("(Neg x)"));
+    Root->AddChild(Engine.Tree("y"));
+    Own.AssignDNA(std::move(Root));
+  }
+  // The same nodes in the same places.
+  void ExpectUnchanged() {
+    EXPECT_EQ(Program(Own), "(Add (Neg x) y)");
+    EXPECT_EQ(Program(Mate), "(Mul (Neg y) 3)");
+    EXPECT_EQ(Flat(Own), "Add Neg x y");
+    EXPECT_EQ(Flat(Mate), "Mul Neg y c");
+  }
+
+  TIndividual& Own = Population.Add();
+  TIndividual& Mate = Add("(Mul (Neg y) 3)");
+  TStubborn* Stubborn;
+};
+
+TEST_F(StubbornNodeTest, AGraftIsTakenBackWhenItsParentRaisesLate) {
+  Stubborn->RaisesAfterAdding = true;
+  TPointer New = Engine.Tree("c");
+  EXPECT_THROW(Own.Graft(*Own.FlattenedDNA()[1], std::move(New)), std::runtime_error);
+  EXPECT_NE(New, nullptr);
+  ExpectUnchanged();
+}
+
+TEST_F(StubbornNodeTest, ACrossoverIsTakenBackWhereverItRaises) {
+  Stubborn->RaisesAfterAdding = true;
+  EXPECT_THROW(Own.Crossover(*Own.FlattenedDNA()[1], Mate, *Mate.FlattenedDNA()[1]), std::runtime_error);
+  ExpectUnchanged();
+  EXPECT_THROW(Mate.Crossover(*Mate.FlattenedDNA()[1], Own, *Own.FlattenedDNA()[1]), std::runtime_error);
+  ExpectUnchanged();
+  EXPECT_THROW(Mate.Crossover(*Mate.DNA(), Own, *Own.FlattenedDNA()[1]), std::runtime_error);
+  ExpectUnchanged();
+  Stubborn->RaisesAfterAdding = false;
+  Stubborn->RaisesBeforeExtracting = true;
+  EXPECT_THROW(Own.Crossover(*Own.FlattenedDNA()[1], Mate, *Mate.FlattenedDNA()[1]), std::runtime_error);
+  ExpectUnchanged();
+  EXPECT_THROW(Mate.Crossover(*Mate.FlattenedDNA()[1], Own, *Own.FlattenedDNA()[1]), std::runtime_error);
+  ExpectUnchanged();
+}
+
+TEST_F(ProgramIndividualTest, CrossoverGoesThroughGraft) {
+  class TCounting : public TIndividual {
+  public:
+    TPointer Graft(TNode& Node, TPointer&& NewNode) override {
+      ++Grafts;
+      return TIndividual::Graft(Node, std::move(NewNode));
+    }
+    int Grafts = 0;
+  };
+  TPopulation Counting(&Engine, ItemClassOf<TCounting>());
+  auto& Mother = static_cast<TCounting&>(Counting.Add());
+  auto& Father = static_cast<TCounting&>(Counting.Add());
+  Mother.AssignDNA(Engine.Tree("(Neg x)"));
+  Father.AssignDNA(Engine.Tree("(Neg y)"));
+  Mother.Crossover(*Mother.DNA()->Children(0), Father, *Father.DNA()->Children(0));
+  EXPECT_EQ(Program(Mother), "(Neg y)");
+  EXPECT_EQ(Mother.Grafts, 1);
+  EXPECT_EQ(Father.Grafts, 0);
+}
+
 // --- Selection ---------------------------------------------------------------------------------------------
 
 TEST_F(ProgramIndividualTest, SelectionDiscardsADrawAndSumsTheOthers) {
   TIndividual& Individual = Add("(Add x (Mul y 2))"); // Add x Mul y c
-  TScriptedRandom Draws({R(0.99),                    // discarded
-                         I(0, 5), R(0.05),           // a function, but 0.05 does not exceed 0.1
-                         I(1, 5), R(0.5),            // a terminal, and 0.55 does not exceed 0.9
-                         I(3, 5), R(0.3),            // nor does 0.85
-                         I(2, 5), R(0.0)});          // a function
+  TScriptedRandom Draws({R(0.99),                     // discarded
+                         I(0, 5), R(0.05),            // a function, but 0.05 does not exceed 0.1
+                         I(1, 5), R(0.5),             // a terminal, and 0.55 does not exceed 0.9
+                         I(3, 5), R(0.3),             // nor does 0.85
+                         I(2, 5), R(0.0)});           // a function
   EXPECT_EQ(Individual.SelectNode(0.9), Individual.FlattenedDNA()[2]);
 }
 
@@ -285,8 +390,8 @@ TEST_F(ProgramIndividualTest, ATerminalIsSelectedOnceTheSumExceedsTheProbability
 
 TEST_F(ProgramIndividualTest, TheSumIsSingleAndTheProbabilityDouble) {
   TIndividual& Individual = Add("(Add x y)");
-  // 0.1 in single precision exceeds 1 - 0.9, which is a little below 0.1; in double precision it would too, but
-  // the double just below the single would not.
+  // 0.1 in single precision exceeds 1 - 0.9, which is a little below 0.1; in double precision it would too,
+  // but the double just below the single would not.
   constexpr double Single = 0.1F;
   const double Below = std::nextafter(1.0 - 0.9, 0);
   {
@@ -475,15 +580,17 @@ TEST_F(ProgramIndividualTest, OtherElementsArePassedOver) {
 
 TEST_F(ProgramIndividualTest, AFittestIndividualIsReadToo) {
   TIndividual& Individual = Population.Add();
-  Individual.LoadFromXML(TXMLDocument::Parse("<FittestIndividual><DNA Instruction='X'/></FittestIndividual>").Root());
+  Individual.LoadFromXML(
+      TXMLDocument::Parse("<FittestIndividual><DNA Instruction='X'/></FittestIndividual>").Root());
   EXPECT_EQ(Program(Individual), "x");
 }
 
 TEST_F(ProgramIndividualTest, AnUnknownInstructionKeepsTheNameAndAListOfLivingNodes) {
   for (const char* const Root : {"Sub", "Add"}) {
     TIndividual& Individual = Add("(Add (Neg x) y)");
-    const auto Document = TXMLDocument::Parse("<Individual><Name>New</Name><DNA Instruction='" + std::string(Root) +
-                                              "'><Child Instruction='x'/><Child Instruction='Sub'/></DNA></Individual>");
+    const auto Document =
+        TXMLDocument::Parse("<Individual><Name>New</Name><DNA Instruction='" + std::string(Root) +
+                            "'><Child Instruction='x'/><Child Instruction='Sub'/></DNA></Individual>");
     try {
       Individual.LoadFromXML(Document.Root());
       FAIL() << "nothing raised";
@@ -496,6 +603,16 @@ TEST_F(ProgramIndividualTest, AnUnknownInstructionKeepsTheNameAndAListOfLivingNo
   }
   TIndividual& Fresh = Population.Add();
   EXPECT_THROW(Fresh.LoadFromXML(TXMLDocument::Parse("<Individual/>").Root()), EGPException);
+}
+
+TEST_F(ProgramIndividualTest, WithoutARootNothingIsRead) {
+  class TRootless : public TIndividual {
+  protected:
+    TPointer CreateDNA() override { return nullptr; }
+  };
+  TPopulation Rootless(&Engine, ItemClassOf<TRootless>());
+  const TXMLDocument Document = TXMLDocument::Parse("<Individual><DNA Instruction='x'/></Individual>");
+  EXPECT_THROW(Rootless.Add().LoadFromXML(Document.Root()), std::logic_error);
 }
 
 TEST_F(ProgramIndividualTest, APopulationComesBackAsItWas) {

@@ -1,8 +1,8 @@
 #include <qx/genetic_programming/QXGenerics.GeneticProgramming.ipp>
 
-#include <support/SmallPrograms.h>
-
 #include <gtest/gtest.h>
+
+#include <support/SmallPrograms.h>
 
 namespace qx::generics {
 namespace {

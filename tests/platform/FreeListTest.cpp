@@ -1,12 +1,11 @@
 #include <qx/platform/FreeList.h>
 
-#include <support/Allocations.h>
-
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstring>
 #include <set>
+#include <support/Allocations.h>
 #include <thread>
 #include <vector>
 
@@ -43,6 +42,33 @@ TEST(FreeListTest, AFreedBlockIsHandedOutAgainWithoutTheHeap) {
     FreeBlock(TakeBlock(Bytes), Bytes);
   }
   EXPECT_EQ(tests::Allocations(), Before);
+}
+#endif
+
+#ifndef __SANITIZE_ADDRESS__
+// Takes and frees a block when its thread has given its own away already.
+struct TLate {
+  bool Wanted = false;
+  std::size_t* Told = nullptr;
+  ~TLate() {
+    if (Wanted) {
+      const std::size_t Before = tests::AllocatedBytes();
+      void* const Block = TakeBlock(Bytes);
+      *Told = tests::AllocatedBytes() - Before;
+      FreeBlock(Block, Bytes);
+    }
+  }
+};
+thread_local TLate Late;
+
+TEST(FreeListTest, ABlockTakenWhileAThreadEndsIsAsLargeAsItsList) {
+  std::size_t Taken = 0;
+  std::thread([&] {
+    Late.Wanted = true; // before the thread's list, and so destroyed after it
+    Late.Told = &Taken;
+    FreeBlock(TakeBlock(Bytes), Bytes);
+  }).join();
+  EXPECT_EQ(Taken, 80U);
 }
 #endif
 

@@ -1,14 +1,15 @@
 #include <qx/platform/Variant.h>
 
-#include <support/Locales.h>
-
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <concepts>
+#include <cstddef>
 #include <limits>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <support/Locales.h>
 
 namespace qx {
 namespace {
@@ -35,6 +36,19 @@ TEST(VariantTest, HoldsWhatItWasMadeFrom) {
   EXPECT_EQ(Variant(std::string_view("a")).Kind(), vkText);
   EXPECT_EQ(Variant(std::numeric_limits<std::uint64_t>::max()).AsReal(), 0x1p64);
   EXPECT_EQ(Variant(std::numeric_limits<std::uint64_t>::max()).Kind(), vkReal);
+}
+
+template <class T>
+concept MakesVariant = std::constructible_from<Variant, T>;
+enum TUnscoped { uvOne };
+static_assert(MakesVariant<const char*> && MakesVariant<std::size_t> && MakesVariant<long double>);
+static_assert(!MakesVariant<void*> && !MakesVariant<const int*> && !MakesVariant<std::nullptr_t>);
+static_assert(!MakesVariant<int (*)()> && !MakesVariant<TUnscoped>);
+static_assert(!MakesVariant<wchar_t> && !MakesVariant<char8_t>);
+
+TEST(VariantTest, ANullPointerIsNoText) {
+  const char* const Null = nullptr;
+  EXPECT_THROW(static_cast<void>(Variant(Null)), std::invalid_argument);
 }
 
 TEST(VariantTest, NothingIsZeroFalseAndTheEmptyText) {

@@ -1,12 +1,11 @@
 #include <qx/program_trees/QXGPDomainXML.h>
 #include <qx/program_trees/QXGenerics.GeneticProgramEngine.h>
 
-#include <support/SmallPrograms.h>
-
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 #include <string>
+#include <support/SmallPrograms.h>
 
 namespace qx::generics {
 namespace {
@@ -99,8 +98,9 @@ TEST_F(BinaryNodeTest, ARightChildAloneReloadsAsTheLeftOne) {
 
 TEST_F(BinaryNodeTest, AThirdChildOfADocumentRaises) {
   const auto Read = Tree("x");
-  const auto Document = TXMLDocument::Parse("<DNA Instruction='Add'><Child Instruction='x'/><Child Instruction='x'/>"
-                                            "<Child Instruction='x'/></DNA>");
+  const auto Document =
+      TXMLDocument::Parse("<DNA Instruction='Add'><Child Instruction='x'/><Child Instruction='x'/>"
+                          "<Child Instruction='x'/></DNA>");
   ExpectFull([&] { Read->LoadFromXML(TXMLDnaType(Document.Root())); });
 }
 
@@ -203,6 +203,34 @@ TEST_F(BinaryNodeTest, AttachChildTakesTheSlotOrElseTheOther) {
   TPointer Third = Tree("c");
   ExpectFull([&] { Node->AttachChild(0, std::move(Third)); });
   EXPECT_NE(Third, nullptr);
+}
+
+TEST_F(BinaryNodeTest, AttachChildLeavesAChildWhereItIs) {
+  const auto Node = Tree("(Add x)");
+  EXPECT_EQ(&Node->AttachChild(1, TPointer(Node->Left())), Node->Left());
+  EXPECT_EQ(Slots(*Node), "x | -");
+}
+
+TEST_F(BinaryNodeTest, AFullNodeTellsThatThereIsNoNode) {
+  EXPECT_THROW(Tree("(Add x y)")->AddChild(nullptr), std::invalid_argument);
+}
+
+TEST_F(BinaryNodeTest, ACopyThatDoesNotFitOrCannotBeMadeLeavesTheSlots) {
+  const auto Node = Tree("(Add x y)");
+  const auto Single = Tree("(Neg x)");
+  const auto Given = Tree("c");
+  Engine.Binary = false; // copies are n-ary now
+  EXPECT_THROW(Node->SetLeft(Given.get()), std::invalid_argument);
+  EXPECT_EQ(Slots(*Node), "x | y");
+  TPointer Owned = Single->Left()->SetParent(nullptr);
+  Single->AttachChild(0, std::move(Owned));
+  TPointer Inserted = Given->SetParent(nullptr);
+  Engine.Binary = true;
+  Inserted = Tree("c");
+  Engine.Binary = false;
+  EXPECT_THROW(Single->InsertChild(0, std::move(Inserted)), std::invalid_argument);
+  EXPECT_EQ(Slots(*Single), "x | -");
+  EXPECT_NE(Inserted, nullptr);
 }
 
 TEST_F(BinaryNodeTest, AssignKeepsTheSlots) {

@@ -2,12 +2,11 @@
 #include <qx/platform/StackGuard.h>
 #include <qx/program_trees/QXGPDomainXML.h>
 
-#include <support/SmallPrograms.h>
-
 #include <gtest/gtest.h>
 
 #include <pthread.h>
 #include <string>
+#include <support/SmallPrograms.h>
 #include <utility>
 
 namespace qx::generics {
@@ -110,6 +109,15 @@ TEST_P(DeepTreeTest, ExecutionStopsBeforeTheStackIsGone) {
     Context.Values().Add("x", 2);
     EXPECT_EQ(Shallow->Execute(&Context), -2);
   });
+}
+
+TEST_P(DeepTreeTest, LevelsThatBringChildrenAreAttachedInLinearTime) {
+  TPointer Root = Engine.Tree("(Add x)"); // quadratic, this would take half an hour
+  TNode* Deepest = Root.get();
+  for (int I = 1; I < Levels; ++I) {
+    Deepest = &Deepest->AddChild(Engine.Tree("(Add x)"));
+  }
+  EXPECT_EQ(Root->Size(), 2 * Levels);
 }
 
 TEST(StackReserveTest, AHostThatNeedsMoreStackSaysSo) {

@@ -2,11 +2,11 @@
 #include <qx/program_trees/QXGPDomainXML.h>
 #include <qx/program_trees/QXGenerics.GeneticProgramEngine.h>
 
-#include <support/SmallPrograms.h>
-
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
+#include <support/SmallPrograms.h>
 
 namespace qx::generics {
 namespace {
@@ -185,8 +185,9 @@ TEST(InstructionSetTest, ReadsListByListAndMergesByName) {
   TInstructions Set(nullptr);
   TInstruction& X = Set.Add();
   X.SetName("x");
-  const auto Element = Parse("<VariantConstant Name='vc'/><Constant Name='c'/><FloatConstant Name='fc'/>"
-                             "<Variable Name='y'/><Function Name='X' Arity='2' Comment='was x'/><Variable Name='z'/>");
+  const auto Element =
+      Parse("<VariantConstant Name='vc'/><Constant Name='c'/><FloatConstant Name='fc'/>"
+            "<Variable Name='y'/><Function Name='X' Arity='2' Comment='was x'/><Variable Name='z'/>");
   Set.LoadFromXML(Element);
   EXPECT_EQ(Shown(Set), "X 'was x' gpFunction/2; y '' gpVariable/0; z '' gpVariable/0; c '' gpConstant/0; "
                         "fc '' gpConstant/0; vc '' gpConstant/0; ");
@@ -206,8 +207,9 @@ TEST(InstructionSetTest, AnEmptyElementChangesNothing) {
 TEST(InstructionSetTest, ABadElementLeavesTheWholeSetAsItWas) {
   TArithmeticEngine Engine;
   const std::string Before = Shown(Engine.Instructions());
-  EXPECT_THROW(Engine.Instructions().LoadFromXML(Parse("<Function Name='New' Arity='1'/><Function Arity='999'/>")),
-               EXMLError);
+  EXPECT_THROW(
+      Engine.Instructions().LoadFromXML(Parse("<Function Name='New' Arity='1'/><Function Arity='999'/>")),
+      EXMLError);
   EXPECT_EQ(Shown(Engine.Instructions()), Before);
   EXPECT_EQ(Engine.Log, "");
 }
@@ -229,6 +231,61 @@ TEST(InstructionSetTest, WritesEachInstructionIntoTheListOfItsKind) {
   TInstructions Read(nullptr);
   Read.LoadFromXML(TXMLGPInstructions(Document.Root()));
   EXPECT_EQ(Shown(Read), Shown(Engine.Instructions()));
+}
+
+TEST(InstructionSetTest, AnArityThatNoDocumentHoldsIsRefusedBeforeAnythingIsWritten) {
+  TArithmeticEngine Engine;
+  Engine.Instructions()[2].SetArity(300);
+  const TXMLDocument Document = TXMLDocument::New("Instructions");
+  EXPECT_THROW(Engine.Instructions().SaveToXML(TXMLGPInstructions(Document.Root())), std::out_of_range);
+  EXPECT_EQ(Document.Root().ChildCount(), 0);
+}
+
+TEST(InstructionSetTest, AnUnnamedInstructionHasNoNameToMergeBy) {
+  TInstructions Set(nullptr);
+  Set.Add();
+  const TXMLDocument Document = TXMLDocument::New("Instructions");
+  Set.SaveToXML(TXMLGPInstructions(Document.Root())); // its display name is written
+  Set.LoadFromXML(TXMLGPInstructions(Document.Root()));
+  EXPECT_EQ(Set.Count(), 2);
+}
+
+TEST(InstructionSetTest, NamesComeAndGo) {
+  TInstructions Set(nullptr);
+  Set.Add();
+  Set.Add().SetName("a");
+  Set[1].SetName("b");
+  EXPECT_EQ(Set.IndexOf("a"), -1);
+  EXPECT_EQ(Set.IndexOf("B"), 1);
+  Set[0].SetName("a");
+  EXPECT_EQ(Set.IndexOf(""), -1);
+  Set[1].SetName("");
+  EXPECT_EQ(Set.IndexOf("b"), -1);
+  EXPECT_EQ(Set.IndexOf(""), 1);
+}
+
+TEST(InstructionSetTest, AnEngineThatRaisesDoesNotLoseTheInstruction) {
+  class TRaising : public TTestEngine<TGAFloat> {
+  public:
+    void InstructionUpdate(TInstruction* Instruction) override {
+      if (Raises && Instruction == nullptr) {
+        throw std::runtime_error("not now");
+      }
+    }
+    bool Raises = false;
+  };
+  TRaising Engine;
+  Engine.Variable("x");
+  TInstruction& Y = Engine.Variable("y");
+  const int ID = Y.ID();
+  Engine.Variable("z");
+  TInstructions Other(nullptr);
+  Engine.Raises = true;
+  EXPECT_THROW(Engine.Instructions().Extract(Y), std::runtime_error);
+  EXPECT_THROW(Y.SetCollection(Other), std::runtime_error);
+  EXPECT_EQ(Engine.Instructions().IndexOf("y"), 1);
+  EXPECT_EQ(Y.ID(), ID);
+  EXPECT_EQ(Other.Count(), 0);
 }
 
 TEST(InstructionSetTest, ItemsOfAnotherClassKeepTheirClass) {

@@ -1,12 +1,11 @@
 #include <qx/program_trees/QXGPDomainXML.h>
 #include <qx/program_trees/QXGenerics.GeneticProgramEngine.h>
 
-#include <support/SmallPrograms.h>
-
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 #include <string>
+#include <support/SmallPrograms.h>
 
 namespace qx::generics {
 namespace {
@@ -61,6 +60,12 @@ TEST(InstructionTest, AConstantOrVariableHasNoArity) {
   Instruction.SetArity(2);
   Instruction.SetOperation(gpVariable);
   EXPECT_EQ(Instruction.Arity(), 0);
+}
+
+TEST(InstructionTest, AnOperationThatIsNoneRaises) {
+  TInstruction Instruction;
+  EXPECT_THROW(Instruction.SetOperation(static_cast<TGPGeneticInstruction>(9)), std::out_of_range);
+  EXPECT_EQ(Instruction.Operation(), gpVariable);
 }
 
 TEST(InstructionTest, TheEngineLimitsTheArity) {
@@ -157,7 +162,8 @@ TEST(InstructionTest, FewerChildrenThanArgumentsRaise) {
   TArithmeticEngine Engine;
   const auto Node = Engine.Tree("(Add x)");
   TQXGPContext<TGAFloat> Context;
-  EXPECT_EQ(MessageOf([&] { Node->Execute(&Context); }), "Invalid number of arguments (1) for \"Add\" instruction");
+  EXPECT_EQ(MessageOf([&] { Node->Execute(&Context); }),
+            "Invalid number of arguments (1) for \"Add\" instruction");
 }
 
 TEST(InstructionTest, MoreChildrenThanArgumentsAreEvaluated) {
@@ -286,7 +292,8 @@ TEST(InstructionTest, AnArityThatNoDocumentHoldsIsNotWritten) {
     Instruction.SaveToXML(TXMLGPInstructions(TXMLDocument::New("Instructions").Root()));
     FAIL() << "nothing raised";
   } catch (const std::out_of_range& Error) {
-    EXPECT_STREQ(Error.what(), "The function \"Sum\" takes 256 arguments; a document holds an arity from 0 to 255");
+    EXPECT_STREQ(Error.what(),
+                 "The function \"Sum\" takes 256 arguments; a document holds an arity from 0 to 255");
   }
 }
 

@@ -1,13 +1,12 @@
 #include <qx/program_trees/QXGPDomainXML.h>
 #include <qx/program_trees/QXGenerics.GeneticProgramEngine.h>
 
-#include <support/SmallPrograms.h>
-
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <support/SmallPrograms.h>
 #include <vector>
 
 namespace qx::generics {
@@ -346,7 +345,7 @@ TEST(NodeTest, ADyingNodeLeavesItsParentAndOrphansItsChildren) {
 class TListening : public TTree {
 public:
   using TTree::TTree;
-  void Modified() override {
+  void Modified() noexcept override {
     TTree::Modified();
     ++Heard;
     SizeOfRoot = Root != nullptr ? Root->Size() : 0;
@@ -383,7 +382,8 @@ TEST(NodeTest, AnOverrideOfModifiedHearsEveryChangeBelow) {
 }
 
 TEST(NodeTest, AnOverrideIsHeardHoweverTheNodeWasMade) {
-  ExpectEveryChangeToBeHeard([](TInstruction* Instruction) { return std::make_unique<TListening>(Instruction); });
+  ExpectEveryChangeToBeHeard(
+      [](TInstruction* Instruction) { return std::make_unique<TListening>(Instruction); });
 }
 
 TEST(NodeTest, AnOverrideAboveAnAttachedTreeHearsItsChanges) {
@@ -414,7 +414,7 @@ TEST(NodeTest, OverridesHearTheNearestFirstAndOneMayKeepItToItself) {
   class TNamed : public TTree {
   public:
     using TTree::TTree;
-    void Modified() override {
+    void Modified() noexcept override {
       Log += Name;
       if (!Silent) {
         TTree::Modified();
@@ -459,6 +459,99 @@ TEST(NodeTest, FieldsOfAHostsOwnNodeAreCopiedWithEachNode) {
   EXPECT_EQ(static_cast<TMarked&>(*Copy->Children(0)).Mark, 2);
 }
 
+TEST(NodeTest, AnOverrideInsideACopyHearsWhatHappensBelowIt) {
+  class TOwnListening : public TListening {
+  public:
+    using TListening::TListening;
+
+  protected:
+    TPointer NewNode(TInstruction* Instruction) const override {
+      return MakeNode<TOwnListening>(Instruction);
+    }
+  };
+  const auto Root = MakeNode<TTree>(nullptr);
+  Root->AddChild(MakeNode<TOwnListening>(nullptr)).AddChild(MakeNode<TTree>(nullptr));
+  const auto Copy = Root->Clone();
+  auto& Listener = static_cast<TOwnListening&>(*Copy->Children(0));
+  Listener.Heard = 0;
+  Listener.Children(0)->AddChild(MakeNode<TTree>(nullptr));
+  EXPECT_EQ(Listener.Heard, 1);
+}
+
+TEST(NodeTest, AnOverrideThatAsksForSizesDoesNotSpoilThoseOfACopy) {
+  class TAsking : public TTree {
+  public:
+    using TTree::TTree;
+    void Modified() noexcept override {
+      TTree::Modified();
+      static_cast<void>(Size());
+    }
+  };
+  const auto Root = MakeNode<TAsking>(nullptr);
+  TNode& Inner = Root->AddChild(MakeNode<TTree>(nullptr));
+  Inner.Assign(*Root);
+  EXPECT_EQ(Inner.Size(), 2);
+  EXPECT_EQ(Inner.Depth(), 1);
+  EXPECT_EQ(Root->Size(), 3);
+}
+
+TEST(NodeTest, ANodeThatMeasuresItselfWhenItIsMadeStaysRight) {
+  class TEager : public TTree {
+  public:
+    explicit TEager(TInstruction* Instruction) : TTree(Instruction) {
+      AddChild(MakeNode<TTree>(nullptr));
+      static_cast<void>(Size());
+    }
+  };
+  const auto Node = MakeNode<TEager>(nullptr);
+  Node->AddChild(MakeNode<TTree>(nullptr));
+  EXPECT_EQ(Node->Size(), 3);
+}
+
+TEST(NodeTest, ANewNodeGetsItsValueThroughSetValue) {
+  class TDoubling : public TTree {
+  public:
+    using TTree::TTree;
+    void SetValue(const double& Value) override { TTree::SetValue(2 * Value); }
+  };
+  TInstruction Instruction;
+  Instruction.SetValue(3);
+  EXPECT_EQ(MakeNode<TDoubling>(&Instruction)->Value(), 6);
+}
+
+TEST(NodeTest, ChildrenThatTheEngineGivesToNewNodesAreNotCopiedAsWell) {
+  class TGenerous : public tests::TTestEngine<TGAFloat> {
+  public:
+    std::unique_ptr<TNode> CreateNode(TInstruction* Instruction) override {
+      auto Node = TTestEngine::CreateNode(Instruction);
+      if (Generous) {
+        Node->AddChild(TTestEngine::CreateNode(nullptr));
+      }
+      return Node;
+    }
+    bool Generous = false;
+  };
+  TGenerous Engine;
+  Engine.Function("F", 1);
+  for (const bool Binary : {false, true}) {
+    Engine.Binary = Binary;
+    Engine.Generous = false;
+    const auto Tree = Engine.Tree("(F (F F))");
+    Engine.Generous = true;
+    const auto Copy = Tree->Clone();
+    EXPECT_EQ(Copy->ToString(), "(F (F F))");
+    EXPECT_EQ(Copy->Size(), 3);
+  }
+}
+
+TEST(NodeTest, SetChildrenCopiesNodesOnly) {
+  const auto Root = MakeNode<TTree>(nullptr);
+  Root->AddChild(MakeNode<TTree>(nullptr));
+  TNode* const List[] = {Root.get(), nullptr};
+  EXPECT_THROW(Root->SetChildren(List), std::invalid_argument);
+  EXPECT_EQ(Root->ChildCount(), 1);
+}
+
 // --- Documents ---------------------------------------------------------------------------------------------
 
 TEST(NodeDocumentTest, ATreeIsWrittenAndReadInOrder) {
@@ -482,6 +575,16 @@ TEST(NodeDocumentTest, ATreeIsWrittenAndReadInOrder) {
   Read->LoadFromXML(TXMLDnaType(Document.Root()));
   EXPECT_EQ(Read->ToString(), Tree->ToString());
   EXPECT_EQ(Read->Size(), 6);
+}
+
+TEST(NodeDocumentTest, ASecondSaveReplacesTheFirst) {
+  TArithmeticEngine Engine;
+  const TXMLDocument Document = TXMLDocument::New("DNA");
+  Engine.Tree("(Add (Neg x) 2)")->SaveToXML(TXMLDnaType(Document.Root()));
+  Engine.Tree("(Neg y)")->SaveToXML(TXMLDnaType(Document.Root()));
+  const auto Read = Engine.Tree("x");
+  Read->LoadFromXML(TXMLDnaType(Document.Root()));
+  EXPECT_EQ(Read->ToString(), "(Neg y)");
 }
 
 TEST(NodeDocumentTest, WithoutInstructionThereIsNoSetToReadBy) {
@@ -513,10 +616,11 @@ TEST(NodeDocumentTest, OnlyConstantsKeepAValue) {
   TArithmeticEngine Engine;
   Engine.Instructions().GetItemByName("x").SetValue(9);
   const auto Node = Engine.Tree("y");
-  Node->LoadFromXML(TXMLDnaType(TXMLDocument::Parse("<DNA Instruction='Add'><Child Instruction='x'><Value>3</Value>"
-                                                    "</Child><Other/><Child Instruction='c'><Value>4</Value></Child>"
-                                                    "</DNA>")
-                                    .Root()));
+  Node->LoadFromXML(
+      TXMLDnaType(TXMLDocument::Parse("<DNA Instruction='Add'><Child Instruction='x'><Value>3</Value>"
+                                      "</Child><Other/><Child Instruction='c'><Value>4</Value></Child>"
+                                      "</DNA>")
+                      .Root()));
   EXPECT_EQ(Node->ToString(), "(Add x 4)");
   EXPECT_EQ(Node->Children(0)->Value(), 0);
 }

@@ -1,14 +1,13 @@
 #include <qx/genetic_programming/QXGenerics.GeneticProgramming.h>
 #include <qx/platform/Random.h>
 
-#include <support/SmallPrograms.h>
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <support/SmallPrograms.h>
 #include <utility>
 #include <vector>
 
@@ -24,7 +23,8 @@ struct TModel {
 
   bool IsFull() const { return Slots.size() == 2 && Slots[0] && Slots[1]; }
   int Count() const {
-    return static_cast<int>(std::count_if(Slots.begin(), Slots.end(), [](const auto& Slot) { return Slot != nullptr; }));
+    return static_cast<int>(
+        std::count_if(Slots.begin(), Slots.end(), [](const auto& Slot) { return Slot != nullptr; }));
   }
   int Size() const {
     int Sum = 1;
@@ -324,7 +324,8 @@ private:
     const auto* const Given = Random(3) == 0 ? nullptr : static_cast<TQXGPBinaryNode<T>*>(&Real(Source));
     std::vector<TModel*> Nodes;
     Root()->List(Nodes);
-    TModel& Model = **std::find_if(Nodes.begin(), Nodes.end(), [&](const TModel* M) { return M->Real == &Node; });
+    TModel& Model =
+        **std::find_if(Nodes.begin(), Nodes.end(), [&](const TModel* M) { return M->Real == &Node; });
     const std::size_t Side = Random(std::size_t{2});
     TModelPointer Copy = Given != nullptr ? Source.Copy() : nullptr;
     const bool Same = Given == Node.Slots()[Side];

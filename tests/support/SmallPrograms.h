@@ -99,7 +99,9 @@ public:
     }
     return Added;
   }
-  TInstruction& Function(const std::string& Name, int Arity) { return AddInstruction(Name, gpFunction, Arity); }
+  TInstruction& Function(const std::string& Name, int Arity) {
+    return AddInstruction(Name, gpFunction, Arity);
+  }
   TInstruction& Variable(const std::string& Name) { return AddInstruction(Name, gpVariable); }
   TInstruction& Constant(const std::string& Name, const T& Value) {
     TInstruction& Added = AddInstruction(Name, gpConstant);
