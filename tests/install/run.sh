@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the library into a folder of its own and builds a stranger's project against it in three ways:
 # find_package, pkg-config, and add_subdirectory of the sources. The stranger's programs are the README's first
-# example and, alone against the installed package, every example of the repository.
+# example, program trees over a value type of the stranger's own and, alone against the installed package, every example of the repository.
 # Usage: run.sh SOURCE_DIR BUILD_DIR COMPILER
 set -euo pipefail
 source=$1 build=$2 compiler=$3
@@ -29,6 +29,8 @@ export PKG_CONFIG_PATH
 PKG_CONFIG_PATH=$(dirname "$(find "$work/prefix" -name qxevolution.pc)")
 "$compiler" -std=c++20 "$work/readme.cpp" $(pkg-config --cflags --libs qxevolution) -o "$work/packaged"
 runs "$work/packaged"
+"$compiler" -std=c++20 "$here/program_tree.cpp" $(pkg-config --cflags --libs qxevolution) -o "$work/program_tree"
+[ "$("$work/program_tree")" = "6 is six" ] || { echo "a program tree went wrong"; exit 1; }
 
 echo "add_subdirectory ..."
 cmake -S "$here/stranger" -B "$work/added" -DCMAKE_CXX_COMPILER="$compiler" -DQX_SOURCES="$source" \

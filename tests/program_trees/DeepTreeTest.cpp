@@ -96,19 +96,21 @@ TEST_P(DeepTreeTest, AMillionLevelsAreFlattenedSavedAndLoaded) {
 }
 
 TEST_P(DeepTreeTest, ExecutionStopsBeforeTheStackIsGone) {
-  OnSmallStack([&] {
-    const TPointer Tree = Chain(Levels);
-    TQXGPContext<TGAFloat> Context;
+  const TPointer Tree = Chain(Levels);
+  const TPointer Shallow = Chain(100);
+  TQXGPContext<TGAFloat> Context;
+  Context.Values().Add("x", 2);
+  const auto Run = [&] {
     try {
       Tree->Execute(&Context);
       ADD_FAILURE() << "nothing raised";
     } catch (const EStackError& Error) {
       EXPECT_NE(std::string(Error.what()).find("too deep"), std::string::npos);
     }
-    const TPointer Shallow = Chain(100);
-    Context.Values().Add("x", 2);
     EXPECT_EQ(Shallow->Execute(&Context), -2);
-  });
+  };
+  Run();
+  OnSmallStack(Run);
 }
 
 TEST_P(DeepTreeTest, LevelsThatBringChildrenAreAttachedInLinearTime) {
