@@ -29,7 +29,7 @@ struct TVariantNumber {
     case vkReal:
       return OfReal(std::get<double>(Value.FValue));
     case vkText: {
-      const std::string& Text = std::get<std::string>(Value.FValue);
+      const auto& Text = std::get<std::string>(Value.FValue);
       if (const auto Whole = ParseInteger(Text)) {
         return OfWhole(*Whole);
       }
@@ -101,7 +101,10 @@ std::partial_ordering Compare(const TVariantNumber& Left, const TVariantNumber& 
     return Compare(Left.Whole, Right.Real);
   }
   if (Right.IsWhole) {
-    return 0 <=> Compare(Right.Whole, Left.Real);
+    const std::partial_ordering Reversed = Compare(Right.Whole, Left.Real);
+    return std::is_lt(Reversed)   ? std::partial_ordering::greater
+           : std::is_gt(Reversed) ? std::partial_ordering::less
+                                  : Reversed;
   }
   return Left.Real <=> Right.Real;
 }

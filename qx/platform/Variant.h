@@ -79,7 +79,7 @@ public:
   Variant& operator/=(const Variant& Right) { return *this = *this / Right; }
   Variant& operator%=(const Variant& Right) { return *this = *this % Right; }
 
-  friend bool operator==(const Variant& Left, const Variant& Right) { return (Left <=> Right) == 0; }
+  friend bool operator==(const Variant& Left, const Variant& Right) { return std::is_eq(Left <=> Right); }
   friend std::partial_ordering operator<=>(const Variant& Left, const Variant& Right);
 
   /// The value as text.

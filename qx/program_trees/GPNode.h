@@ -47,6 +47,7 @@ public:
 
   /// Frees the children, then takes the node out of its parent.
   ~TQXGPNode() override;
+  // The delete that knows the size is its match. NOLINTNEXTLINE(misc-new-delete-overloads)
   static void* operator new(std::size_t Bytes) { return TakeBlock(Bytes); }
   static void operator delete(void* Block, std::size_t Bytes) noexcept { FreeBlock(Block, Bytes); }
 

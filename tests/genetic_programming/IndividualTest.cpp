@@ -408,6 +408,15 @@ TEST_F(ProgramIndividualTest, TheSumIsSingleAndTheProbabilityDouble) {
   }
 }
 
+TEST_F(ProgramIndividualTest, ADrawIsAddedInDoublePrecisionAndTheSumNarrowed) {
+  const double AboveHalfAnUlp =
+      0x1p-24 + 0x1p-50; // in single precision it would be half an ulp of 1, and be lost
+  TScriptedRandom Draws({R(0), I(0, 1), R(0.5), I(0, 1), R(0.5), // 1 does not exceed 1
+                         I(0, 1), R(AboveHalfAnUlp)});
+  TIndividual& Leaf = Add("x");
+  EXPECT_EQ(Leaf.SelectNode(1), Leaf.DNA());
+}
+
 TEST_F(ProgramIndividualTest, SelectionAmongKindsPassesOverTheOthers) {
   TIndividual& Individual = Add("(Add x (Mul y 2))");
   {
