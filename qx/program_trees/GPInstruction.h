@@ -107,6 +107,7 @@ private:
   // Stores a name, taken or not.
   void StoreName(std::string_view Value);
   void LeaveSet();
+  void SaveNames(const TXMLInstructionType& Element) const;
   [[noreturn]] void RaiseMissingArguments(int Count) const;
   [[noreturn]] void RaiseMissingContext() const;
 

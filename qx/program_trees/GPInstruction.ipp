@@ -157,23 +157,26 @@ void TQXGPInstruction<T>::SaveToXML(const TXMLGPInstructions& Element) {
 
 template <class T>
 void TQXGPInstruction<T>::SaveToXML(const TXMLVariableInstructionType& Element) {
-  Element.SetName(DisplayName());
-  Element.SetComment(FComment);
+  SaveNames(Element);
   SaveValueToXML(Element);
 }
 
 template <class T>
 void TQXGPInstruction<T>::SaveToXML(const TXMLConstantInstructionType& Element) {
-  Element.SetName(DisplayName());
-  Element.SetComment(FComment);
+  SaveNames(Element);
   SaveValueToXML(Element);
 }
 
 template <class T>
 void TQXGPInstruction<T>::SaveToXML(const TXMLFunctionInstructionType& Element) {
+  SaveNames(Element);
+  Element.SetArity(FArity);
+}
+
+template <class T>
+void TQXGPInstruction<T>::SaveNames(const TXMLInstructionType& Element) const {
   Element.SetName(DisplayName());
   Element.SetComment(FComment);
-  Element.SetArity(FArity);
 }
 
 template <class T>

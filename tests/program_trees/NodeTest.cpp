@@ -294,6 +294,16 @@ TEST(NodeTest, ClearEmptiesTheNode) {
   EXPECT_EQ(Tree->Size(), 3);
 }
 
+TEST(NodeTest, ANodeKeepsItsValueUnderAnotherInstruction) {
+  TArithmeticEngine Engine;
+  TInstruction& Other = Engine.Constant("d", 8);
+  const auto Tree = Engine.Tree("(Neg 2.5)");
+  Tree->Children(0)->SetInstruction(&Other);
+  EXPECT_EQ(Tree->Execute(nullptr), -2.5);
+  Tree->SetInstruction(&Engine.Instructions().GetItemByName("Add"));
+  EXPECT_EQ(Tree->ToString(), "(Add 2.5)");
+}
+
 TEST(NodeTest, ExecuteWithoutInstructionRaises) {
   TArithmeticEngine Engine;
   try {
