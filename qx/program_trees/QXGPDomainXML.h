@@ -20,6 +20,10 @@ public:
 
   bool IsFunction() const { return Tag() == "Function"; }
   bool IsVariable() const { return Tag() == "Variable"; }
+  /// Whether it is one of the constants whose value is a text.
+  bool IsConstant() const {
+    return Tag() == "Constant" || Tag() == "FloatConstant" || Tag() == "VariantConstant";
+  }
 
   std::string Name() const { return Attribute("Name"); }
   void SetName(std::string_view Value) const { SetAttribute("Name", Value); }
