@@ -361,7 +361,7 @@ TEST(NodeTest, CopiesAndExecutionNeedNoHeapOnceTheListOfFreeNodesIsFilled) {
   const auto Use = [&] {
     const auto Copy = Tree->Clone();
     Copy->Children(0)->Assign(*Tree);
-    EXPECT_EQ(Copy->Size(), 15 - 4 + 15);
+    EXPECT_EQ(Copy->Size(), 16 - 4 + 16);
     EXPECT_EQ(Copy->Execute(&Context), -4);
   };
   Use();
