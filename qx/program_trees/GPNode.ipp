@@ -124,19 +124,18 @@ void TQXGPNode<T>::RequireAttachable(const TQXGPNode* Node) const {
     throw std::invalid_argument("There is no node to attach");
   }
   RequireFitting(*Node);
-  // Up from here and down from the node at once, until either is through: a tree may be deep or large, but
-  // what it grows by is small.
+  // Up to the node, if it is above; but no further than it has nodes, among which this one would be. A tree
+  // may be deep or large, but what it grows by is small.
   constexpr std::size_t UsualCount = 32;
-  TSmallList<const TQXGPNode*, UsualCount> Pending;
-  Pending.Push(Node);
-  for (const TQXGPNode* Above = this; Above != nullptr && !Pending.Empty(); Above = Above->FParent) {
-    const TQXGPNode* const Below = Pending.Pop();
-    if (Above == Node || Below == this) {
+  TSmallList<const TQXGPNode*, UsualCount> Counted;
+  Counted.Push(Node);
+  for (const TQXGPNode* Above = this; Above != nullptr && !Counted.Empty(); Above = Above->FParent) {
+    if (Above == Node) {
       throw std::invalid_argument("A node cannot be attached below itself");
     }
-    for (const TQXGPNode* const Child : Below->Slots()) {
+    for (const TQXGPNode* const Child : Counted.Pop()->Slots()) {
       if (Child != nullptr) {
-        Pending.Push(Child);
+        Counted.Push(Child);
       }
     }
   }
