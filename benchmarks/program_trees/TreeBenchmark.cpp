@@ -43,7 +43,7 @@ struct TSample {
 template <int Nodes>
 void ExecuteTree(benchmark::State& State) {
   TSample<Nodes> Sample;
-  for (int I = 0; I < Formulas; ++I) {
+  for (std::size_t I = 0; I < Sample.Trees.size(); ++I) {
     const double Value = Sample.Trees[I]->Execute(&Sample.Context);
     if (std::bit_cast<std::uint64_t>(Value) != std::bit_cast<std::uint64_t>(Sample.Compiled[I](X, Y, Z)) ||
         Sample.Trees[I]->Size() != Nodes) {
