@@ -137,6 +137,16 @@ public:
       Hand = FParent != nullptr ? FParent->ExtractChild(Added) : std::move(FRoot);
     }
   }
+  void MoveToEnd() {
+    TNodePointer Moved = Take();
+    try {
+      Add(std::move(Moved));
+    } catch (...) {
+      TakeBack(FNode, Moved);
+      PutBack(std::move(Moved));
+      throw;
+    }
+  }
   void PutBack(TNodePointer&& Node) {
     if (FParent != nullptr) {
       FParent->AttachChild(FSlot, std::move(Node));
@@ -179,7 +189,7 @@ void TQXGPIndividual<T>::Crossover(TNode& Node, TQXGPIndividual& Mate, TNode& Ma
     throw std::invalid_argument("A subtree cannot be swapped with one that it contains");
   }
   if (&Node == &MateNode || (Here.Parent() == There.Parent() && Here.Parent() != nullptr)) {
-    Here.Add(Here.Take()); // the other one has its parent already
+    Here.MoveToEnd(); // the other one has its parent already
     FlattenDNA();
     return;
   }
