@@ -296,6 +296,15 @@ void TQXCustomGeneticComponent::FreeGenerations() {
   FPreviousGeneration.reset();
 }
 
+void TQXCustomGeneticComponent::DiscardGenerations() {
+  for (TQXPopulation* Generation : {FPopulation.get(), FPreviousGeneration.get()}) {
+    if (Generation != nullptr) {
+      Generation->Clear();
+    }
+  }
+  FSettings.Initialized = false;
+}
+
 void TQXCustomGeneticComponent::FitnessHandlerChanged(bool WasAssigned) {
   if (WasAssigned || !OnEvaluateFitness) {
     return;

@@ -330,6 +330,9 @@ protected:
   void EvaluateStale() const;
   /// Frees both generations; for the destructor of a descendant that its individuals depend on.
   void FreeGenerations();
+  /// Empties both generations, when what their individuals are made of has changed; the next run initializes
+  /// anew.
+  void DiscardGenerations();
   /// Fills the population with random individuals; the result counts what the representation defines.
   virtual int DoInitialize();
   virtual bool DoReproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1);
@@ -338,6 +341,13 @@ protected:
   /// Chooses a parent when no handler is bound. The base raises EGAException.
   virtual TQXIndividual* DoSelectParent(TQXPopulation& Population);
   virtual void DoSelectionPreparation();
+
+  /// The parts of `Describe` that every description has: fitness method and probabilities; when a run ends.
+  void DescribeOperators(TStrings& Strings, std::string_view TabStr) const;
+  void DescribeTermination(TStrings& Strings, std::string_view TabStr) const;
+  /// Adds a line as in "   Label = Value".
+  static void AddDescription(TStrings& Strings, std::string_view TabStr, std::string_view Label,
+                             std::string_view Value);
 
   void DefineProperties(TFiler& Filer) override;
   void Loading(const std::function<void()>& Load) override;

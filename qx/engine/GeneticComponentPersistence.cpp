@@ -187,32 +187,44 @@ void TQXCustomGeneticComponent::Loading(const std::function<void()>& Load) {
 // --- Description -------------------------------------------------------------------------------------------
 
 void TQXCustomGeneticComponent::Describe(TStrings& Strings, std::string_view TabStr) const {
-  const auto AddLine = [&](std::string_view Label, const std::string& Value) {
-    Strings.Add(std::string(TabStr) + std::string(Label) + Value);
-  };
-  const auto Percent = [](TGAProbability Share) { return FixedText(Share * 100) + '%'; };
-  Strings.Add("Operating Conditions");
-  AddLine("Fitness Method = ", std::string(EnumName(FitnessMethod())));
-  AddLine("Crossover Probability = ", Percent(CrossoverProbability()));
-  AddLine("Inversion Probability = ", Percent(InversionProbability()));
-  AddLine("Mutation Probability = ", Percent(MutationProbability()));
-  AddLine("Selection Method = ", std::string(EnumName(SelectionMethod())));
+  DescribeOperators(Strings, TabStr);
+  AddDescription(Strings, TabStr, "Selection Method", EnumName(SelectionMethod()));
   Strings.Add("Initial Conditions");
-  AddLine("Population = ", std::to_string(InitialPopulation()));
+  AddDescription(Strings, TabStr, "Population", std::to_string(InitialPopulation()));
+  DescribeTermination(Strings, TabStr);
+}
+
+void TQXCustomGeneticComponent::DescribeOperators(TStrings& Strings, std::string_view TabStr) const {
+  Strings.Add("Operating Conditions");
+  AddDescription(Strings, TabStr, "Fitness Method", EnumName(FitnessMethod()));
+  AddDescription(Strings, TabStr, "Crossover Probability", PercentText(CrossoverProbability()));
+  AddDescription(Strings, TabStr, "Inversion Probability", PercentText(InversionProbability()));
+  AddDescription(Strings, TabStr, "Mutation Probability", PercentText(MutationProbability()));
+}
+
+void TQXCustomGeneticComponent::DescribeTermination(TStrings& Strings, std::string_view TabStr) const {
   if (!UseGenerationLimit() && !UseFitnessCutoff() && !UseDiversityLimit()) {
     Strings.Add("There are no Termination Conditions");
     return;
   }
   Strings.Add("Termination Conditions");
+  const std::string Tab(TabStr);
   if (UseFitnessCutoff()) {
-    AddLine(Maximizing() ? "Fitness >= " : "Fitness <= ", GeneralText(FitnessCutoff()));
+    Strings.Add(Tab + (Maximizing() ? "Fitness >= " : "Fitness <= ") + GeneralText(FitnessCutoff()));
   }
   if (UseDiversityLimit()) {
-    AddLine("Diversity less than ", Percent(DiversityLimit()));
+    Strings.Add(Tab + "Diversity less than " + PercentText(DiversityLimit()));
   }
   if (UseGenerationLimit()) {
-    AddLine("Maximum number of generations = ", std::to_string(GenerationLimit()));
+    AddDescription(Strings, TabStr, "Maximum number of generations", std::to_string(GenerationLimit()));
   }
+}
+
+void TQXCustomGeneticComponent::AddDescription(TStrings& Strings, std::string_view TabStr,
+                                               std::string_view Label, std::string_view Value) {
+  std::string Line(TabStr);
+  Line.append(Label).append(" = ").append(Value);
+  Strings.Add(Line);
 }
 
 std::string TQXCustomGeneticComponent::ToString() const {

@@ -43,6 +43,9 @@ public:
   TQXGPPopulation<T>* Collection() const;
   void SetCollection(TQXGPPopulation<T>& Value);
 
+  /// Copies the program too. Between individuals of two engines the copy is made of this one's nodes and
+  /// instructions (see `TQXGPInstructions::Counterpart`); raises EGPException, and keeps the own program,
+  /// when an instruction is missing here.
   void Assign(const TPersistent& Source) override;
 
   /// Runs the program. Raises what the nodes raise; without a tree the result is the default value.
@@ -52,6 +55,9 @@ public:
   /// of its parent or, in a binary node, takes the free slot. Raises, and leaves everything as it was:
   /// std::invalid_argument when `Node` is not in this tree, and what `AddChild` of a node raises.
   virtual TNodePointer Graft(TNode& Node, TNodePointer&& NewNode);
+  /// As `Graft`, but the new tree takes the very place of the subtree among the children of its parent. It
+  /// must be detached.
+  TNodePointer Replace(TNode& Node, TNodePointer&& NewNode);
   /// Swaps the subtree `Node` with a subtree of `Mate`; each becomes the last child, or takes the free slot.
   /// Raises as `Graft`, and std::invalid_argument when one of the subtrees contains another.
   virtual void Crossover(TNode& Node, TQXGPIndividual& Mate, TNode& MateNode);
@@ -92,6 +98,8 @@ protected:
 private:
   class TPlace;
 
+  void AssignProgram(const TQXGPIndividual& Source);
+  TNodePointer Exchange(TNode& Node, TNodePointer&& NewNode, void (TPlace::*Store)(TNodePointer&&));
   TNode* SelectWithin(int Limit, bool BySize);
   static bool TakesArguments(const TNode& Node);
   static void RequireSelectable(std::span<TNode* const> Nodes, TGAProbability NonTerminalProbability);

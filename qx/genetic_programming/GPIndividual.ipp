@@ -5,7 +5,6 @@
 #include <qx/genetic_programming/GPIndividual.h>
 #include <qx/genetic_programming/GPPopulation.h>
 #include <qx/platform/Random.h>
-#include <qx/platform/SmallList.h>
 
 #include <algorithm>
 #include <iterator>
@@ -57,20 +56,8 @@ template <class T>
 void TQXGPIndividual<T>::FlattenDNA() {
   MarkStale();
   FFlattenedDNA.clear();
-  constexpr std::size_t UsualCount = 32;
-  TSmallList<TNode*, UsualCount> Pending;
   if (TNode* const Root = DNA()) {
-    Pending.Push(Root);
-  }
-  while (!Pending.Empty()) {
-    TNode* const Node = Pending.Pop();
-    FFlattenedDNA.push_back(Node);
-    const auto Children = Node->Slots();
-    for (auto Child = Children.rbegin(); Child != Children.rend(); ++Child) {
-      if (*Child != nullptr) {
-        Pending.Push(*Child);
-      }
-    }
+    Root->ForEach([this](TNode& Node) { FFlattenedDNA.push_back(&Node); });
   }
 }
 
@@ -93,13 +80,25 @@ void TQXGPIndividual<T>::Assign(const TPersistent& Source) {
   }
   static_cast<void>(Individual->Fitness()); // may fail; then nothing has changed
   if (Individual != this) {
-    if (const TNode* const Root = Individual->DNA()) {
-      SetDNA(*Root);
-    } else {
-      AssignDNA(nullptr);
-    }
+    AssignProgram(*Individual);
   }
   AssignIndividual(*Individual);
+}
+
+template <class T>
+void TQXGPIndividual<T>::AssignProgram(const TQXGPIndividual& Source) {
+  IQXGeneticProgramEngine<T>* const Owner = Engine();
+  const TNode* const Root = Source.DNA();
+  if (Root == nullptr) {
+    AssignDNA(nullptr);
+  } else if (Owner == nullptr || Owner == Source.Engine()) {
+    SetDNA(*Root);
+  } else { // the copy is a program of this individual's engine
+    TNodePointer Copy = Owner->CreateNode(nullptr);
+    Copy->Assign(*Root);
+    Copy->BindTo(Owner->Instructions());
+    AssignDNA(std::move(Copy));
+  }
 }
 
 template <class T>
@@ -131,6 +130,14 @@ public:
       FRoot = std::move(Node);
     }
   }
+  /// Puts a node where the former one stood.
+  void Put(TNodePointer&& Node) {
+    if (FParent != nullptr) {
+      FParent->AttachChild(FSlot, std::move(Node));
+    } else {
+      FRoot = std::move(Node);
+    }
+  }
   /// Takes out what was added, if it is not in the caller's hand.
   void TakeBack(TNode& Added, TNodePointer& Hand) {
     if (Hand == nullptr && (FParent == nullptr || Added.Parent() == FParent)) {
@@ -143,15 +150,8 @@ public:
       Add(std::move(Moved));
     } catch (...) {
       TakeBack(FNode, Moved);
-      PutBack(std::move(Moved));
+      Put(std::move(Moved));
       throw;
-    }
-  }
-  void PutBack(TNodePointer&& Node) {
-    if (FParent != nullptr) {
-      FParent->AttachChild(FSlot, std::move(Node));
-    } else {
-      FRoot = std::move(Node);
     }
   }
 
@@ -164,6 +164,17 @@ private:
 
 template <class T>
 auto TQXGPIndividual<T>::Graft(TNode& Node, TNodePointer&& NewNode) -> TNodePointer {
+  return Exchange(Node, std::move(NewNode), &TPlace::Add);
+}
+
+template <class T>
+auto TQXGPIndividual<T>::Replace(TNode& Node, TNodePointer&& NewNode) -> TNodePointer {
+  return Exchange(Node, std::move(NewNode), &TPlace::Put);
+}
+
+template <class T>
+auto TQXGPIndividual<T>::Exchange(TNode& Node, TNodePointer&& NewNode, void (TPlace::*Store)(TNodePointer&&))
+    -> TNodePointer {
   TPlace Place(*this, Node);
   if (NewNode == nullptr) {
     throw std::invalid_argument("There is no node to graft");
@@ -171,10 +182,10 @@ auto TQXGPIndividual<T>::Graft(TNode& Node, TNodePointer&& NewNode) -> TNodePoin
   TNode& Added = *NewNode;
   TNodePointer Former = Place.Take();
   try {
-    Place.Add(std::move(NewNode));
+    (Place.*Store)(std::move(NewNode));
   } catch (...) {
     Place.TakeBack(Added, NewNode);
-    Place.PutBack(std::move(Former));
+    Place.Put(std::move(Former));
     throw;
   }
   FlattenDNA();
@@ -202,9 +213,9 @@ void TQXGPIndividual<T>::Crossover(TNode& Node, TQXGPIndividual& Mate, TNode& Ma
     if (Theirs == nullptr) { // it was grafted
       There.TakeBack(Node, Mine);
       Here.TakeBack(MateNode, Theirs);
-      Here.PutBack(std::move(Mine));
+      Here.Put(std::move(Mine));
     }
-    There.PutBack(std::move(Theirs));
+    There.Put(std::move(Theirs));
     FlattenDNA();
     Mate.FlattenDNA();
     throw;

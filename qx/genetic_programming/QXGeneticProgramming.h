@@ -1,8 +1,10 @@
 #pragma once
 
-// The kinds of programs: floating-point programs over n-ary and over binary trees, and variant programs; and
-// ready instructions for them.
+// The kinds of programs: floating-point programs over n-ary and over binary trees, and variant programs; the
+// components that evolve and that run them; and ready instructions.
 
+#include <qx/genetic_programming/EphemeralConstants.h>
+#include <qx/genetic_programming/GPComponents.h>
 #include <qx/genetic_programming/GPFloat.h>
 #include <qx/genetic_programming/GPVariant.h>
 #include <qx/genetic_programming/QXGenerics.GeneticProgramming.h>

@@ -73,4 +73,6 @@ std::string FixedText(double Value) {
                    std::string(3 - std::min<std::size_t>(Places.size(), 3), '0') + Places);
 }
 
+std::string PercentText(double Share) { return FixedText(Share * 100) + '%'; }
+
 } // namespace qx

@@ -23,5 +23,7 @@ std::string GeneralText(double Value);
 /// Two decimals, but no more than two significant digits: 98 is "98.00", 12.5 is "12.00" (halves go to the
 /// even digit). A number with more than two digits before the point is in exponent form: 100 is "1.0E+002".
 std::string FixedText(double Value);
+/// A share of 1 in the same form, in per cent: 0.9 is "90.00%".
+std::string PercentText(double Share);
 
 } // namespace qx

@@ -32,6 +32,9 @@ public:
   TQXEvent<void(TQXGPInstruction& Sender, TQXGPNode<T>& Node, TQXGPContext<T>* Context, T& Result)> OnExecute;
   /// Called by `Initialize`.
   TQXEvent<void(TQXGPInstruction& Sender)> OnInitialize;
+  /// Called for each node of this instruction that a component makes anew, in an initial program or by
+  /// mutation, to give it a value of its own; never for a copy.
+  TQXEvent<void(TQXGPInstruction& Sender, TQXGPNode<T>& Node)> OnInitializeNode;
 
   ~TQXGPInstruction() override;
 
@@ -78,8 +81,8 @@ public:
   std::string ToString() const;
 
   /// Reads any instruction element; its tag tells the kind. A function that becomes something else so keeps
-  /// its arity, and the engine is not told. Raises EXMLError, before anything has changed, for an arity that
-  /// is none.
+  /// its arity, and the engine hears of a change but not of one of kind. Raises EXMLError, before anything
+  /// has changed, for an arity that is none.
   virtual void LoadFromXML(const TXMLInstructionType& Element);
   /// Adds an element to the list of the instruction's kind and writes into that.
   virtual void SaveToXML(const TXMLGPInstructions& Element);

@@ -106,13 +106,18 @@ void TQXGPInstruction<T>::Assign(const TPersistent& Source) {
   FComment = Instruction->FComment;
   FArity = Instruction->FArity;
   FValue = Instruction->FValue;
-  SetOperation(Instruction->FOperation);
+  if (Instruction->FOperation != FOperation) {
+    SetOperation(Instruction->FOperation);
+  } else {
+    Changed(false);
+  }
 }
 
 template <class T>
 void TQXGPInstruction<T>::AssignEvents(const TPersistent& Source) {
   if (const auto* Instruction = SourceAs<TQXGPInstruction>(Source)) {
     OnInitialize = Instruction->OnInitialize;
+    OnInitializeNode = Instruction->OnInitializeNode;
     OnExecute = Instruction->OnExecute;
   }
 }
@@ -126,10 +131,12 @@ template <class T>
 void TQXGPInstruction<T>::LoadFromXML(const TXMLInstructionType& Element) {
   const std::string Name = Element.Name();
   const int Arity = Element.IsFunction() ? TXMLFunctionInstructionType(Element).Arity() : 0;
-  if (Name != DisplayName()) {
+  const bool Renamed = Name != DisplayName();
+  if (Renamed) {
     StoreName(Name);
   }
   FComment = Element.Comment();
+  const TGPGeneticInstruction Former = FOperation;
   if (Element.IsFunction()) {
     SetArity(Arity);
     FOperation = gpFunction;
@@ -137,6 +144,9 @@ void TQXGPInstruction<T>::LoadFromXML(const TXMLInstructionType& Element) {
     FOperation = Element.IsVariable() ? gpVariable : gpConstant;
   }
   LoadValueFromXML(Element);
+  if (Renamed || FOperation != Former) {
+    Changed(false);
+  }
 }
 
 template <class T>

@@ -33,6 +33,9 @@ public:
   TQXGPInstruction<T>* FindItemName(std::string_view Name) const;
   /// Raises EGPException when no instruction has the name.
   TQXGPInstruction<T>& GetItemByName(std::string_view Name) const;
+  /// What stands here for an instruction of another set: the one at the same position when it has the same
+  /// name, else the one of that name. Raises EGPException when there is none.
+  TQXGPInstruction<T>& Counterpart(const TQXGPInstruction<T>& Foreign) const;
 
   /// Replaces the instructions by copies of those of another set of the same kind, handlers included; does
   /// nothing for any other source.

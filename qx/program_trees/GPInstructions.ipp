@@ -54,6 +54,17 @@ TQXGPInstruction<T>& TQXGPInstructions<T>::GetItemByName(std::string_view Name) 
 }
 
 template <class T>
+TQXGPInstruction<T>& TQXGPInstructions<T>::Counterpart(const TQXGPInstruction<T>& Foreign) const {
+  if (Foreign.Collection() != nullptr && Foreign.Index() < this->Count()) {
+    const TQXGPInstruction<T>& AtSamePosition = this->Items(Foreign.Index());
+    if (AtSamePosition.Name() == Foreign.Name()) {
+      return const_cast<TQXGPInstruction<T>&>(AtSamePosition);
+    }
+  }
+  return GetItemByName(Foreign.Name());
+}
+
+template <class T>
 void TQXGPInstructions<T>::AssignAll(const TPersistent& Source) {
   const auto* const Set = this->template SourceAs<TQXGPInstructions>(Source);
   if (Set == nullptr || Set == this) {

@@ -3,6 +3,7 @@
 #include <qx/foundation/QXGAConsts.h>
 #include <qx/platform/FreeList.h>
 #include <qx/platform/Persistent.h>
+#include <qx/platform/SmallList.h>
 #include <qx/platform/Variant.h>
 #include <qx/program_trees/GPContext.h>
 #include <qx/program_trees/GPInstruction.h>
@@ -104,6 +105,15 @@ public:
   /// Replaces this node's content and children by copies of those of another node, which may stand in this
   /// one's own tree. When that raises, the children are as they were.
   void Assign(const TPersistent& Source) override;
+
+  /// Calls `Visit` with each node of this tree, before the children, which come in order. A visit may change
+  /// a node, but not which children there are; one that returns a bool ends the walk with false.
+  template <class TVisit>
+  void ForEach(TVisit Visit);
+
+  /// Lets the nodes of this tree refer to the instructions of a set in place of those of other sets: to the
+  /// `Counterpart` of each. Raises EGPException, before anything has changed, when one has none.
+  void BindTo(const TQXGPInstructions<T>& Set);
 
   /// Number of nodes in this tree.
   int Size() const {
@@ -217,6 +227,27 @@ private:
   // The node whose override of `Modified` is being called on the way up.
   static inline constinit thread_local TQXGPNode* FTold = nullptr;
 };
+
+template <class T>
+template <class TVisit>
+void TQXGPNode<T>::ForEach(TVisit Visit) {
+  constexpr std::size_t UsualCount = 32;
+  TSmallList<TQXGPNode*, UsualCount> Pending;
+  Pending.Push(this);
+  while (!Pending.Empty()) {
+    TQXGPNode* const Node = Pending.Pop();
+    if constexpr (std::is_void_v<decltype(Visit(*Node))>) {
+      Visit(*Node);
+    } else if (!Visit(*Node)) {
+      return;
+    }
+    for (std::size_t Slot = Node->FSlotCount; Slot-- > 0;) {
+      if (Node->FSlots[Slot] != nullptr) {
+        Pending.Push(Node->FSlots[Slot]);
+      }
+    }
+  }
+}
 
 /// Makes a whole, detached node of a class, with the instruction's value. Only of nodes made so is it known
 /// that their class leaves `Modified` as it is; above any other node each change costs a walk to the root.

@@ -299,6 +299,23 @@ TQXGPNode<T>& TQXGPNode<T>::StoreCopy(std::size_t Slot, TPointer Copy) {
   return *Copy.release();
 }
 
+template <class T>
+void TQXGPNode<T>::BindTo(const TQXGPInstructions<T>& Set) {
+  const auto IsForeign = [&](const TQXGPNode& Node) {
+    return Node.FInstruction != nullptr && Node.FInstruction->Collection() != &Set;
+  };
+  ForEach([&](TQXGPNode& Node) {
+    if (IsForeign(Node)) {
+      static_cast<void>(Set.Counterpart(*Node.FInstruction));
+    }
+  });
+  ForEach([&](TQXGPNode& Node) {
+    if (IsForeign(Node)) {
+      Node.FInstruction = &Set.Counterpart(*Node.FInstruction);
+    }
+  });
+}
+
 // --- Measures ----------------------------------------------------------------------------------------------
 
 template <class T>

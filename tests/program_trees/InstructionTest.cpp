@@ -264,13 +264,13 @@ TEST(InstructionTest, ReadsEachKindOfElement) {
   EXPECT_EQ(Constant.Value(), 0); // kinds with a text of their values read it
 }
 
-TEST(InstructionTest, AnotherKindIsReadWithoutWordToTheEngine) {
+TEST(InstructionTest, AnotherKindIsReadAsAChangeButNotAsOneOfKind) {
   TArithmeticEngine Engine;
   TInstruction& Add = Engine.Instructions().GetItemByName("Add");
   Add.LoadFromXML(TXMLInstructionType(TXMLDocument::Parse("<Variable Name='Add'/>").Root()));
   EXPECT_EQ(Add.Operation(), gpVariable);
   EXPECT_EQ(Add.Arity(), 2); // stored past what ties it to the kind
-  EXPECT_EQ(Engine.TakeLog(), "");
+  EXPECT_EQ(Engine.TakeLog(), "update Add; ");
 }
 
 TEST(InstructionTest, ABadArityIsRefusedBeforeAnythingChanges) {

@@ -65,6 +65,66 @@ using TShownTreeNode = TShownNode<generics::TQXGPTreeNode<T>>;
 template <class T>
 using TShownBinaryNode = TShownNode<generics::TQXGPBinaryNode<T>>;
 
+/// Reads trees in prefix notation over the names of an engine's instructions; a number makes a node of the
+/// first constant with that value, "nil" one without instruction.
+template <class T>
+class TTreeReader {
+public:
+  using TNode = generics::TQXGPNode<T>;
+
+  TTreeReader(generics::IQXGeneticProgramEngine<T>& Engine, const std::string& Text) : FEngine(Engine) {
+    std::string Spaced;
+    for (const char C : Text) {
+      Spaced += C == '(' || C == ')' ? std::string{' ', C, ' '} : std::string{C};
+    }
+    FWords.str(Spaced);
+  }
+
+  std::unique_ptr<TNode> Read() {
+    std::string Word;
+    FWords >> Word;
+    const bool HasChildren = Word == "(";
+    if (HasChildren) {
+      FWords >> Word;
+    }
+    std::unique_ptr<TNode> Node = FEngine.CreateNode(InstructionOf(Word));
+    if (ParseReal(Word)) {
+      Node->SetValue(static_cast<T>(*ParseReal(Word)));
+    }
+    while (HasChildren && (FWords >> std::ws).peek() != ')') {
+      Node->AddChild(Read());
+    }
+    if (HasChildren) {
+      FWords >> Word;
+    }
+    return Node;
+  }
+
+private:
+  generics::TQXGPInstruction<T>* InstructionOf(const std::string& Word) {
+    if (Word == "nil") {
+      return nullptr;
+    }
+    if (ParseReal(Word)) {
+      for (generics::TQXGPInstruction<T>& Instruction : FEngine.Instructions()) {
+        if (Instruction.Operation() == gpConstant) {
+          return &Instruction;
+        }
+      }
+    }
+    return &FEngine.Instructions().GetItemByName(Word);
+  }
+
+  generics::IQXGeneticProgramEngine<T>& FEngine;
+  std::istringstream FWords;
+};
+
+template <class T>
+std::unique_ptr<generics::TQXGPNode<T>> ReadTree(generics::IQXGeneticProgramEngine<T>& Engine,
+                                                 const std::string& Text) {
+  return TTreeReader<T>(Engine, Text).Read();
+}
+
 /// An engine with an instruction set of its own, that writes down what the set tells it.
 template <class T, class TBase = TPersistent>
 class TTestEngine : public TBase, public generics::IQXGeneticProgramEngine<T> {
@@ -109,16 +169,8 @@ public:
     return Added;
   }
 
-  /// The tree of a text in prefix notation over the names of instructions; a number makes a node of the first
-  /// constant with that value, "nil" one without instruction.
-  std::unique_ptr<TNode> Tree(const std::string& Text) {
-    std::string Spaced;
-    for (const char C : Text) {
-      Spaced += C == '(' || C == ')' ? std::string{' ', C, ' '} : std::string{C};
-    }
-    std::istringstream Words(Spaced);
-    return ReadTree(Words);
-  }
+  /// See `ReadTree`.
+  std::unique_ptr<TNode> Tree(const std::string& Text) { return ReadTree<T>(*this, Text); }
 
   std::string TakeLog() { return std::exchange(Log, {}); }
 
@@ -128,39 +180,6 @@ public:
   int CreatedNodes = 0;
 
 private:
-  std::unique_ptr<TNode> ReadTree(std::istringstream& Words) {
-    std::string Word;
-    Words >> Word;
-    const bool HasChildren = Word == "(";
-    if (HasChildren) {
-      Words >> Word;
-    }
-    std::unique_ptr<TNode> Node = CreateNode(InstructionOf(Word));
-    if (ParseReal(Word)) {
-      Node->SetValue(static_cast<T>(*ParseReal(Word)));
-    }
-    while (HasChildren && (Words >> std::ws).peek() != ')') {
-      Node->AddChild(ReadTree(Words));
-    }
-    if (HasChildren) {
-      Words >> Word;
-    }
-    return Node;
-  }
-  TInstruction* InstructionOf(const std::string& Word) {
-    if (Word == "nil") {
-      return nullptr;
-    }
-    if (ParseReal(Word)) {
-      for (TInstruction& Instruction : FInstructions) {
-        if (Instruction.Operation() == gpConstant) {
-          return &Instruction;
-        }
-      }
-    }
-    return &FInstructions.GetItemByName(Word);
-  }
-
   generics::TQXGPInstructions<T> FInstructions{this};
 };
 

@@ -1,0 +1,259 @@
+#pragma once
+
+// Definitions of GeneticProgramming.h: instructions, settings, copies, streams. GPInitialization.ipp,
+// GPOperators.ipp, GPBloatControl.ipp and GPDescription.ipp have the rest.
+
+#include <qx/engine/LoadScope.h>
+#include <qx/foundation/EnumPropertyText.h>
+#include <qx/genetic_programming/GeneticProgramming.h>
+#include <qx/platform/Filer.h>
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+#include <stdexcept>
+#include <string>
+#include <typeinfo>
+#include <utility>
+
+namespace qx::generics {
+
+template <class T>
+TQXCustomGeneticProgramming<T>::TQXCustomGeneticProgramming(TComponent* Owner) : TBase(Owner) {
+  constexpr int Contestants = 7;
+  this->SetCrossoverProbability(GP_CROSSOVER_PROBABILITY);
+  this->SetTournamentField(Contestants);
+}
+
+template <class T>
+TQXCustomGeneticProgramming<T>::~TQXCustomGeneticProgramming() {
+  this->FreeGenerations();
+}
+
+template <class T>
+std::unique_ptr<TQXPopulation>
+TQXCustomGeneticProgramming<T>::CreatePopulation(TItemClass<TQXIndividual> /*ItemClass*/) {
+  return std::make_unique<TQXGPPopulation<T>>(this);
+}
+
+// --- Instructions ------------------------------------------------------------------------------------------
+
+template <class T>
+auto TQXCustomGeneticProgramming<T>::ItemAt(const TInstructionList& List, int Index, const char* What)
+    -> TInstruction& {
+  if (Index < 0 || std::cmp_greater_equal(Index, List.size())) {
+    throw std::out_of_range("There is no " + std::string(What) + " at index " + std::to_string(Index) +
+                            " of " + std::to_string(List.size()));
+  }
+  return *List[static_cast<std::size_t>(Index)];
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::InstructionUpdate(TInstruction* /*Instruction*/) {
+  this->DiscardGenerations();
+  FStatistics = {};
+  MoveWhere(false, FFunctions, FTerminals);
+  MoveWhere(true, FTerminals, FFunctions);
+}
+
+// Moves the instructions that do or do not take arguments to the end of the other list, in their order.
+template <class T>
+void TQXCustomGeneticProgramming<T>::MoveWhere(bool WantsFunction, TInstructionList& From,
+                                               TInstructionList& To) {
+  const auto Moved = std::stable_partition(From.begin(), From.end(), [=](const TInstruction* Instruction) {
+    return (Instruction->Arity() > 0) != WantsFunction;
+  });
+  To.insert(To.end(), Moved, From.end());
+  From.erase(Moved, From.end());
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::InstructionNotify(TInstruction& Instruction,
+                                                       TCollectionNotification Action) {
+  this->DiscardGenerations();
+  FStatistics = {};
+  if (Action == cnAdded) {
+    (Instruction.Arity() > 0 ? FFunctions : FTerminals).push_back(&Instruction);
+  } else {
+    std::erase(FTerminals, &Instruction);
+    std::erase(FFunctions, &Instruction);
+  }
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::InstructionOperationUpdate(TInstruction& Instruction) {
+  if (std::erase(FTerminals, &Instruction) + std::erase(FFunctions, &Instruction) > 0) {
+    (Instruction.Arity() > 0 ? FFunctions : FTerminals).push_back(&Instruction);
+  }
+}
+
+// --- Settings ----------------------------------------------------------------------------------------------
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::SetCrossoverMethod(TGPCrossoverMethod Value) {
+  FSettings.CrossoverMethod = CheckedEnum(Value, "CrossoverMethod");
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::SetInitializationDepth(int Value) {
+  FSettings.InitializationDepth = std::max(Value, 0);
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::SetInitializationMethod(TGPInitializationMethod Value) {
+  FSettings.InitializationMethod = CheckedEnum(Value, "InitializationMethod");
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::SetBuildSizeLimit(int Value) {
+  FSettings.BuildSizeLimit = std::max(Value, 1);
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::SetMutationWeights(const TGPMutationMethodWeights& Value) {
+  FSettings.MutationWeights = Value;
+  FSettings.MutationWeightSum = SumOfWeights(Value);
+}
+
+template <class T>
+int TQXCustomGeneticProgramming<T>::MutateWeights(TGPMutationMethod Method) const {
+  return FSettings.MutationWeights[CheckedEnum(Method, "Method")];
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::SetMutateWeights(TGPMutationMethod Method, int Value) {
+  if (Value != MutateWeights(Method)) {
+    FSettings.MutationWeights[Method] = static_cast<std::uint8_t>(std::max(Value, 0));
+    FSettings.MutationWeightSum = SumOfWeights(FSettings.MutationWeights);
+  }
+}
+
+template <class T>
+int TQXCustomGeneticProgramming<T>::SumOfWeights(const TGPMutationMethodWeights& Weights) {
+  return std::accumulate(Weights.begin(), Weights.end(), 0);
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::SetPointMutationMethod(TGPPointMutationMethod Value) {
+  FSettings.PointMutationMethod = CheckedEnum(Value, "PointMutationMethod");
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::SetBloatStrategy(TGPBloatStrategy Value) {
+  FSettings.BloatStrategy = CheckedEnum(Value, "BloatStrategy");
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::SetBloatLimit(int Value) {
+  constexpr int Least = 5;
+  FSettings.BloatLimit = std::max(Value, Least);
+}
+
+// --- Copies ------------------------------------------------------------------------------------------------
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::Assign(const TPersistent& Source) {
+  AssignWith(Source, &TQXGPInstructions<T>::Assign);
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::AssignAll(const TPersistent& Source) {
+  AssignWith(Source, &TQXGPInstructions<T>::AssignAll);
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::AssignWith(const TPersistent& Source,
+                                                void (TQXGPInstructions<T>::*CopySet)(const TPersistent&)) {
+  const auto* const Component = this->template SourceAs<TQXCustomGeneticProgramming>(Source);
+  if (Component != nullptr && Component != this) {
+    RequireSameNodes(const_cast<TQXCustomGeneticProgramming&>(*Component)); // makes one, and changes nothing
+    Component->EvaluateStale(); // may fail; then nothing has changed
+    FSettings = Component->FSettings;
+    this->CopyInstructions(*Component, CopySet);
+  }
+  TBase::Assign(Source);
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::RequireSameNodes(TQXCustomGeneticProgramming& Source) {
+  const TNodePointer Own = this->CreateNode(nullptr);
+  const TNodePointer Other = Source.CreateNode(nullptr);
+  if (const TNode& Left = *Own, &Right = *Other; typeid(Left) != typeid(Right)) {
+    throw std::invalid_argument("A " + this->ClassName() + ", whose programs are made of " +
+                                Own->ClassName() + ", cannot be assigned from a " + Source.ClassName() +
+                                ", whose are made of " + Other->ClassName());
+  }
+}
+
+// --- Component stream --------------------------------------------------------------------------------------
+
+template <class T>
+bool TQXCustomGeneticProgramming<T>::IsSelectionNonTerminalsProbabilityStored() const {
+  return FSettings.NonTerminals != NONTERMINALS_SELECTION_PROBABILITY;
+}
+
+template <class T>
+bool TQXCustomGeneticProgramming<T>::IsParsimonyCoefficientStored() const {
+  return FSettings.ParsimonyCoefficient != DEFAULT_PARSIMONY_COEFFICIENT;
+}
+
+template <class T>
+bool TQXCustomGeneticProgramming<T>::IsPointMutationProbabilityStored() const {
+  return FSettings.PointMutationProbability != TSettings().PointMutationProbability;
+}
+
+template <class T>
+bool TQXCustomGeneticProgramming<T>::IsTarpeianProbabilityStored() const {
+  return FSettings.TarpeianProbability != DEFAULT_TARPEIAN_PROBABILITY;
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::DefineProperties(TFiler& Filer) {
+  using TThis = TQXCustomGeneticProgramming;
+  TBase::DefineProperties(Filer);
+  const TSettings Defaults;
+  const TSettings& S = FSettings;
+  const auto Define = [&](std::string_view Name, const auto& Value, const auto& Default, auto Setter) {
+    Filer.Property(Name, Value, Value != Default, [&](const auto& Read) { (this->*Setter)(Read); });
+  };
+  Define("CrossoverMethod", S.CrossoverMethod, Defaults.CrossoverMethod, &TThis::SetCrossoverMethod);
+  Define("InitializationDepth", S.InitializationDepth, Defaults.InitializationDepth,
+         &TThis::SetInitializationDepth);
+  Define("InitializationMethod", S.InitializationMethod, Defaults.InitializationMethod,
+         &TThis::SetInitializationMethod);
+  Define("BuildSizeLimit", S.BuildSizeLimit, Defaults.BuildSizeLimit, &TThis::SetBuildSizeLimit);
+  Define("PointMutationMethod", S.PointMutationMethod, Defaults.PointMutationMethod,
+         &TThis::SetPointMutationMethod);
+  Define("BloatStrategy", S.BloatStrategy, Defaults.BloatStrategy, &TThis::SetBloatStrategy);
+  Define("BloatLimit", S.BloatLimit, Defaults.BloatLimit, &TThis::SetBloatLimit);
+  const auto DefineWeight = [&](std::string_view Name, TGPMutationMethod Method) {
+    Filer.Property(Name, MutateWeights(Method), MutateWeights(Method) != DefaultMutationWeights[Method],
+                   [this, Method](int Read) { SetMutateWeights(Method, Read); });
+  };
+  DefineWeight("MutateSubtreeWeight", mmSubtree);
+  DefineWeight("MutateReplacementWeight", mmReplacement);
+  DefineWeight("MutateConstantWeight", mmConstant);
+  DefineWeight("MutateShrinkWeight", mmShrink);
+  DefineWeight("MutateHoistWeight", mmHoist);
+  DefineWeight("MutatePointWeight", mmPoint);
+  const auto DefineReal = [&](std::string_view Name, double& Value, bool Stored) {
+    Filer.Property(Name, Value, Stored, [&Value](double Read) { Value = Read; });
+  };
+  DefineReal("SelectionNonTerminalsProbability", FSettings.NonTerminals,
+             IsSelectionNonTerminalsProbabilityStored());
+  DefineReal("ParsimonyCoefficient", FSettings.ParsimonyCoefficient, IsParsimonyCoefficientStored());
+  DefineReal("PointMutationProbability", FSettings.PointMutationProbability,
+             IsPointMutationProbabilityStored());
+  DefineReal("TarpeianProbability", FSettings.TarpeianProbability, IsTarpeianProbabilityStored());
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::Remember(TLoadScope& Load) {
+  TBase::Remember(Load);
+  Load.OnFailure([this, Settings = FSettings, Statistics = FStatistics] {
+    FSettings = Settings;
+    FStatistics = Statistics;
+  });
+}
+
+} // namespace qx::generics
