@@ -48,19 +48,16 @@ TQXGPNode<T>& TQXGPBinaryNode<T>::AddChild(TPointer&& Node) {
 
 template <class T>
 TQXGPNode<T>& TQXGPBinaryNode<T>::AttachChild(int Index, TPointer&& Node) {
-  RequireSide(Index);
-  const auto Side = static_cast<std::size_t>(Index);
   if (Node != nullptr && Node->Parent() == this) {
     return *Node.release();
   }
-  if (FSides[Side] == nullptr) {
-    return this->Attach(Side, std::move(Node));
-  }
-  if (FSides[1 - Side] != nullptr) {
+  if (FSides[0] != nullptr && FSides[1] != nullptr) {
     this->RequireAttachable(Node.get());
     RaiseFull();
   }
-  return this->Attach(1 - Side, std::move(Node));
+  RequireSide(Index);
+  const auto Side = static_cast<std::size_t>(Index);
+  return this->Attach(FSides[Side] == nullptr ? Side : 1 - Side, std::move(Node));
 }
 
 template <class T>

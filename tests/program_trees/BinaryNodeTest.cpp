@@ -109,7 +109,12 @@ TEST_F(BinaryNodeTest, OtherIndexesThanTheSlotsRaise) {
   EXPECT_THROW(Node->Children(2), std::out_of_range);
   EXPECT_THROW(Node->Children(-1), std::out_of_range);
   EXPECT_THROW(Node->InsertChild(2, Tree("x")), std::out_of_range);
-  EXPECT_THROW(Node->AttachChild(2, Tree("x")), std::out_of_range);
+  EXPECT_THROW(Tree("(Neg x)")->AttachChild(2, Tree("x")), std::out_of_range);
+}
+
+TEST_F(BinaryNodeTest, AFullNodeTellsThatWhateverTheIndex) {
+  const auto Node = Tree("(Add x y)");
+  ExpectFull([&] { Node->AttachChild(2, Tree("x")); });
 }
 
 TEST_F(BinaryNodeTest, SetLeftAndSetRightStoreCopies) {

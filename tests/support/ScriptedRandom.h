@@ -34,6 +34,9 @@ public:
   void Add(std::initializer_list<TScriptedDraw> Script) {
     FScript.insert(FScript.end(), Script.begin(), Script.end());
   }
+  void Add(const std::vector<TScriptedDraw>& Script) {
+    FScript.insert(FScript.end(), Script.begin(), Script.end());
+  }
   void Add(std::size_t Count, TScriptedDraw Draw) { FScript.insert(FScript.end(), Count, Draw); }
 
   std::int64_t Integer(std::int64_t n) override {

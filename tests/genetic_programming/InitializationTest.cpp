@@ -1,0 +1,349 @@
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <support/SmallGeneticProgram.h>
+#include <vector>
+
+namespace qx {
+namespace {
+
+using tests::I;
+using tests::Program;
+using tests::R;
+using tests::TArithmeticProgramming;
+using tests::TCountingRandom;
+using tests::TOpenProgramming;
+using tests::TScriptedRandom;
+
+using TProgramming = TOpenProgramming<TQXGeneticProgramming>;
+
+template <class TCall>
+std::string ErrorOf(TCall Call) {
+  try {
+    Call();
+  } catch (const EGPException& Error) {
+    return Error.what();
+  }
+  return "none";
+}
+
+// --- Trees -------------------------------------------------------------------------------------------------
+
+TEST(TreeBuildingTest, AFullTreeHasFunctionsWhereThereIsRoom) {
+  TArithmeticProgramming<> Component;
+  TScriptedRandom Draws({I(0, 3),                     // Add
+                         I(2, 3), I(1, 3),            // its first argument: Neg of y
+                         I(1, 3), I(0, 3), I(2, 3)}); // its second: Mul of x and c
+  EXPECT_EQ(Component.DoInitializeFull(3)->ToString(), "(Add (Neg y) (Mul x 1.5))");
+}
+
+TEST(TreeBuildingTest, AGrownTreeHasAnyInstructionWhereThereIsRoom) {
+  TArithmeticProgramming<> Component;
+  TScriptedRandom Draws({I(0, 6),            // of all six: Add
+                         I(4, 6),            // y
+                         I(2, 6), I(0, 3)}); // Neg of a terminal
+  EXPECT_EQ(Component.DoInitializeGrow(3)->ToString(), "(Add y (Neg x))");
+}
+
+TEST(TreeBuildingTest, BelowTwoLevelsThereIsATerminal) {
+  TArithmeticProgramming<> Component;
+  for (const int Depth : {1, 0, -7}) {
+    TScriptedRandom Draws({I(2, 3), I(0, 3)});
+    EXPECT_EQ(Component.DoInitializeFull(Depth)->ToString(), "1.5");
+    EXPECT_EQ(Component.DoInitializeGrow(Depth)->ToString(), "x");
+  }
+}
+
+TEST(TreeBuildingTest, EveryLeafOfAFullTreeIsAtTheLastLevel) {
+  TArithmeticProgramming<> Component;
+  const TCountingRandom Draws;
+  for (int Depth = 1; Depth <= 8; ++Depth) {
+    const auto Tree = Component.DoInitializeFull(Depth);
+    EXPECT_EQ(Tree->Depth(), Depth - 1);
+    Tree->ForEach([&](auto& Node) {
+      int Level = 1;
+      for (const auto* Above = Node.Parent(); Above != nullptr; Above = Above->Parent()) {
+        ++Level;
+      }
+      EXPECT_EQ(Node.ChildCount() == 0, Level == Depth);
+    });
+  }
+}
+
+TEST(TreeBuildingTest, WhatIsMissingIsNamed) {
+  TProgramming None;
+  EXPECT_EQ(ErrorOf([&] { None.DoInitializeFull(1); }), "No terminals found");
+  EXPECT_EQ(ErrorOf([&] { None.DoInitializeFull(2); }), "No operations found");
+  EXPECT_EQ(ErrorOf([&] { None.DoInitializeGrow(2); }), "No nodes found");
+  TProgramming OnlyFunctions;
+  OnlyFunctions.Function("f", 1);
+  EXPECT_EQ(ErrorOf([&] { OnlyFunctions.DoInitializeFull(2); }), "No terminals found");
+  TProgramming OnlyTerminals;
+  OnlyTerminals.Variable("x");
+  EXPECT_EQ(ErrorOf([&] { OnlyTerminals.DoInitializeFull(2); }), "No operations found");
+  EXPECT_EQ(OnlyTerminals.DoInitializeGrow(2)->ToString(), "x");
+}
+
+TEST(TreeBuildingTest, AnInstructionWithArgumentsThatIsNoFunctionIsRefused) {
+  TArithmeticProgramming<> Component;
+  Component.Instructions()[0].LoadFromXML(
+      TXMLInstructionType(TXMLDocument::Parse("<Variable Name='Add'/>").Root())); // keeps its arity
+  TScriptedRandom Draws({I(0, 3), I(0, 6)});
+  EXPECT_EQ(ErrorOf([&] { Component.DoInitializeFull(2); }),
+            "Invalid terminal node.  Node requires greater than 0 children");
+  EXPECT_EQ(ErrorOf([&] { Component.DoInitializeGrow(2); }),
+            "Invalid terminal node.  Node requires greater than 0 children");
+}
+
+TEST(TreeBuildingTest, ABinaryTreeHasNoPlaceForAThirdArgument) {
+  TArithmeticProgramming<TQXBinaryGeneticProgramming> Component;
+  AddStandardInstruction(Component.Instructions(), "If");
+  const TScriptedRandom Draws({I(3, 4), I(0, 3), I(0, 3), I(0, 3)});
+  EXPECT_EQ(ErrorOf([&] { Component.DoInitializeFull(2); }), "Node cannot accept anymore children");
+}
+
+TEST(TreeBuildingTest, ABinaryTreeIsBuiltAsAnyOther) {
+  TArithmeticProgramming<TQXBinaryGeneticProgramming> Component;
+  TScriptedRandom Draws({I(0, 3), I(2, 3), I(1, 3), I(1, 3), I(0, 3), I(2, 3)});
+  EXPECT_EQ(Component.DoInitializeFull(3)->ToString(), "(Add (Neg y) (Mul x 1.5))");
+}
+
+TEST(TreeBuildingTest, ADepthBeyondAnyStackIsBuilt) {
+  TProgramming Component;
+  Component.Function("f", 1);
+  Component.Variable("x");
+  EXPECT_EQ(Component.DoInitializeFull(1'000'000)->Depth(), 999'999);
+}
+
+TEST(TreeBuildingTest, AProgramAboveTheLimitIsRefused) {
+  TArithmeticProgramming<> Component;
+  Component.SetBuildSizeLimit(7);
+  EXPECT_NO_THROW({
+    TScriptedRandom Draws({I(0, 3), I(0, 3), I(0, 3), I(0, 3), I(0, 3), I(0, 3), I(0, 3)});
+    EXPECT_EQ(Component.DoInitializeFull(3)->Size(), 7);
+  });
+  const TCountingRandom Draws;
+  try {
+    Component.DoInitializeFull(2'000'000'000);
+    ADD_FAILURE() << "nothing was raised";
+  } catch (const std::length_error& Error) {
+    EXPECT_NE(std::string(Error.what()).find("more than 7 nodes"), std::string::npos) << Error.what();
+    EXPECT_NE(std::string(Error.what()).find("BuildSizeLimit"), std::string::npos) << Error.what();
+  }
+}
+
+TEST(SimilarInstructionTest, OneOfTheSameKindAndArityIsDrawn) {
+  TArithmeticProgramming<> Component;
+  TScriptedRandom Draws({I(1, 2), I(0, 1), I(0, 2)});
+  EXPECT_EQ(Component.GetSimilarInstruction(Component.Instructions()[0]).Name(), "Mul");
+  EXPECT_EQ(Component.GetSimilarInstruction(Component.Instructions()[2]).Name(), "Neg"); // the only one
+  EXPECT_EQ(Component.GetSimilarInstruction(Component.Instructions()[4]).Name(), "x");
+}
+
+TEST(SimilarInstructionTest, WithoutInstructionsThereIsNone) {
+  TArithmeticProgramming<> Other;
+  TProgramming Component;
+  EXPECT_EQ(ErrorOf([&] { Component.GetSimilarInstruction(Other.Instructions()[0]); }), "No nodes found");
+  EXPECT_EQ(ErrorOf([&] { Component.GetNode(*Component.CreateNode(nullptr)); }),
+            "No instruction assigned to node");
+}
+
+// --- Population --------------------------------------------------------------------------------------------
+
+std::vector<int> LevelsOf(TQXGeneticProgramming& Component) {
+  std::vector<int> Levels;
+  for (auto& Individual : Component.Population()) {
+    Levels.push_back(Individual.DNA()->Depth() + 1);
+  }
+  return Levels;
+}
+
+TEST(InitialProgramsTest, TheDepthIsTheNumberOfFunctionsUnlessSet) {
+  TArithmeticProgramming<> Component;
+  Component.SetInitialPopulation(3);
+  Component.Initialize();
+  EXPECT_EQ(LevelsOf(Component), (std::vector{3, 3, 3}));
+  Component.SetInitializationDepth(5);
+  Component.Initialize();
+  EXPECT_EQ(LevelsOf(Component), (std::vector{5, 5, 5}));
+  Component.SetInitializationDepth(1);
+  Component.Initialize();
+  EXPECT_EQ(LevelsOf(Component), (std::vector{2, 2, 2})); // two levels at least
+}
+
+TEST(InitialProgramsTest, WithoutFunctionsAFullTreeCannotBe) {
+  TProgramming Component;
+  Component.Variable("x");
+  Component.SetInitialPopulation(1);
+  EXPECT_EQ(ErrorOf([&] { Component.Initialize(); }), "No operations found");
+}
+
+TEST(InitialProgramsTest, RampedDepthsRiseInEqualBands) {
+  TProgramming Component;
+  Component.Function("f", 1);
+  Component.Variable("x");
+  Component.SetInitialDuplicatesRetries(0);
+  Component.OnEvaluateFitness = [](auto&, auto&, double&) {};
+  Component.SetInitialPopulation(10);
+  Component.SetInitializationDepth(6);
+  Component.SetInitializationMethod(imRampedFull);
+  Component.Initialize();
+  EXPECT_EQ(LevelsOf(Component), (std::vector{2, 2, 3, 3, 4, 4, 5, 5, 6, 6}));
+  Component.SetInitializationDepth(1);
+  Component.Initialize();
+  EXPECT_EQ(LevelsOf(Component), std::vector(10, 2));
+}
+
+// A tree that was grown stops where a terminal is drawn at the root; a full one never asks for one there.
+TEST(InitialProgramsTest, HalvesAlternateBetweenFullAndGrown) {
+  for (const auto Method : {imFull, imGrow, imRampedFull, imRampedGrow, imHalfAndHalf, imRampedHalfAndHalf}) {
+    TArithmeticProgramming<> Component;
+    Component.SetInitialDuplicatesRetries(0);
+    Component.SetInitialPopulation(4);
+    Component.SetInitializationDepth(2);
+    Component.SetInitializationMethod(Method);
+    const bool Half = Method == imHalfAndHalf || Method == imRampedHalfAndHalf;
+    TScriptedRandom Draws({});
+    for (int Index = 0; Index < 4; ++Index) {
+      if (Method == imFull || Method == imRampedFull || (Half && Index % 2 == 0)) {
+        Draws.Add({I(2, 3), I(0, 3)}); // Neg of x
+      } else {
+        Draws.Add({I(3, 6)}); // x, of all
+      }
+    }
+    Component.Initialize();
+  }
+}
+
+TEST(InitialProgramsTest, DuplicatesAreRejectedAndTheMinimumDepthRises) {
+  TProgramming Component;
+  Component.Function("f", 1);
+  Component.Variable("x");
+  Component.OnEvaluateFitness = [](auto&, auto&, double&) {};
+  Component.SetInitialDuplicatesRetries(2);
+  for (int I = 0; I < 4; ++I) {
+    Component.Population().Add();
+  }
+  EXPECT_EQ(Component.DoInitialize(), 9); // for each after the first: two in vain, and one a level deeper
+  EXPECT_EQ(LevelsOf(Component), (std::vector{2, 3, 4, 5}));
+}
+
+// In a ramped method the raised minimum is added to every depth, those of later individuals too.
+TEST(InitialProgramsTest, ARaisedMinimumCountsForAllThatFollow) {
+  TProgramming Component;
+  Component.Function("f", 1);
+  Component.Variable("x");
+  Component.SetInitialDuplicatesRetries(1);
+  Component.SetInitializationDepth(3);
+  Component.SetInitializationMethod(imRampedFull);
+  for (int I = 0; I < 4; ++I) {
+    Component.Population().Add();
+  }
+  // Depths are I / 4 * 2 + M, and every retry raises M: 2; 2, 2, 3 (and M is 4); 5; 5, 5, 6.
+  EXPECT_EQ(Component.DoInitialize(), 4);
+  EXPECT_EQ(LevelsOf(Component), (std::vector{2, 3, 5, 6}));
+}
+
+TEST(InitialProgramsTest, WithoutRetriesDuplicatesStay) {
+  TProgramming Component;
+  Component.Function("f", 1);
+  Component.Variable("x");
+  Component.SetInitialDuplicatesRetries(0);
+  Component.Population().Add();
+  Component.Population().Add();
+  EXPECT_EQ(Component.DoInitialize(), 0);
+  EXPECT_EQ(LevelsOf(Component), (std::vector{2, 2}));
+}
+
+TEST(InitialProgramsTest, MoreDifferentProgramsThanTerminalsCannotBeWithoutFunctions) {
+  TProgramming Component;
+  Component.Variable("x");
+  Component.Variable("y");
+  Component.SetInitializationMethod(imGrow);
+  Component.SetInitialPopulation(3);
+  EXPECT_EQ(ErrorOf([&] { Component.Initialize(); }), "No operations found");
+  EXPECT_EQ(Component.Population().Count(), 3); // those before it keep their programs
+  EXPECT_NE(Program(Component.Population()[0]), Program(Component.Population()[1]));
+}
+
+TEST(InitialProgramsTest, RejectionEndsAtTheLimitOfSize) {
+  TProgramming Component; // constants that draw might come to differ
+  Component.Constant("one", 1.0).OnInitializeNode = [](auto&, auto& Node) { Node.SetValue(1); };
+  Component.SetInitializationMethod(imGrow);
+  Component.SetInitialPopulation(2);
+  Component.SetBuildSizeLimit(50);
+  EXPECT_THROW(Component.Initialize(), std::length_error);
+}
+
+TEST(InitialProgramsTest, InstructionsAreInitializedFirstAndInOrder) {
+  TArithmeticProgramming<> Component;
+  std::string Log;
+  for (auto& Instruction : Component.Instructions()) {
+    Instruction.OnInitialize = [&](auto& Sender) {
+      Log += Sender.Name() + ' ';
+      EXPECT_EQ(Component.Population()[0].DNA()->Instruction(), nullptr);
+    };
+  }
+  Component.SetInitialPopulation(2);
+  Component.Initialize();
+  EXPECT_EQ(Log, "Add Mul Neg x y c ");
+}
+
+TEST(InitialProgramsTest, AnErrorLeavesTheProgramsBeforeIt) {
+  TArithmeticProgramming<> Component;
+  Component.SetInitialPopulation(3);
+  Component.Initialize();
+  const std::string Second = Program(Component.Population()[1]);
+  Component.SetBuildSizeLimit(2);
+  Component.SetInitializationDepth(2);
+  {
+    TScriptedRandom Draws({I(2, 3), I(0, 3),   // Neg of x has two nodes
+                           I(0, 3), I(0, 3)}); // Add would have three
+    EXPECT_THROW(Component.DoInitialize(), std::length_error);
+  }
+  EXPECT_EQ(Program(Component.Population()[0]), "(Neg x)");
+  EXPECT_EQ(Program(Component.Population()[1]), Second);
+  tests::ExpectWhole(Component.Population()[1]);
+}
+
+// --- Ephemeral constants -----------------------------------------------------------------------------------
+
+TEST(EphemeralConstantTest, EveryNewNodeDrawsItsValueAndCopiesDoNot) {
+  TProgramming Component;
+  auto& Constant = AddEphemeralConstant(Component.Instructions(), "r", -1, 3);
+  EXPECT_EQ(Constant.Operation(), gpConstant);
+  Component.Function("f", 2);
+  TScriptedRandom Draws({I(0, 1), I(0, 1), R(0.5), I(0, 1), R(0.25)});
+  const auto Tree = Component.DoInitializeFull(2);
+  EXPECT_EQ(Tree->ToString(), "(f 1 0)");
+  EXPECT_EQ(Tree->Clone()->ToString(), "(f 1 0)");
+  EXPECT_EQ(Component.CreateNode(&Constant)->Value(), 0); // the plain factory draws nothing
+}
+
+TEST(EphemeralConstantTest, VariantsHaveThemToo) {
+  TOpenProgramming<TQXGeneticProgrammingVariant> Component;
+  AddEphemeralConstant(Component.Instructions(), "r", 0, 1);
+  TScriptedRandom Draws({I(0, 1), R(0.5)});
+  EXPECT_EQ(Component.DoInitializeGrow(1)->Value(), Variant(0.5));
+}
+
+TEST(EphemeralConstantTest, ABadOneIsNotAdded) {
+  TArithmeticProgramming<> Component;
+  EXPECT_THROW(AddEphemeralConstant(Component.Instructions(), "r", 1, 0), std::invalid_argument);
+  EXPECT_THROW(AddEphemeralConstant(Component.Instructions(), "r", 0, HUGE_VAL), std::invalid_argument);
+  EXPECT_THROW(AddEphemeralConstant(Component.Instructions(), "X", 0, 1), EGPException);
+  EXPECT_EQ(Component.Instructions().Count(), 6);
+}
+
+TEST(EphemeralConstantTest, AFullCopyOfTheInstructionsDrawsToo) {
+  TProgramming Source;
+  AddEphemeralConstant(Source.Instructions(), "r", 0, 1);
+  TProgramming Copy;
+  Copy.Instructions().AssignAll(Source.Instructions());
+  TScriptedRandom Draws({I(0, 1), R(0.75)});
+  EXPECT_EQ(Copy.DoInitializeGrow(1)->Value(), 0.75);
+}
+
+} // namespace
+} // namespace qx
