@@ -124,8 +124,8 @@ template <class T>
 void TQXCustomGeneticProgramming<T>::RequireBuildSize(int Nodes) const {
   if (Nodes > FSettings.BuildSizeLimit) {
     throw std::length_error("A program of more than " + std::to_string(FSettings.BuildSizeLimit) +
-                            " nodes would be built; raise BuildSizeLimit, lower InitializationDepth, or "
-                            "declare instructions that make more different programs");
+                            " nodes would be built; raise BuildSizeLimit, lower InitializationDepth, choose a "
+                            "BloatStrategy, or declare instructions that make more different programs");
   }
 }
 
