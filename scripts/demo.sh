@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds the library and runs its two example programs on real problems.
+# Builds the library and runs three of its example programs on real problems.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -12,6 +12,9 @@ cmake --build build/demo | tail -n 1
 echo
 echo "=== Compression spring: the least wire volume under eight constraints ==="
 build/demo/examples/compression_spring/compression_spring
+echo
+echo "=== Kepler: a law of nature out of eight planets ==="
+build/demo/examples/kepler/kepler
 echo
 echo "=== Knapsack: the most profit that fits ==="
 build/demo/examples/knapsack/knapsack

@@ -98,6 +98,7 @@ protected:
 private:
   class TPlace;
 
+  void FetchNodes() const;
   void AssignProgram(const TQXGPIndividual& Source);
   TNodePointer Exchange(TNode& Node, TNodePointer&& NewNode, void (TPlace::*Store)(TNodePointer&&));
   TNode* SelectWithin(int Limit, bool BySize);

@@ -23,6 +23,17 @@ auto TQXGPIndividual<T>::DNA() -> TNode* {
   return FDNA.get();
 }
 
+// Nodes lie scattered in memory. Walking a tree waits for one after the other; asking for all of them before
+// that, from the list, waits only once.
+template <class T>
+void TQXGPIndividual<T>::FetchNodes() const {
+  constexpr std::size_t CacheLine = 64;
+  for (const TNode* const Node : FFlattenedDNA) { // may be gone; that does no harm
+    __builtin_prefetch(Node);
+    __builtin_prefetch(reinterpret_cast<const char*>(Node) + CacheLine);
+  }
+}
+
 template <class T>
 void TQXGPIndividual<T>::SetDNA(const TNode& Value) {
   if (TNode* const Root = DNA()) {
@@ -87,6 +98,8 @@ void TQXGPIndividual<T>::Assign(const TPersistent& Source) {
 
 template <class T>
 void TQXGPIndividual<T>::AssignProgram(const TQXGPIndividual& Source) {
+  Source.FetchNodes();
+  FetchNodes();
   IQXGeneticProgramEngine<T>* const Owner = Engine();
   const TNode* const Root = Source.DNA();
   if (Root == nullptr) {

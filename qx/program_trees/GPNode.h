@@ -205,6 +205,14 @@ private:
   static TPointer Loan(TQXGPNode& Node);
   static TPointer CopyTree(const TQXGPNode& Source);
   TQXGPNode& StoreCopy(std::size_t Slot, TPointer Copy);
+  bool HasChildren() const noexcept {
+    for (std::uint32_t Slot = 0; Slot < FSlotCount; ++Slot) {
+      if (FSlots[Slot] != nullptr) {
+        return true;
+      }
+    }
+    return false;
+  }
   void TakeChildren(TQXGPNode*& Chain) noexcept;
   void Measure() const;
   void SetMeasures(std::int32_t Size, std::int32_t Depth);

@@ -171,7 +171,9 @@ public:
   ~TFormerChildren() {
     while (FChain != nullptr) {
       const TPointer Node(std::exchange(FChain, FChain->FParent));
-      Node->TakeChildren(FChain);
+      if (Node->HasChildren()) {
+        Node->TakeChildren(FChain);
+      }
       Node->FParent = nullptr;
     }
   }
@@ -182,7 +184,9 @@ private:
 
 template <class T>
 void TQXGPNode<T>::FreeChildren() noexcept {
-  const TFormerChildren Former(*this);
+  if (HasChildren()) {
+    const TFormerChildren Former(*this);
+  }
 }
 
 template <class T>

@@ -71,12 +71,14 @@ TQXGPNode<T>* TQXGPTreeNode<T>::GetChild(int Index) const {
 
 template <class T>
 void TQXGPTreeNode<T>::StoreChild(std::size_t Slot, TQXGPNode<T>& Node) {
-  Reserve(GetChildCount() + 1);
-  TQXGPNode<T>** const End = this->FSlots + this->FSlotCount;
-  TQXGPNode<T>** const Place = std::min(this->FSlots + Slot, End);
-  std::move_backward(Place, End, End + 1);
-  *Place = &Node;
-  ++this->FSlotCount;
+  if (this->FSlotCount == FCapacity) {
+    Reserve(GetChildCount() + 1);
+  }
+  std::size_t Place = this->FSlotCount++;
+  for (; Place > Slot; --Place) {
+    this->FSlots[Place] = this->FSlots[Place - 1];
+  }
+  this->FSlots[Place] = &Node;
 }
 
 template <class T>
