@@ -60,7 +60,7 @@ private:
   TNodePointer UsualTree() {
     constexpr int Depth = 9;
     for (;;) {
-      TNodePointer Tree = DoInitializeGrow(Depth);
+      TNodePointer Tree = DoInitializeGrow(nullptr, 0, Depth);
       if (Tree->Size() >= 40 && Tree->Size() <= 60) {
         return Tree;
       }

@@ -7,6 +7,7 @@
 #include "../RunOptions.h"
 #include <qx/platform/Random.h>
 
+#include <bit>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -36,19 +37,19 @@ int Run(const TRunOptions& Options) {
   SetUp(gp, 4000);
   gp.SetBloatStrategy(qx::bsLexicographicParsimonyPressure);
 
-  // A context for every case, made once.
-  std::vector<qx::TQXGPVariantContext> Contexts(Cases);
-  for (int Case = 0; Case < Cases; ++Case) {
-    for (int Bit = 0; Bit < Bits; ++Bit) {
-      Contexts[static_cast<std::size_t>(Case)].Values().Add(Names[static_cast<std::size_t>(Bit)],
-                                                            BitOf(Case, Bit));
-    }
+  qx::TQXGPVariantContext Context;
+  for (const std::string& Name : Names) {
+    Context.Values().Add(Name, false);
   }
-  gp.OnEvaluateFitness = [&](auto&, auto& Item, double& Fitness) { // the number of wrong answers
+  // The number of wrong answers. From one case to the next, in the order of a Gray code, one truth changes.
+  gp.OnEvaluateFitness = [&](auto&, auto& Item, double& Fitness) {
     Fitness = 0;
-    for (int Case = 0; Case < Cases; ++Case) {
-      Fitness +=
-          Item.Execute(&Contexts[static_cast<std::size_t>(Case)]).AsBoolean() != OutputOf(Case) ? 1 : 0;
+    int Case = 0;
+    for (int I = 1; I <= Cases; ++I) {
+      Fitness += Item.Execute(&Context).AsBoolean() != OutputOf(Case) ? 1 : 0;
+      const int Bit = I < Cases ? std::countr_zero(static_cast<unsigned>(I)) : Bits - 1; // and back to 0
+      Case ^= 1 << Bit;
+      Context.Values().AddOrSetValue(Names[static_cast<std::size_t>(Bit)], BitOf(Case, Bit));
     }
   };
   gp.SetUseFitnessCutoff(true);

@@ -89,6 +89,7 @@ void TQXCustomGeneticProgramming<T>::DoAntiBloating(TIndividual& Parent, TIndivi
 
 template <class T>
 TGAFitness TQXCustomGeneticProgramming<T>::EvaluateFitness(TQXIndividual& Item, bool Weighted) {
+  const TUse Use(*this);
   if (!Weighted && IsRuledOut(static_cast<TIndividual&>(Item))) {
     return this->UnfitFitness();
   }
@@ -283,7 +284,20 @@ void TQXCustomGeneticProgramming<T>::SelectTournament(TQXCustomGeneticComponent&
   }
 }
 
-// --- Statistics --------------------------------------------------------------------------------------------
+// --- A generation and its statistics
+// --------------------------------------------------------------------------------------------
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::DoEvolve() {
+  if (FDiscardDue) {
+    DiscardPrograms();
+  }
+  if (!this->Initialized()) {
+    this->Initialize();
+  }
+  const TUse Use(*this);
+  TBase::DoEvolve();
+}
 
 template <class T>
 void TQXCustomGeneticProgramming<T>::DoStartEvolve() {

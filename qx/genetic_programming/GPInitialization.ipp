@@ -18,16 +18,26 @@ namespace qx::generics {
 
 // --- Nodes -------------------------------------------------------------------------------------------------
 
+template <class T>
+auto TQXCustomGeneticProgramming<T>::MakeNodeFor(TInstruction* Instruction) -> TNodePointer {
+  TNodePointer Node = this->CreateNode(Instruction);
+  if (Node == nullptr) {
+    throw std::logic_error("No node was made by the " + this->ClassName());
+  }
+  return Node;
+}
+
 // A node that is no copy.
 template <class T>
 auto TQXCustomGeneticProgramming<T>::NewNode(TInstruction& Instruction) -> TNodePointer {
-  TNodePointer Node = this->CreateNode(&Instruction);
+  TNodePointer Node = MakeNodeFor(&Instruction);
   Instruction.OnInitializeNode(Instruction, *Node);
   return Node;
 }
 
 template <class T>
-auto TQXCustomGeneticProgramming<T>::GetOperationNode() -> TNodePointer {
+auto TQXCustomGeneticProgramming<T>::GetOperationNode(const TNode* /*Parent*/, int /*Index*/)
+    -> TNodePointer {
   if (FFunctions.empty()) {
     throw EGPException(std::string(SNoOperationsFound));
   }
@@ -35,7 +45,7 @@ auto TQXCustomGeneticProgramming<T>::GetOperationNode() -> TNodePointer {
 }
 
 template <class T>
-auto TQXCustomGeneticProgramming<T>::GetTerminalNode() -> TNodePointer {
+auto TQXCustomGeneticProgramming<T>::GetTerminalNode(const TNode* /*Parent*/, int /*Index*/) -> TNodePointer {
   if (FTerminals.empty()) {
     throw EGPException(std::string(SNoTerminalsFound));
   }
@@ -43,7 +53,7 @@ auto TQXCustomGeneticProgramming<T>::GetTerminalNode() -> TNodePointer {
 }
 
 template <class T>
-auto TQXCustomGeneticProgramming<T>::GetNode() -> TNodePointer {
+auto TQXCustomGeneticProgramming<T>::GetNode(const TNode* /*Parent*/, int /*Index*/) -> TNodePointer {
   TQXGPInstructions<T>& Set = this->Instructions();
   if (Set.Count() == 0) {
     throw EGPException(std::string(SNoInstructionsFound));
@@ -52,7 +62,8 @@ auto TQXCustomGeneticProgramming<T>::GetNode() -> TNodePointer {
 }
 
 template <class T>
-auto TQXCustomGeneticProgramming<T>::GetNode(const TNode& Node) -> TNodePointer {
+auto TQXCustomGeneticProgramming<T>::GetNode(const TNode* /*Parent*/, const TNode& Node, int /*Index*/)
+    -> TNodePointer {
   if (Node.Instruction() == nullptr) {
     throw EGPException(std::string(SNoInstructionAssigned));
   }
@@ -76,10 +87,23 @@ auto TQXCustomGeneticProgramming<T>::GetSimilarInstruction(const TInstruction& I
 
 // --- Trees -------------------------------------------------------------------------------------------------
 
+template <class T>
+auto TQXCustomGeneticProgramming<T>::DoInitializeFull(const TNode* Parent, int Index, int Depth)
+    -> TNodePointer {
+  return BuildTree(Parent, Index, Depth, true);
+}
+
+template <class T>
+auto TQXCustomGeneticProgramming<T>::DoInitializeGrow(const TNode* Parent, int Index, int Depth)
+    -> TNodePointer {
+  return BuildTree(Parent, Index, Depth, false);
+}
+
 // Without recursion; every node is attached as soon as it is made, and the children of one are complete
 // before its next sibling is made.
 template <class T>
-auto TQXCustomGeneticProgramming<T>::BuildTree(int Depth, bool Full) -> TNodePointer {
+auto TQXCustomGeneticProgramming<T>::BuildTree(const TNode* Parent, int Index, int Depth, bool Full)
+    -> TNodePointer {
   struct TLevel {
     TNode* Node;
     int NextChild;
@@ -88,12 +112,12 @@ auto TQXCustomGeneticProgramming<T>::BuildTree(int Depth, bool Full) -> TNodePoi
   constexpr std::size_t UsualDepth = 32;
   TSmallList<TLevel, UsualDepth> Levels;
   int Nodes = 0;
-  const auto Make = [&](int Room) {
+  const auto Make = [&](const TNode* Above, int Place, int Room) {
     RequireBuildSize(++Nodes);
     if (Room < 2) {
-      return GetTerminalNode();
+      return GetTerminalNode(Above, Place);
     }
-    TNodePointer Node = Full ? GetOperationNode() : GetNode();
+    TNodePointer Node = Full ? GetOperationNode(Above, Place) : GetNode(Above, Place);
     if (Node->IsTerminal() && Node->Instruction() != nullptr && Node->Instruction()->Arity() > 0) {
       throw EGPException(std::string(SInvalidTerminalNode));
     }
@@ -104,7 +128,7 @@ auto TQXCustomGeneticProgramming<T>::BuildTree(int Depth, bool Full) -> TNodePoi
       Levels.Push({&Node, 0, Room});
     }
   };
-  TNodePointer Root = Make(Depth);
+  TNodePointer Root = Make(Parent, Index, Depth);
   Enter(*Root, Depth);
   while (!Levels.Empty()) {
     TLevel& Level = Levels.Last();
@@ -113,7 +137,7 @@ auto TQXCustomGeneticProgramming<T>::BuildTree(int Depth, bool Full) -> TNodePoi
       continue;
     }
     const int Below = Level.Depth - 1;
-    TNode& Child = Level.Node->AttachChild(Level.NextChild, Make(Below));
+    TNode& Child = Level.Node->AttachChild(Level.NextChild, Make(Level.Node, Level.NextChild, Below));
     ++Level.NextChild;
     Enter(Child, Below);
   }
@@ -123,9 +147,10 @@ auto TQXCustomGeneticProgramming<T>::BuildTree(int Depth, bool Full) -> TNodePoi
 template <class T>
 void TQXCustomGeneticProgramming<T>::RequireBuildSize(int Nodes) const {
   if (Nodes > FSettings.BuildSizeLimit) {
-    throw std::length_error("A program of more than " + std::to_string(FSettings.BuildSizeLimit) +
-                            " nodes would be built; raise BuildSizeLimit, lower InitializationDepth, choose a "
-                            "BloatStrategy, or declare instructions that make more different programs");
+    throw std::length_error(
+        "A program of more than " + std::to_string(FSettings.BuildSizeLimit) +
+        " nodes would be built; raise BuildSizeLimit, lower InitializationDepth, choose a "
+        "BloatStrategy, or declare instructions that make more different programs");
   }
 }
 
@@ -135,8 +160,8 @@ void TQXCustomGeneticProgramming<T>::RequireBuildSize(int Nodes) const {
 template <class T>
 class TQXCustomGeneticProgramming<T>::TInitialPrograms {
 public:
-  explicit TInitialPrograms(TQXCustomGeneticProgramming& Component)
-      : FComponent(Component), FRetries(Component.InitialDuplicatesRetries()),
+  TInitialPrograms(TQXCustomGeneticProgramming& Component, int Retries)
+      : FComponent(Component), FUse(Component), FRetries(Retries),
         FDepth(Component.InitializationDepth() > 0 ? Component.InitializationDepth()
                                                    : std::max(1, Component.FunctionsCount())) {}
 
@@ -158,7 +183,8 @@ private:
     const bool Half = Method == imHalfAndHalf || Method == imRampedHalfAndHalf;
     const bool Full = Half ? Even : Method == imFull || Method == imRampedFull;
     const bool Ramped = Method == imRampedFull || Method == imRampedGrow || Method == imRampedHalfAndHalf;
-    return FComponent.BuildTree(Ramped ? RampedDepth(Index) : std::max(FDepth, FMinimumDepth), Full);
+    return FComponent.BuildTree(nullptr, 0, Ramped ? RampedDepth(Index) : std::max(FDepth, FMinimumDepth),
+                                Full);
   }
 
   int RampedDepth(int Index) const {
@@ -171,14 +197,15 @@ private:
   // text.
   void MakeDifferent(TIndividual& Individual) {
     int Budget = FRetries;
+    int Attempts = 0;
     std::string Text = Individual.DNA()->ToString();
     while (FKnown.ContainsKey(Text)) {
-      RequireOtherPrograms();
+      RequireOtherPrograms(++Attempts);
       ++FRegenerated;
       Individual.AssignDNA(Build(Individual.Index()));
       if (--Budget == 0) {
         Budget = FRetries;
-        FComponent.RequireBuildSize(++FMinimumDepth);
+        FMinimumDepth += FMinimumDepth < std::numeric_limits<int>::max() ? 1 : 0;
       }
       Text = Individual.DNA()->ToString();
     }
@@ -186,7 +213,14 @@ private:
   }
 
   // Without functions a program is one terminal, and there are only so many.
-  void RequireOtherPrograms() const {
+  void RequireOtherPrograms(int Attempts) const {
+    if (Attempts > FComponent.BuildSizeLimit()) {
+      throw std::length_error("After " + std::to_string(FComponent.BuildSizeLimit()) +
+                              " attempts (BuildSizeLimit) there is no program that differs from the " +
+                              std::to_string(FKnown.Count()) +
+                              " before it; declare more instructions, lower InitialPopulation, or set "
+                              "InitialDuplicatesRetries to 0");
+    }
     if (FComponent.FunctionsCount() > 0) {
       return;
     }
@@ -200,6 +234,7 @@ private:
   }
 
   TQXCustomGeneticProgramming& FComponent;
+  TUse FUse;
   int FRetries;
   int FDepth;
   int FMinimumDepth = 2;
@@ -208,13 +243,24 @@ private:
 };
 
 template <class T>
-int TQXCustomGeneticProgramming<T>::DoInitialize() {
+void TQXCustomGeneticProgramming<T>::Initialize() {
+  FDiscardDue = false;
   FStatistics = {};
-  TInitialPrograms Programs(*this);
-  for (int I = 0; I < this->Instructions().Count(); ++I) { // handlers may change the set
+  TBase::Initialize();
+}
+
+template <class T>
+int TQXCustomGeneticProgramming<T>::DoInitialize() {
+  const int Retries = this->InitialDuplicatesRetries();
+  for (int I = 0; I < this->Instructions().Count(); ++I) {
     this->Instructions()[I].Initialize();
   }
-  return Programs.Make();
+  if (this->Population().Count() == 0) { // handlers have changed the set
+    while (this->Population().Count() < this->InitialPopulation()) {
+      this->Population().Add();
+    }
+  }
+  return TInitialPrograms(*this, Retries).Make();
 }
 
 } // namespace qx::generics

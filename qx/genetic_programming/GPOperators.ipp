@@ -4,6 +4,7 @@
 
 #include <qx/genetic_programming/GeneticProgramming.h>
 #include <qx/platform/Random.h>
+#include <qx/platform/StackGuard.h>
 
 #include <algorithm>
 #include <utility>
@@ -55,6 +56,7 @@ bool TQXCustomGeneticProgramming<T>::DoCrossover(TQXIndividual& Parent1, TQXIndi
 template <class T>
 template <class TStep>
 bool TQXCustomGeneticProgramming<T>::ThenFlatten(TIndividual& Individual, TStep Step) {
+  const TUse Use(*this);
   bool Changed = false;
   try {
     Changed = Step();
@@ -91,6 +93,7 @@ bool TQXCustomGeneticProgramming<T>::MutateByWeight(TIndividual& Individual) {
 
 template <class T>
 bool TQXCustomGeneticProgramming<T>::Mutate(TIndividual& Individual, TGPMutationMethod Method) {
+  const TUse Use(*this);
   switch (Method) {
   case mmSubtree:
     return DoSubtreeMutation(Individual);
@@ -111,7 +114,10 @@ bool TQXCustomGeneticProgramming<T>::Mutate(TIndividual& Individual, TGPMutation
 template <class T>
 bool TQXCustomGeneticProgramming<T>::DoInvert(TQXIndividual& Item) {
   auto& Individual = static_cast<TIndividual&>(Item);
-  ThenFlatten(Individual, [&] { return DoPointMutation(Individual); });
+  ThenFlatten(Individual, [&] {
+    TNode* const Root = Individual.DNA();
+    return Root != nullptr && DoPointMutation(Individual, *Root);
+  });
   return false;
 }
 
@@ -123,13 +129,19 @@ int TQXCustomGeneticProgramming<T>::RegrownDepth(const TNode& Node) const {
                                                  : Node.Depth();
 }
 
+// Among the children of the parent; 0 for a root.
+template <class T>
+int TQXCustomGeneticProgramming<T>::PlaceOf(const TNode& Node) {
+  return Node.Parent() != nullptr ? Node.Parent()->IndexOf(Node) : 0;
+}
+
 template <class T>
 bool TQXCustomGeneticProgramming<T>::DoSubtreeMutation(TIndividual& Individual) {
   TNode* const Node = SelectPoint(Individual);
   if (Node == nullptr) {
     return false;
   }
-  Individual.Replace(*Node, DoInitializeGrow(RegrownDepth(*Node)));
+  Individual.Replace(*Node, DoInitializeGrow(Node->Parent(), PlaceOf(*Node), RegrownDepth(*Node)));
   return true;
 }
 
@@ -140,9 +152,9 @@ bool TQXCustomGeneticProgramming<T>::DoReplacementMutation(TIndividual& Individu
     return false;
   }
   const int Depth = RegrownDepth(*Node);
-  TNodePointer Similar = GetNode(*Node);
+  TNodePointer Similar = GetNode(Node->Parent(), *Node, PlaceOf(*Node));
   for (int I = 0; I < Similar->Instruction()->Arity(); ++I) {
-    Similar->AttachChild(I, DoInitializeGrow(Depth - 1));
+    Similar->AttachChild(I, DoInitializeGrow(Similar.get(), I, Depth - 1));
   }
   Individual.Replace(*Node, std::move(Similar));
   return true;
@@ -165,7 +177,7 @@ bool TQXCustomGeneticProgramming<T>::DoShrinkMutation(TIndividual& Individual) {
   if (Node == nullptr) {
     return false;
   }
-  Individual.Replace(*Node, GetTerminalNode());
+  Individual.Replace(*Node, GetTerminalNode(Node->Parent(), PlaceOf(*Node)));
   return true;
 }
 
@@ -192,16 +204,22 @@ bool TQXCustomGeneticProgramming<T>::DoPointMutation(TIndividual& Individual) {
 
 template <class T>
 bool TQXCustomGeneticProgramming<T>::DoPointMutation(TIndividual& Individual, TNode& Node) {
-  bool Mutated = false;
-  Node.ForEach([&](TNode& Point) {
-    Mutated = Random() < FSettings.PointMutationProbability;
-    if (Mutated) {
-      Point.SetInstruction(GetNode(Point)->Instruction());
-      Individual.MarkStale();
-      FPointMutated = true;
+  RequireStack();
+  bool Mutated = Random() < FSettings.PointMutationProbability;
+  if (Mutated) {
+    Node.SetInstruction(GetNode(nullptr, Node, 0)->Instruction());
+    Individual.MarkStale();
+    FPointMutated = true;
+  }
+  const bool OnlyOne = FSettings.PointMutationMethod == pmmPerTree;
+  for (TNode* const Child : Node.Slots()) {
+    if (OnlyOne && Mutated) {
+      break;
     }
-    return !Mutated || FSettings.PointMutationMethod != pmmPerTree;
-  });
+    if (Child != nullptr) {
+      Mutated = DoPointMutation(Individual, *Child);
+    }
+  }
   return Mutated;
 }
 

@@ -18,7 +18,9 @@ namespace qx::generics {
 ///
 /// Functions are the instructions that take arguments, terminals all others. Every change of an instruction
 /// (but of its comment, its value and its handlers) empties both generations, whose trees refer to the
-/// instructions; the next `Evolve` initializes anew.
+/// instructions; the next `Evolve` initializes anew. An instruction's `OnInitialize` may change the set;
+/// while programs are made, changed or evaluated a change raises std::logic_error, and those that go are
+/// kept.
 ///
 /// A crossover works on copies of both parents: what a handler of `OnInitializeChild` changed in a second
 /// child gives way to the second parent's program. Subtrees are built apart and put in when they are whole,
@@ -110,8 +112,8 @@ public:
   /// What keeps programs from growing; see `TGPBloatStrategy`. Default bsNone.
   TGPBloatStrategy BloatStrategy() const { return FSettings.BloatStrategy; }
   void SetBloatStrategy(TGPBloatStrategy Value);
-  /// Size in nodes, or depth in levels below the root, from which a strategy acts. Default 10; values below 5
-  /// become 5.
+  /// Size in nodes, or depth in levels below the root, above which a strategy acts. Default 10; values below
+  /// 5 become 5.
   int BloatLimit() const { return FSettings.BloatLimit; }
   void SetBloatLimit(int Value);
   /// Fitness that a node, or a level, costs under parsimony pressure. Default 1. The covariant strategies
@@ -139,6 +141,8 @@ public:
   /// The same with the handlers of the instructions.
   virtual void AssignAll(const TPersistent& Source);
 
+  void Initialize() override;
+
   // --- Program statistics -------------------------------------------------------------------------------
   // Over the current population. They are taken when one of them is first asked for in a generation, and then
   // stay until the next generation starts.
@@ -159,13 +163,16 @@ public:
 
   // --- Making nodes -------------------------------------------------------------------------------------
 
-  /// A node of a function, a terminal, or any instruction; all are equally likely: one integer draw. Raises
-  /// EGPException when there is none to choose from.
-  virtual TNodePointer GetOperationNode();
-  virtual TNodePointer GetTerminalNode();
-  virtual TNodePointer GetNode();
-  /// A node for an instruction similar to that of the given one, which must have one.
-  virtual TNodePointer GetNode(const TNode& Node);
+  // Each makes a node for the place `Index` among the children of `Parent`, or for a root when that is
+  // nullptr, and leaves it to the caller to attach it there. Of the instructions in question all are equally
+  // likely: one integer draw. Raises EGPException when there is none, std::logic_error when `CreateNode`
+  // makes nothing.
+  virtual TNodePointer GetOperationNode(const TNode* Parent, int Index);
+  virtual TNodePointer GetTerminalNode(const TNode* Parent, int Index);
+  /// Of any instruction.
+  virtual TNodePointer GetNode(const TNode* Parent, int Index);
+  /// Of an instruction similar to that of `Node`, which must have one.
+  virtual TNodePointer GetNode(const TNode* Parent, const TNode& Node, int Index);
   /// One of the instructions of the same kind and arity, which the given one is among: one integer draw.
   /// Raises EGPException when the set has none.
   TInstruction& GetSimilarInstruction(const TInstruction& Instruction);
@@ -193,13 +200,15 @@ protected:
 
   /// Makes the initial programs; the result is the number of those that were made anew because another one
   /// had the same text. Raises EGPException when the instructions cannot make such programs, or not as many
-  /// different ones; see `BuildSizeLimit` too. The individuals before it keep their new programs then.
+  /// different ones; see `BuildSizeLimit` too, which is also the number of attempts to find a program that no
+  /// other individual has. The individuals before it keep their new programs then.
   int DoInitialize() override;
-  /// Builds a program of that many levels: with a function wherever there is room for its arguments, and with
-  /// any instruction there.
-  TNodePointer DoInitializeFull(int Depth) { return BuildTree(Depth, true); }
-  TNodePointer DoInitializeGrow(int Depth) { return BuildTree(Depth, false); }
+  /// Builds a tree of that many levels for a place (see `GetNode`): with a function wherever there is room
+  /// for its arguments, and with any instruction there.
+  TNodePointer DoInitializeFull(const TNode* Parent, int Index, int Depth);
+  TNodePointer DoInitializeGrow(const TNode* Parent, int Index, int Depth);
 
+  void DoEvolve() override;
   void DoStartEvolve() override;
   bool DoReproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1) override;
   bool DoReproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
@@ -240,14 +249,16 @@ protected:
   virtual bool DoHoistMutation(TIndividual& Individual);
   /// Instructions give way to similar ones.
   virtual bool DoPointMutation(TIndividual& Individual);
-  /// The same in the subtree of a node. The result is that of the last node that it came to.
+  /// The same in the subtree of a node, level by level down as `Execute` goes: raises EStackError when the
+  /// tree is too deep for the stack. The result is that of the last node that it came to.
   virtual bool DoPointMutation(TIndividual& Individual, TNode& Node);
 
   /// Applies the strategies that act on children. `Performed` is what the reproduction reported.
   void DoAntiBloating(TIndividual& Parent, TIndividual& OtherParent, TIndividual& Child, bool Performed);
   /// Fitness with the penalty of parsimony pressure, unless a handler answers.
   TGAFitness DoEvaluateWeightedFitness(TQXIndividual& Item) override;
-  /// First determines the coefficient of the covariant strategies (Poli and McPhee 2008).
+  /// First determines the coefficient of the covariant strategies (Poli and McPhee 2008). Individuals whose
+  /// fitness is not finite are left out of that, since it would be NaN.
   void DoCalculateWeightedFitnessStatistics() override;
 
   void DefineProperties(TFiler& Filer) override;
@@ -280,19 +291,24 @@ private:
   };
   using TInstructionList = std::vector<TInstruction*>;
   class TInitialPrograms;
+  class TUse;
   struct TMeasureCounts;
 
+  void RequireNoUse();
+  void DiscardPrograms();
   static TInstruction& ItemAt(const TInstructionList& List, int Index, const char* What);
   static void MoveWhere(bool WantsFunction, TInstructionList& From, TInstructionList& To);
   void AssignWith(const TPersistent& Source, void (TQXGPInstructions<T>::*CopySet)(const TPersistent&));
   void RequireSameNodes(TQXCustomGeneticProgramming& Source);
 
+  TNodePointer MakeNodeFor(TInstruction* Instruction);
   TNodePointer NewNode(TInstruction& Instruction);
-  TNodePointer BuildTree(int Depth, bool Full);
+  TNodePointer BuildTree(const TNode* Parent, int Index, int Depth, bool Full);
   void RequireBuildSize(int Nodes) const;
 
   template <class TStep>
-  static bool ThenFlatten(TIndividual& Individual, TStep Step);
+  bool ThenFlatten(TIndividual& Individual, TStep Step);
+  static int PlaceOf(const TNode& Node);
   bool MutateByWeight(TIndividual& Individual);
   static int SizeOf(TIndividual& Individual);
   static int DepthOf(TIndividual& Individual);
@@ -313,6 +329,9 @@ private:
   TInstructionList FFunctions;
   TInstructionList FTerminals;
   bool FPointMutated = false; // by the point mutation under way
+  // Whether individuals or nodes are in use, and whether the set has changed meanwhile all the same.
+  int FInUse = 0;
+  bool FDiscardDue = false;
 };
 
 extern template class TQXCustomGeneticProgramming<TGAFloat>;

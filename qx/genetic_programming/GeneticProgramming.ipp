@@ -48,12 +48,41 @@ auto TQXCustomGeneticProgramming<T>::ItemAt(const TInstructionList& List, int In
   return *List[static_cast<std::size_t>(Index)];
 }
 
+// Lasts while individuals or nodes are in somebody's hands.
+template <class T>
+class TQXCustomGeneticProgramming<T>::TUse {
+public:
+  explicit TUse(TQXCustomGeneticProgramming& Component) : FCount(Component.FInUse) { ++FCount; }
+  TUse(const TUse&) = delete;
+  TUse& operator=(const TUse&) = delete;
+  ~TUse() { --FCount; }
+
+private:
+  int& FCount;
+};
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::RequireNoUse() {
+  if (FInUse > 0) {
+    FDiscardDue = true;
+    throw std::logic_error("The instructions of " + this->ClassName() +
+                           " cannot be changed while its programs are made, changed or evaluated");
+  }
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::DiscardPrograms() {
+  FDiscardDue = false;
+  FStatistics = {};
+  this->DiscardGenerations();
+}
+
 template <class T>
 void TQXCustomGeneticProgramming<T>::InstructionUpdate(TInstruction* /*Instruction*/) {
-  this->DiscardGenerations();
-  FStatistics = {};
   MoveWhere(false, FFunctions, FTerminals);
   MoveWhere(true, FTerminals, FFunctions);
+  RequireNoUse();
+  DiscardPrograms();
 }
 
 // Moves the instructions that do or do not take arguments to the end of the other list, in their order.
@@ -70,11 +99,12 @@ void TQXCustomGeneticProgramming<T>::MoveWhere(bool WantsFunction, TInstructionL
 template <class T>
 void TQXCustomGeneticProgramming<T>::InstructionNotify(TInstruction& Instruction,
                                                        TCollectionNotification Action) {
-  this->DiscardGenerations();
-  FStatistics = {};
   if (Action == cnAdded) {
     (Instruction.Arity() > 0 ? FFunctions : FTerminals).push_back(&Instruction);
-  } else {
+  }
+  RequireNoUse(); // then one that was about to go stays
+  DiscardPrograms();
+  if (Action != cnAdded) {
     std::erase(FTerminals, &Instruction);
     std::erase(FFunctions, &Instruction);
   }
@@ -166,7 +196,7 @@ void TQXCustomGeneticProgramming<T>::AssignWith(const TPersistent& Source,
                                                 void (TQXGPInstructions<T>::*CopySet)(const TPersistent&)) {
   const auto* const Component = this->template SourceAs<TQXCustomGeneticProgramming>(Source);
   if (Component != nullptr && Component != this) {
-    RequireSameNodes(const_cast<TQXCustomGeneticProgramming&>(*Component)); // makes one, and changes nothing
+    RequireSameNodes(const_cast<TQXCustomGeneticProgramming&>(*Component)); // changes nothing
     Component->EvaluateStale(); // may fail; then nothing has changed
     FSettings = Component->FSettings;
     this->CopyInstructions(*Component, CopySet);
@@ -176,8 +206,12 @@ void TQXCustomGeneticProgramming<T>::AssignWith(const TPersistent& Source,
 
 template <class T>
 void TQXCustomGeneticProgramming<T>::RequireSameNodes(TQXCustomGeneticProgramming& Source) {
-  const TNodePointer Own = this->CreateNode(nullptr);
-  const TNodePointer Other = Source.CreateNode(nullptr);
+  if (Source.Population().Count() == 0 &&
+      (Source.PreviousGeneration() == nullptr || Source.PreviousGeneration()->Count() == 0)) {
+    return;
+  }
+  const TNodePointer Own = MakeNodeFor(nullptr);
+  const TNodePointer Other = Source.MakeNodeFor(nullptr);
   if (const TNode& Left = *Own, &Right = *Other; typeid(Left) != typeid(Right)) {
     throw std::invalid_argument("A " + this->ClassName() + ", whose programs are made of " +
                                 Own->ClassName() + ", cannot be assigned from a " + Source.ClassName() +

@@ -26,7 +26,7 @@ struct TOperator {
 constexpr TOperator Operators[] = {
     {"Add", 2, bdSum, {"", " + ", ""}, {bdSum, bdSum}},
     {"Sub", 2, bdSum, {"", " - ", ""}, {bdSum, bdProduct}},
-    {"Mul", 2, bdProduct, {"", " * ", ""}, {bdProduct, bdProduct}},
+    {"Mul", 2, bdProduct, {"", " * ", ""}, {bdProduct, bdSign}}, // a protected quotient must not move
     {"Div", 2, bdProduct, {"", " / ", ""}, {bdProduct, bdSign}},
     {"Neg", 1, bdSign, {"-", "", ""}, {bdPower, bdWhole}},
     {"Inv", 1, bdProduct, {"1 / ", "", ""}, {bdSign, bdWhole}},

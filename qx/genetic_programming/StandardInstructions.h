@@ -43,8 +43,9 @@ enum TStandardGroup : std::uint8_t {
 //   Abs             |x|
 //   Min, Max        y when that is less (greater), else x
 //   Less, ...       x < y, x <= y, x > y, x >= y, x = y, x <> y
-//   And, Or, Not,   of truths. And, Or, Nand and Nor evaluate the second argument only when the first one
-//   does Nand, Nor, Xor  not decide If              y when x is true, else z; the other one is not evaluated
+//   And, Or, Not    of truths; And and Or look at the second one only when the first does not decide
+//   Nand, Nor, Xor  likewise
+//   If              y when x is true, else z; the other one is not evaluated
 //
 // Truth: a float is true when it is greater than 0, and a result is 1 or 0. A variant is true as `AsBoolean`
 // says, and a result is a Boolean; a variant argument that does not convert raises.

@@ -133,7 +133,7 @@ Variant::Variant(const char* Value) {
   FValue = std::string(Value);
 }
 
-bool Variant::AsBoolean() const {
+bool Variant::ConvertedToBoolean() const {
   if (const auto* Text = std::get_if<std::string>(&FValue)) {
     if (const auto Value = ParseBoolean(*Text)) {
       return *Value;

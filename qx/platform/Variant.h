@@ -58,7 +58,10 @@ public:
   // std::out_of_range for a number that the target does not hold; the message names value and target.
 
   /// A number is true unless it is 0.
-  bool AsBoolean() const;
+  bool AsBoolean() const {
+    const bool* const Value = std::get_if<bool>(&FValue);
+    return Value != nullptr ? *Value : ConvertedToBoolean();
+  }
   /// Halves are rounded to the even number. NaN raises std::out_of_range.
   std::int64_t AsInteger() const;
   double AsReal() const;
@@ -87,6 +90,8 @@ public:
 
 private:
   friend struct TVariantNumber;
+
+  bool ConvertedToBoolean() const;
 
   // In the order of the kinds.
   std::variant<std::monostate, bool, std::int64_t, double, std::string> FValue;

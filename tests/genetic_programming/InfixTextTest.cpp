@@ -32,6 +32,9 @@ TEST_F(InfixTextTest, ParenthesesStandWhereTheyAreNeeded) {
   EXPECT_EQ(Infix("(Sub (Sub x x) Y)"), "x - x - Y");
   EXPECT_EQ(Infix("(Div x (Mul x Y))"), "x / (x * Y)");
   EXPECT_EQ(Infix("(Div (Mul x Y) x)"), "x * Y / x");
+  EXPECT_EQ(Infix("(Mul x (Div Y x))"), "x * (Y / x)"); // not the same where a divisor is 0
+  EXPECT_EQ(Infix("(Mul x (Inv Y))"), "x * (1 / Y)");
+  EXPECT_EQ(Infix("(Mul (Div x Y) x)"), "x / Y * x");
   EXPECT_EQ(Infix("(Inv (Inv (Add x Y)))"), "1 / (1 / (x + Y))");
   EXPECT_EQ(Infix("(Square (Add x Y))"), "(x + Y)^2");
   EXPECT_EQ(Infix("(Cube (Square x))"), "(x^2)^3");

@@ -145,7 +145,7 @@ TEST(SimilarInstructionTest, WithoutInstructionsThereIsNone) {
   TArithmeticProgramming<> Other;
   TProgramming Component;
   EXPECT_EQ(ErrorOf([&] { Component.GetSimilarInstruction(Other.Instructions()[0]); }), "No nodes found");
-  EXPECT_EQ(ErrorOf([&] { Component.GetNode(*Component.CreateNode(nullptr)); }),
+  EXPECT_EQ(ErrorOf([&] { Component.GetNode(nullptr, *Component.CreateNode(nullptr), 0); }),
             "No instruction assigned to node");
 }
 
@@ -267,13 +267,146 @@ TEST(InitialProgramsTest, MoreDifferentProgramsThanTerminalsCannotBeWithoutFunct
   EXPECT_NE(Program(Component.Population()[0]), Program(Component.Population()[1]));
 }
 
-TEST(InitialProgramsTest, RejectionEndsAtTheLimitOfSize) {
+TEST(InitialProgramsTest, RejectionEndsAfterSoManyAttempts) {
   TProgramming Component; // constants that draw might come to differ
   Component.Constant("one", 1.0).OnInitializeNode = [](auto&, auto& Node) { Node.SetValue(1); };
   Component.SetInitializationMethod(imGrow);
   Component.SetInitialPopulation(2);
   Component.SetBuildSizeLimit(50);
-  EXPECT_THROW(Component.Initialize(), std::length_error);
+  try {
+    Component.Initialize();
+    ADD_FAILURE() << "nothing was raised";
+  } catch (const std::length_error& Error) {
+    EXPECT_NE(std::string(Error.what()).find("After 50 attempts"), std::string::npos) << Error.what();
+  }
+}
+
+TEST(InitialProgramsTest, AMinimumDepthAboveTheLimitOfSizeIsNoneOfSmallPrograms) {
+  TArithmeticProgramming<> Component;
+  Component.SetInitializationMethod(imGrow);
+  Component.SetInitialDuplicatesRetries(1); // raises the minimum with every retry
+  Component.SetInitialPopulation(300);
+  Component.SetBuildSizeLimit(2000);
+  Component.Add("x");
+  const TCountingRandom Draws;
+  EXPECT_NO_THROW(Component.Initialize());
+}
+
+TEST(InitialProgramsTest, AnInstructionsHandlerMayChangeTheSetAndTheSettings) {
+  TArithmeticProgramming<> Component;
+  Component.SetInitialPopulation(3);
+  Component.SetInitialDuplicatesRetries(0);
+  Component.Instructions()[0].OnInitialize = [&](auto&) {
+    Component.Instructions()[3].SetName("time");
+    Component.SetInitializationDepth(5);
+  };
+  Component.Evolve(1);
+  EXPECT_EQ(Component.Generation(), 1);
+  Component.Initialize();
+  EXPECT_EQ(LevelsOf(Component), (std::vector{5, 5, 5}));
+}
+
+TEST(InitialProgramsTest, ASetThatTheComponentsHandlerChangesIsTheOneThatIsUsed) {
+  TArithmeticProgramming<> Component;
+  Component.SetInitialPopulation(3);
+  Component.OnInitialization = [](auto& Sender, bool&) { Sender.Instructions().Add().SetName("z"); };
+  Component.Initialize();
+  EXPECT_EQ(Component.Population().Count(), 3);
+}
+
+TEST(InitialProgramsTest, TheirStatisticsAreNotThoseOfTheRunBefore) {
+  TArithmeticProgramming<> Component;
+  Component.SetInitialPopulation(2);
+  Component.Initialize();
+  const float Former = Component.AvgProgramSize();
+  Component.OnInitialization = [](auto& Sender, bool& Filled) {
+    for (auto& Individual : Sender.Population()) {
+      Individual.AssignDNA(tests::ReadTree<TGAFloat>(Sender, "x"));
+    }
+    Filled = true;
+  };
+  Component.Initialize();
+  EXPECT_EQ(Component.AvgProgramSize(), 1);
+  EXPECT_NE(Former, 1);
+}
+
+// --- Changes of the set at the wrong time ------------------------------------------------------------------
+
+template <class TCall>
+void ExpectRefusedChange(TCall Call) {
+  try {
+    Call();
+    ADD_FAILURE() << "nothing was raised";
+  } catch (const std::logic_error& Error) {
+    EXPECT_NE(std::string(Error.what()).find("cannot be changed while"), std::string::npos) << Error.what();
+  }
+}
+
+TEST(ChangeInUseTest, AHandlerThatChangesTheSetWhileProgramsAreMadeIsRefused) {
+  TArithmeticProgramming<> Component;
+  Component.SetInitialPopulation(4);
+  Component.Instructions()[5].OnInitializeNode = [](auto& Instruction, auto&) {
+    Instruction.SetName(Instruction.Name() + "x");
+  };
+  ExpectRefusedChange([&] { Component.Initialize(); });
+  Component.Instructions()[5].OnInitializeNode = nullptr;
+  Component.Evolve(2); // starts anew
+  EXPECT_EQ(Component.Generation(), 2);
+}
+
+TEST(ChangeInUseTest, SoIsOneThatDoesItDuringAGeneration) {
+  TArithmeticProgramming<> Component;
+  Component.SetInitialPopulation(4);
+  Component.SetMutationProbability(1);
+  Component.SetMutationWeights({0, 0, 1, 0, 0, 0});
+  Component.Initialize();
+  Component.OnConstantMutation = [](auto& Sender, auto&) { Sender.Instructions().Delete(0); };
+  ExpectRefusedChange([&] { Component.Evolve(20); });
+  EXPECT_EQ(Component.Instructions().Count(), 6);
+  Component.OnConstantMutation = [](auto& Sender, auto&) { Sender.Instructions().Add(); };
+  ExpectRefusedChange([&] { Component.Mutate(Component.Add("c"), mmConstant); });
+  EXPECT_EQ(Component.TerminalsCount(), 4); // it has come, and the programs are made anew
+  Component.OnConstantMutation = nullptr;
+  Component.Evolve(1);
+  EXPECT_EQ(Component.Generation(), 1);
+}
+
+TEST(ChangeInUseTest, SoIsOneThatDoesItWhileAProgramIsEvaluated) {
+  TArithmeticProgramming<> Component;
+  auto& Individual = Component.Add("x");
+  Component.OnEvaluateFitness = [](auto& Sender, auto&, double&) { Sender.Instructions().Clear(); };
+  ExpectRefusedChange([&] { static_cast<void>(Individual.Fitness()); });
+  EXPECT_EQ(Program(Individual), "x");
+}
+
+TEST(ChangeInUseTest, AnEngineThatMakesNoNodeIsNamed) {
+  class TNone : public TArithmeticProgramming<> {
+  public:
+    TNodePointer CreateNode(TInstruction* /*Instruction*/) override { return nullptr; }
+  } Component;
+  EXPECT_THROW(Component.DoInitializeFull(2), std::logic_error);
+}
+
+// --- Places ------------------------------------------------------------------------------------------------
+
+TEST(NodePlaceTest, AnOverrideKnowsThePlaceThatTheNodeIsFor) {
+  class TPlaces : public TArithmeticProgramming<> {
+  public:
+    TNodePointer GetTerminalNode(const TNode* Parent, int Index) override {
+      Log += (Parent != nullptr ? Parent->Instruction()->Name() : "root") + std::to_string(Index) + ' ';
+      return TArithmeticProgramming::GetTerminalNode(Parent, Index);
+    }
+    std::string Log;
+  } Component;
+  TScriptedRandom Draws({I(0, 3), I(0, 3), I(0, 3), I(0, 3)});
+  Component.DoInitializeFull(2);
+  Component.DoInitializeFull(1);
+  EXPECT_EQ(Component.Log, "Add0 Add1 root0 ");
+  auto& Individual = Component.Add("(Add x (Mul x y))");
+  Draws.Add(tests::Pick(4, 5));
+  Draws.Add({I(0, 3)});
+  Component.DoShrinkMutation(Individual);
+  EXPECT_EQ(Component.Log, "Add0 Add1 root0 Mul1 ");
 }
 
 TEST(InitialProgramsTest, InstructionsAreInitializedFirstAndInOrder) {

@@ -1,3 +1,5 @@
+#include <qx/platform/StackGuard.h>
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -459,7 +461,22 @@ TEST(PointMutationTest, InversionIsOneAndTellsNothing) {
   EXPECT_TRUE(Individual.NeedFitness());
 }
 
-TEST(PointMutationTest, AProgramDeeperThanAnyStackIsWalked) {
+TEST(PointMutationTest, EveryNodeGoesThroughTheOverride) {
+  class TCounting : public TProgramming {
+  public:
+    using TProgramming::DoPointMutation;
+    bool DoPointMutation(TIndividual& Individual, TNode& Node) override {
+      ++Count;
+      return TProgramming::DoPointMutation(Individual, Node);
+    }
+    int Count = 0;
+  } Component;
+  auto& Individual = Component.Add("(Add (Neg x) y)");
+  Component.DoInvert(Individual);
+  EXPECT_EQ(Component.Count, 4);
+}
+
+TEST(PointMutationTest, AProgramTooDeepForTheStackRaises) {
   TProgramming Component;
   Component.SetPointMutationProbability(0);
   generics::TQXGPInstruction<TGAFloat>& Neg = Component.Instructions()[2];
@@ -470,7 +487,7 @@ TEST(PointMutationTest, AProgramDeeperThanAnyStackIsWalked) {
   }
   auto& Individual = Component.Population().Add();
   Individual.AssignDNA(std::move(Root));
-  EXPECT_FALSE(Component.DoPointMutation(Individual));
+  EXPECT_THROW(Component.DoPointMutation(Individual), EStackError);
 }
 
 TEST(ProgramMutationTest, WithoutAProgramNothingChanges) {

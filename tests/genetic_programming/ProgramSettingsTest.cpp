@@ -338,6 +338,15 @@ TEST(ProgramAssignTest, ComponentsOfOtherNodesAreRefusedBeforeAnythingChanges) {
   EXPECT_EQ(Program(Target.Population()[0]), "y");
 }
 
+TEST(ProgramAssignTest, ComponentsOfOtherNodesWithoutProgramsGiveTheirSettings) {
+  TArithmeticProgramming<> Source;
+  Source.SetBloatLimit(30);
+  TQXBinaryGeneticProgramming Target;
+  Target.AssignAll(Source);
+  EXPECT_EQ(Target.BloatLimit(), 30);
+  EXPECT_EQ(Target.Instructions().Count(), 6);
+}
+
 TEST(ProgramAssignTest, AnIndividualOfAnotherComponentBecomesAProgramOfThisOne) {
   TArithmeticProgramming<> Source;
   TArithmeticProgramming<> Target;

@@ -22,8 +22,6 @@ public:
   using TBase::DoFairCrossover;
   using TBase::DoHoistMutation;
   using TBase::DoInitialize;
-  using TBase::DoInitializeFull;
-  using TBase::DoInitializeGrow;
   using TBase::DoInvert;
   using TBase::DoMutate;
   using TBase::DoPointMutation;
@@ -35,6 +33,9 @@ public:
   using TBase::SelectSizeFairNode;
   using typename TBase::TIndividual;
   using typename TBase::TNode;
+
+  auto DoInitializeFull(int Depth) { return TBase::DoInitializeFull(nullptr, 0, Depth); }
+  auto DoInitializeGrow(int Depth) { return TBase::DoInitializeGrow(nullptr, 0, Depth); }
 
   auto& Function(const std::string& Name, int Arity) {
     auto& Added = this->Instructions().Add();
