@@ -275,21 +275,24 @@ auto TQXGPNode<T>::CopyTree(const TQXGPNode& Source) -> TPointer {
     return Copy;
   };
   constexpr std::size_t UsualWidth = 32;
-  TSmallList<TPair, UsualWidth> Pending;
+  TSmallList<TPair, UsualWidth> Pending; // those with children
+  const auto Await = [&](const TQXGPNode& Node, TQXGPNode& Copy) {
+    if (Node.HasChildren()) {
+      Pending.Push({&Node, &Copy});
+    }
+  };
   TPointer Root = CopyNode(Source);
-  Pending.Push({&Source, Root.get()});
+  Await(Source, *Root);
   while (!Pending.Empty()) {
     const auto [Node, Copy] = Pending.Pop();
+    Copy->Reserve(Node->GetChildCount());
     const auto Children = Node->Slots();
-    if (!Children.empty()) {
-      Copy->Reserve(Node->GetChildCount());
-    }
     for (std::size_t I = 0; I < Children.size(); ++I) {
       if (Children[I] != nullptr) {
         TPointer Child = CopyNode(*Children[I]);
         Copy->RequireFitting(*Child);
         Child->FUnwatched = Child->FUnwatched && Copy->FUnwatched;
-        Pending.Push({Children[I], &Copy->StoreCopy(I, std::move(Child))});
+        Await(*Children[I], Copy->StoreCopy(I, std::move(Child)));
       }
     }
   }
