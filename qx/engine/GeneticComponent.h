@@ -333,6 +333,11 @@ protected:
   /// Empties both generations, when what their individuals are made of has changed; the next run initializes
   /// anew.
   void DiscardGenerations();
+  /// Initializes for a load, unless that has been done: without random individuals, which those that come
+  /// replace, and without the generation going back to 0.
+  void InitializeEmpty();
+  /// The generations have been filled by other means than `Initialize`.
+  void SetInitialized() { FSettings.Initialized = true; }
   /// Fills the population with random individuals; the result counts what the representation defines.
   virtual int DoInitialize();
   virtual bool DoReproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1);

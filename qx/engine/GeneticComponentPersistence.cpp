@@ -11,6 +11,7 @@
 #include <limits>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 namespace qx {
 
@@ -93,6 +94,21 @@ void TQXCustomGeneticComponent::LoadReproduction(const TXMLReproductionType& Rep
   Apply("TournamentField", Selection.TournamentField(), FSettings.TournamentField,
         &TSelf::SetTournamentField);
   Load.Done();
+}
+
+void TQXCustomGeneticComponent::InitializeEmpty() {
+  if (FSettings.Initialized) {
+    return;
+  }
+  struct TWithoutIndividuals {
+    explicit TWithoutIndividuals(int& Count) : FCount(Count), FBefore(std::exchange(Count, 0)) {}
+    ~TWithoutIndividuals() { FCount = FBefore; }
+    int& FCount;
+    int FBefore;
+  } const Without(FSettings.InitialPopulation);
+  const int Generation = FSettings.Generation;
+  Initialize();
+  FSettings.Generation = Generation;
 }
 
 void TQXCustomGeneticComponent::Remember(TLoadScope& Load) {

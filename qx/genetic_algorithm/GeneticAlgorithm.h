@@ -104,7 +104,6 @@ protected:
   void Remember(TLoadScope& Load) override;
 
 private:
-  void InitializeEmpty();
   // Raises std::length_error when a document asks for more chromosomes or bits than a load may make.
   void RequireRoom(int Chromosomes, std::int64_t Bits) const;
   void RememberChromosomes(TLoadScope& Load);

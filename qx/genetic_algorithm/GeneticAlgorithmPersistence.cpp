@@ -141,26 +141,6 @@ void TQXCustomGeneticAlgorithm::LoadFromXML(const TXMLGADomainType& Domain) {
   Load.Done();
 }
 
-// Unless it has been: without random individuals, which the population that comes replaces, and without the
-// generation going back to 0.
-void TQXCustomGeneticAlgorithm::InitializeEmpty() {
-  if (Initialized()) {
-    return;
-  }
-  const int Generation = this->Generation();
-  struct TWithoutIndividuals {
-    explicit TWithoutIndividuals(TQXCustomGeneticAlgorithm& Owner)
-        : Component(Owner), Before(Owner.InitialPopulation()) {
-      Component.SetInitialPopulation(0);
-    }
-    ~TWithoutIndividuals() { Component.SetInitialPopulation(Before); }
-    TQXCustomGeneticAlgorithm& Component;
-    int Before;
-  } const Without(*this);
-  Initialize();
-  SetGeneration(Generation);
-}
-
 void TQXCustomGeneticAlgorithm::RequireRoom(int Chromosomes, std::int64_t Bits) const {
   const auto Most = static_cast<std::uint64_t>(DefaultXMLLimits.Bytes);
   const std::uint64_t Each = static_cast<std::uint64_t>(std::max<std::int64_t>(Bits, 0));

@@ -1,6 +1,12 @@
 #pragma once
 
 #include <qx/genetic_programming/ProgramEngine.h>
+#include <qx/genetic_programming/QXGeneticProgrammingXML.h>
+#include <qx/platform/Component.h>
+#include <qx/platform/Strings.h>
+
+#include <iosfwd>
+#include <string>
 
 namespace qx::generics {
 
@@ -12,6 +18,10 @@ namespace qx::generics {
 ///
 /// Changes of the instruction set leave the program; where one of its instructions goes, its nodes have none,
 /// and running them raises.
+///
+/// A document of genetic programming is read and written, of which only the domain counts: the instructions,
+/// whose handlers are the host's to give, and as the program the first individual of the population. A load
+/// that raises leaves the executor as it was.
 template <class T>
 class TQXCustomGeneticProgrammingExecutor : public TQXProgramEngine<TComponent, T> {
   using TBase = TQXProgramEngine<TComponent, T>;
@@ -29,11 +39,32 @@ public:
   /// EGPException, and keeps the former program, when one has none.
   void SetGPProgram(const TNode& Value);
 
+  /// The program and its instructions as the lines of a domain document. They are made when they are asked
+  /// for and there are none; a new program discards them.
+  const TStrings& GPProgramLines();
+  /// Keeps the lines and leaves the program; see `Parse`.
+  void SetGPProgramLines(const TStrings& Value) { FGPProgramLines.Assign(Value); }
+  /// Reads instructions and program from the lines. Raises as a load does.
+  void Parse();
+
   /// Runs the program; without one the result is the default value. Raises what nodes raise.
   T Execute(TQXGPContext<T>* Context) const;
 
   /// Copies the instructions, with their handlers, and the program of another executor.
   void Assign(const TPersistent& Source) override;
+
+  /// The domain of a document; "Reproduction" and settings are passed over.
+  virtual void LoadFromXML(const TXMLGeneticProgram& Document) { LoadFromXML(Document.Domain()); }
+  virtual void SaveToXML(const TXMLGeneticProgram& Document) { SaveToXML(Document.Domain()); }
+  /// Instructions are merged by name. Without any instruction the program stays. Raises EGPException for a
+  /// program of an instruction that is none.
+  virtual void LoadFromXML(const TXMLGPDomainType& Domain);
+  virtual void SaveToXML(const TXMLGPDomainType& Domain);
+  virtual void LoadFromStream(std::istream& Stream);
+  virtual void SaveToStream(std::ostream& Stream);
+  virtual void LoadFromFile(const std::string& FileName);
+  /// The file is replaced as a whole, or not at all; see `ReplaceFile`.
+  virtual void SaveToFile(const std::string& FileName);
 
 protected:
   void InstructionUpdate(TInstruction* /*Instruction*/) override {}
@@ -41,7 +72,11 @@ protected:
   void InstructionOperationUpdate(TInstruction& /*Instruction*/) override {}
 
 private:
+  void StoreProgram(TNodePointer Program);
+  void GenerateXML();
+
   TNodePointer FGPProgram;
+  TStrings FGPProgramLines;
 };
 
 extern template class TQXCustomGeneticProgrammingExecutor<TGAFloat>;

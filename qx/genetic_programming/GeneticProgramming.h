@@ -3,8 +3,10 @@
 #include <qx/engine/TypedGeneticComponent.h>
 #include <qx/genetic_programming/GPPopulation.h>
 #include <qx/genetic_programming/ProgramEngine.h>
+#include <qx/genetic_programming/QXGeneticProgrammingXML.h>
 
 #include <cstdint>
+#include <iosfwd>
 #include <memory>
 #include <span>
 #include <string>
@@ -142,6 +144,29 @@ public:
   virtual void AssignAll(const TPersistent& Source);
 
   void Initialize() override;
+
+  // --- Documents ----------------------------------------------------------------------------------------
+  // As those of every genetic component: a save builds the whole document first, and a load that raises
+  // leaves the component as it was, with the same objects.
+
+  using TBase::LoadFromXML;
+  using TBase::SaveToXML;
+  /// The settings of every genetic component, those of reproduction, and the domain. What controls bloat is
+  /// in no document. A load stores the mutation weights as they stand and leaves their sum as it was.
+  virtual void LoadFromXML(const TXMLGeneticProgram& Document);
+  virtual void SaveToXML(const TXMLGeneticProgram& Document);
+  /// The instructions and the population, and the fittest individual, which is not read. Loading initializes
+  /// the component, if need be, without random individuals; instructions are merged by name, so that those of
+  /// a known name remain the same objects with their handlers; both generations become the population that is
+  /// loaded. `Generation` stays. Raises EGPException for a program of an instruction that is none.
+  virtual void LoadFromXML(const TXMLGPDomainType& Domain);
+  virtual void SaveToXML(const TXMLGPDomainType& Domain);
+  /// The instructions alone.
+  virtual void LoadFromXML(const TXMLGPInstructions& Instructions);
+  virtual void SaveToXML(const TXMLGPInstructions& Instructions);
+  void SaveToStream(std::ostream& Stream) override;
+  void LoadFromStream(std::istream& Stream) override;
+  void LoadFromFile(const std::string& FileName) override;
 
   // --- Program statistics -------------------------------------------------------------------------------
   // Over the current population. They are taken when one of them is first asked for in a generation, and then

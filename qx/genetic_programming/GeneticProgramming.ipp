@@ -1,12 +1,9 @@
 #pragma once
 
-// Definitions of GeneticProgramming.h: instructions, settings, copies, streams. GPInitialization.ipp,
-// GPOperators.ipp, GPBloatControl.ipp and GPDescription.ipp have the rest.
+// Definitions of GeneticProgramming.h: instructions, settings, copies. GPInitialization.ipp, GPOperators.ipp,
+// GPBloatControl.ipp, GPPersistence.ipp and GPDescription.ipp have the rest.
 
-#include <qx/engine/LoadScope.h>
-#include <qx/foundation/EnumPropertyText.h>
 #include <qx/genetic_programming/GeneticProgramming.h>
-#include <qx/platform/Filer.h>
 
 #include <algorithm>
 #include <limits>
@@ -217,77 +214,6 @@ void TQXCustomGeneticProgramming<T>::RequireSameNodes(TQXCustomGeneticProgrammin
                                 Own->ClassName() + ", cannot be assigned from a " + Source.ClassName() +
                                 ", whose are made of " + Other->ClassName());
   }
-}
-
-// --- Component stream --------------------------------------------------------------------------------------
-
-template <class T>
-bool TQXCustomGeneticProgramming<T>::IsSelectionNonTerminalsProbabilityStored() const {
-  return FSettings.NonTerminals != NONTERMINALS_SELECTION_PROBABILITY;
-}
-
-template <class T>
-bool TQXCustomGeneticProgramming<T>::IsParsimonyCoefficientStored() const {
-  return FSettings.ParsimonyCoefficient != DEFAULT_PARSIMONY_COEFFICIENT;
-}
-
-template <class T>
-bool TQXCustomGeneticProgramming<T>::IsPointMutationProbabilityStored() const {
-  return FSettings.PointMutationProbability != TSettings().PointMutationProbability;
-}
-
-template <class T>
-bool TQXCustomGeneticProgramming<T>::IsTarpeianProbabilityStored() const {
-  return FSettings.TarpeianProbability != DEFAULT_TARPEIAN_PROBABILITY;
-}
-
-template <class T>
-void TQXCustomGeneticProgramming<T>::DefineProperties(TFiler& Filer) {
-  using TThis = TQXCustomGeneticProgramming;
-  TBase::DefineProperties(Filer);
-  const TSettings Defaults;
-  const TSettings& S = FSettings;
-  const auto Define = [&](std::string_view Name, const auto& Value, const auto& Default, auto Setter) {
-    Filer.Property(Name, Value, Value != Default, [&](const auto& Read) { (this->*Setter)(Read); });
-  };
-  Define("CrossoverMethod", S.CrossoverMethod, Defaults.CrossoverMethod, &TThis::SetCrossoverMethod);
-  Define("InitializationDepth", S.InitializationDepth, Defaults.InitializationDepth,
-         &TThis::SetInitializationDepth);
-  Define("InitializationMethod", S.InitializationMethod, Defaults.InitializationMethod,
-         &TThis::SetInitializationMethod);
-  Define("BuildSizeLimit", S.BuildSizeLimit, Defaults.BuildSizeLimit, &TThis::SetBuildSizeLimit);
-  Define("PointMutationMethod", S.PointMutationMethod, Defaults.PointMutationMethod,
-         &TThis::SetPointMutationMethod);
-  Define("BloatStrategy", S.BloatStrategy, Defaults.BloatStrategy, &TThis::SetBloatStrategy);
-  Define("BloatLimit", S.BloatLimit, Defaults.BloatLimit, &TThis::SetBloatLimit);
-  const auto DefineWeight = [&](std::string_view Name, TGPMutationMethod Method) {
-    Filer.Property(Name, MutateWeights(Method), MutateWeights(Method) != DefaultMutationWeights[Method],
-                   [this, Method](int Read) { SetMutateWeights(Method, Read); });
-  };
-  DefineWeight("MutateSubtreeWeight", mmSubtree);
-  DefineWeight("MutateReplacementWeight", mmReplacement);
-  DefineWeight("MutateConstantWeight", mmConstant);
-  DefineWeight("MutateShrinkWeight", mmShrink);
-  DefineWeight("MutateHoistWeight", mmHoist);
-  DefineWeight("MutatePointWeight", mmPoint);
-  const auto DefineReal = [&](std::string_view Name, double& Value, bool Stored) {
-    Filer.Property(Name, Value, Stored, [&Value](double Read) { Value = Read; });
-  };
-  DefineReal("SelectionNonTerminalsProbability", FSettings.NonTerminals,
-             IsSelectionNonTerminalsProbabilityStored());
-  DefineReal("ParsimonyCoefficient", FSettings.ParsimonyCoefficient, IsParsimonyCoefficientStored());
-  DefineReal("PointMutationProbability", FSettings.PointMutationProbability,
-             IsPointMutationProbabilityStored());
-  DefineReal("TarpeianProbability", FSettings.TarpeianProbability, IsTarpeianProbabilityStored());
-}
-
-template <class T>
-void TQXCustomGeneticProgramming<T>::Remember(TLoadScope& Load) {
-  TBase::Remember(Load);
-  Load.OnFailure([this, Settings = FSettings, Statistics = FStatistics] {
-    FSettings = Settings;
-    FStatistics = Statistics;
-  });
 }
 
 } // namespace qx::generics

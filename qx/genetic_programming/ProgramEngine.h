@@ -1,11 +1,14 @@
 #pragma once
 
+#include <qx/engine/LoadScope.h>
 #include <qx/platform/Component.h>
 #include <qx/program_trees/QXGenerics.GeneticProgramEngine.h>
 
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <utility>
+#include <vector>
 
 namespace qx::generics {
 
@@ -56,6 +59,27 @@ protected:
     } else {
       Instructions().Clear();
     }
+  }
+
+  /// Reads instructions into the set. When the load fails, those that it added are gone and the others as
+  /// they were.
+  void MergeInstructions(const TXMLGPInstructions& Element, TLoadScope& Load) {
+    auto Former =
+        std::make_shared<std::vector<TInstruction>>(static_cast<std::size_t>(Instructions().Count()));
+    for (std::size_t I = 0; I < Former->size(); ++I) {
+      (*Former)[I].Assign(Instructions()[static_cast<int>(I)]);
+    }
+    Load.OnFailure([this, Former] {
+      TUpdateScope Update(Instructions());
+      while (std::cmp_greater(Instructions().Count(), Former->size())) {
+        Instructions().Delete(Instructions().Count() - 1);
+      }
+      for (std::size_t I = 0; I < Former->size(); ++I) {
+        Instructions()[static_cast<int>(I)].Assign((*Former)[I]);
+      }
+      Update.End();
+    });
+    Instructions().LoadFromXML(Element);
   }
 
 private:

@@ -8,6 +8,7 @@
 #include <qx/genetic_programming/GPIndividual.ipp>
 #include <qx/genetic_programming/GPInitialization.ipp>
 #include <qx/genetic_programming/GPOperators.ipp>
+#include <qx/genetic_programming/GPPersistence.ipp>
 #include <qx/genetic_programming/GPPopulation.ipp>
 #include <qx/genetic_programming/GeneticProgramming.ipp>
 #include <qx/genetic_programming/QXGenerics.GeneticProgramming.h>

@@ -157,6 +157,8 @@ public:
   TXMLGPPopulation Population() const { return TXMLGPPopulation(Child("Population")); }
 };
 
+using TXMLGPDomainType = TXMLGPDomain;
+
 using IXMLInstructionType = TXMLInstructionType;
 using IXMLVariableInstructionType = TXMLVariableInstructionType;
 using IXMLFunctionInstructionType = TXMLFunctionInstructionType;
@@ -169,6 +171,7 @@ using IXMLDnaType = TXMLDnaType;
 using IXMLIndividualType = TXMLIndividualType;
 using IXMLGPPopulation = TXMLGPPopulation;
 using IXMLGPDomain = TXMLGPDomain;
+using IXMLGPDomainType = TXMLGPDomainType;
 
 // Each of three elements may be the root of a document. `Get...` binds the root and raises EXMLError when it
 // is another element; `Load...` reads a file first; `New...` makes an empty document, version "1.0". Files of

@@ -1,0 +1,193 @@
+#pragma once
+
+// Definitions of GeneticProgramming.h: documents, files and streams.
+
+#include <qx/engine/LoadScope.h>
+#include <qx/foundation/EnumPropertyText.h>
+#include <qx/genetic_programming/GeneticProgramming.h>
+#include <qx/platform/Filer.h>
+
+#include <cstdint>
+#include <string>
+
+namespace qx::generics {
+
+// --- Settings document -------------------------------------------------------------------------------------
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::SaveToXML(const TXMLGeneticProgram& Document) {
+  SaveToXML(static_cast<const TXMLGeneticDocumentType&>(Document));
+  const TXMLGPReproductionType Reproduction = Document.Reproduction();
+  this->SaveReproduction(Reproduction);
+  Reproduction.SetCrossoverMethod(EnumName(FSettings.CrossoverMethod));
+  Reproduction.SetInitializationMethod(EnumName(FSettings.InitializationMethod));
+  Reproduction.SetInitializationDepth(FSettings.InitializationDepth);
+  const auto Weights = Reproduction.MutationWeights();
+  for (std::size_t I = 0; I < FSettings.MutationWeights.size(); ++I) {
+    Weights.SetWeight(EnumName(static_cast<TGPMutationMethod>(I)), FSettings.MutationWeights[I]);
+  }
+  Reproduction.SetSelectionNonterminalsProbability(FSettings.NonTerminals);
+  Reproduction.SetPointMutationMethod(EnumName(FSettings.PointMutationMethod));
+  Reproduction.SetPointMutationProbability(FSettings.PointMutationProbability);
+  SaveToXML(Document.Domain());
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::LoadFromXML(const TXMLGeneticProgram& Document) {
+  TLoadScope Load(this);
+  LoadFromXML(static_cast<const TXMLGeneticDocumentType&>(Document));
+  const TXMLGPReproductionType Reproduction = Document.Reproduction();
+  TSettings& S = FSettings;
+  S.CrossoverMethod = Load.ValueOr("CrossoverMethod", Reproduction.CrossoverMethod(), S.CrossoverMethod);
+  this->LoadReproduction(Reproduction);
+  S.InitializationMethod =
+      Load.ValueOr("InitializationMethod", Reproduction.InitializationMethod(), S.InitializationMethod);
+  SetInitializationDepth(Reproduction.InitializationDepth());
+  Load.WarnIfMoved("InitializationDepth", Reproduction.InitializationDepth(), S.InitializationDepth);
+  const auto Weights = Reproduction.MutationWeights();
+  for (std::size_t I = 0; I < S.MutationWeights.size(); ++I) { // past the setters: the sum stays as it is
+    const int Weight = Weights.Weight(EnumName(static_cast<TGPMutationMethod>(I)));
+    S.MutationWeights[I] = static_cast<std::uint8_t>(Weight);
+  }
+  S.NonTerminals = Reproduction.SelectionNonterminalsProbability();
+  S.PointMutationMethod =
+      Load.ValueOr("PointMutationMethod", Reproduction.PointMutationMethod(), S.PointMutationMethod);
+  S.PointMutationProbability = Reproduction.PointMutationProbability();
+  LoadFromXML(Document.Domain());
+  Load.Done();
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::SaveToStream(std::ostream& Stream) {
+  const TXMLGeneticProgram Document = NewGeneticProgram();
+  SaveToXML(Document);
+  Document.Document().Write(Stream);
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::LoadFromStream(std::istream& Stream) {
+  LoadFromXML(GetGeneticProgram(TXMLDocument::Read(Stream)));
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::LoadFromFile(const std::string& FileName) {
+  LoadFromXML(LoadGeneticProgram(FileName));
+}
+
+// --- Domain ------------------------------------------------------------------------------------------------
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::SaveToXML(const TXMLGPDomainType& Domain) {
+  Domain.Clear();
+  SaveToXML(Domain.Instructions());
+  if (TIndividual* const Fittest = this->FittestIndividual()) {
+    Fittest->SaveToXML(Domain.FittestIndividual());
+  }
+  this->Population().SaveToXML(Domain.Population());
+}
+
+// The instructions come back before the individuals, which they would send away.
+template <class T>
+void TQXCustomGeneticProgramming<T>::LoadFromXML(const TXMLGPDomainType& Domain) {
+  TLoadScope Load(this);
+  Load.SetAside(this->Population());
+  if (this->PreviousGeneration() != nullptr) {
+    Load.SetAside(*this->PreviousGeneration());
+  }
+  this->InitializeEmpty();
+  LoadFromXML(Domain.Instructions());
+  this->Population().LoadFromXML(Domain.Population());
+  this->SetPreviousGeneration(this->Population());
+  this->SetInitialized();
+  Load.Done();
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::SaveToXML(const TXMLGPInstructions& Instructions) {
+  this->Instructions().SaveToXML(Instructions);
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::LoadFromXML(const TXMLGPInstructions& Instructions) {
+  RequireNoUse();
+  TLoadScope Load(this);
+  this->MergeInstructions(Instructions, Load);
+  Load.Done();
+}
+
+// --- Component stream --------------------------------------------------------------------------------------
+
+template <class T>
+bool TQXCustomGeneticProgramming<T>::IsSelectionNonTerminalsProbabilityStored() const {
+  return FSettings.NonTerminals != NONTERMINALS_SELECTION_PROBABILITY;
+}
+
+template <class T>
+bool TQXCustomGeneticProgramming<T>::IsParsimonyCoefficientStored() const {
+  return FSettings.ParsimonyCoefficient != DEFAULT_PARSIMONY_COEFFICIENT;
+}
+
+template <class T>
+bool TQXCustomGeneticProgramming<T>::IsPointMutationProbabilityStored() const {
+  return FSettings.PointMutationProbability != TSettings().PointMutationProbability;
+}
+
+template <class T>
+bool TQXCustomGeneticProgramming<T>::IsTarpeianProbabilityStored() const {
+  return FSettings.TarpeianProbability != DEFAULT_TARPEIAN_PROBABILITY;
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::DefineProperties(TFiler& Filer) {
+  using TThis = TQXCustomGeneticProgramming;
+  TBase::DefineProperties(Filer);
+  const TSettings Defaults;
+  const TSettings& S = FSettings;
+  const auto Define = [&](std::string_view Name, const auto& Value, const auto& Default, auto Setter) {
+    Filer.Property(Name, Value, Value != Default, [&](const auto& Read) { (this->*Setter)(Read); });
+  };
+  Define("CrossoverMethod", S.CrossoverMethod, Defaults.CrossoverMethod, &TThis::SetCrossoverMethod);
+  Define("InitializationDepth", S.InitializationDepth, Defaults.InitializationDepth,
+         &TThis::SetInitializationDepth);
+  Define("InitializationMethod", S.InitializationMethod, Defaults.InitializationMethod,
+         &TThis::SetInitializationMethod);
+  Define("BuildSizeLimit", S.BuildSizeLimit, Defaults.BuildSizeLimit, &TThis::SetBuildSizeLimit);
+  Define("PointMutationMethod", S.PointMutationMethod, Defaults.PointMutationMethod,
+         &TThis::SetPointMutationMethod);
+  Define("BloatStrategy", S.BloatStrategy, Defaults.BloatStrategy, &TThis::SetBloatStrategy);
+  Define("BloatLimit", S.BloatLimit, Defaults.BloatLimit, &TThis::SetBloatLimit);
+  const auto DefineWeight = [&](std::string_view Name, TGPMutationMethod Method) {
+    Filer.Property(Name, MutateWeights(Method), MutateWeights(Method) != DefaultMutationWeights[Method],
+                   [this, Method](int Read) { SetMutateWeights(Method, Read); });
+  };
+  DefineWeight("MutateSubtreeWeight", mmSubtree);
+  DefineWeight("MutateReplacementWeight", mmReplacement);
+  DefineWeight("MutateConstantWeight", mmConstant);
+  DefineWeight("MutateShrinkWeight", mmShrink);
+  DefineWeight("MutateHoistWeight", mmHoist);
+  DefineWeight("MutatePointWeight", mmPoint);
+  const auto DefineReal = [&](std::string_view Name, double& Value, bool Stored) {
+    Filer.Property(Name, Value, Stored, [&Value](double Read) { Value = Read; });
+  };
+  DefineReal("SelectionNonTerminalsProbability", FSettings.NonTerminals,
+             IsSelectionNonTerminalsProbabilityStored());
+  DefineReal("ParsimonyCoefficient", FSettings.ParsimonyCoefficient, IsParsimonyCoefficientStored());
+  DefineReal("PointMutationProbability", FSettings.PointMutationProbability,
+             IsPointMutationProbabilityStored());
+  DefineReal("TarpeianProbability", FSettings.TarpeianProbability, IsTarpeianProbabilityStored());
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::Remember(TLoadScope& Load) {
+  TBase::Remember(Load);
+  Load.OnFailure([this, Settings = FSettings, Statistics = FStatistics, Functions = FFunctions,
+                  Terminals = FTerminals, Due = FDiscardDue] {
+    FSettings = Settings;
+    FStatistics = Statistics;
+    FFunctions = Functions;
+    FTerminals = Terminals;
+    FDiscardDue = Due;
+  });
+}
+
+} // namespace qx::generics
