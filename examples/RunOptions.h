@@ -1,7 +1,7 @@
 #pragma once
 
-// What the examples share: their options, --seed N, --load FILE (go on with a saved run) and --save FILE, and
-// a main function that tells what went wrong.
+// What the examples share: their options, --seed N and, where the example has them, --load FILE (go on with a
+// saved run) and --save FILE, and a main function that tells what went wrong.
 
 #include <charconv>
 #include <cstdint>
@@ -39,10 +39,16 @@ struct TRunOptions {
   }
 };
 
-inline int RunExample(int Count, char** Arguments, int (*Run)(const TRunOptions& Options)) {
+enum TExampleFiles { NoFiles, SavesFile, LoadsAndSavesFile };
+
+inline int RunExample(int Count, char** Arguments, int (*Run)(const TRunOptions& Options),
+                      TExampleFiles Files) {
   const auto Options = TRunOptions::Parse(Count, Arguments);
-  if (!Options) {
-    std::fprintf(stderr, "Usage: %s [--seed N] [--load FILE] [--save FILE]\n", Arguments[0]);
+  if (!Options || (!Options->Load.empty() && Files < LoadsAndSavesFile) ||
+      (!Options->Save.empty() && Files < SavesFile)) {
+    std::fprintf(stderr, "Usage: %s [--seed N]%s%s\n", Arguments[0],
+                 Files == LoadsAndSavesFile ? " [--load FILE]" : "",
+                 Files != NoFiles ? " [--save FILE]" : "");
     return EXIT_FAILURE;
   }
   try {

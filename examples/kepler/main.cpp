@@ -1,7 +1,7 @@
 // Finds Kepler's third law in the planets: from the measured semi-major axes and sidereal periods of the
 // eight (J2000 mean elements and periods as published by NASA), a program for the period of any axis.
 //
-// Usage: kepler [--seed N]
+// Usage: kepler [--seed N] [--save FILE], which keeps the program for an executor (see run_program)
 
 #include "../ProgramRun.h"
 #include "../RunOptions.h"
@@ -87,6 +87,12 @@ int Run(const TRunOptions& Options) {
   }
   const double Error = LargestError([&](double Axis) { return PeriodOf(Best, Axis); });
   const bool Found = Error < 1e-3;
+  if (!Options.Save.empty()) {
+    qx::TQXGeneticProgrammingExecutor Executor;
+    Executor.SetInstructions(gp.Instructions());
+    Executor.SetGPProgram(*Best.DNA());
+    Executor.SaveToFile(Options.Save);
+  }
   std::printf("Largest error against a^1.5 at 1000 axes from 0.3 to 40 au: %.4f%%\n", Error * 100);
   std::printf(Found ? "Kepler's third law is found.\n" : "The law was not found.\n");
   return Found ? EXIT_SUCCESS : EXIT_FAILURE;
@@ -94,4 +100,4 @@ int Run(const TRunOptions& Options) {
 
 } // namespace
 
-int main(int Count, char** Arguments) { return RunExample(Count, Arguments, Run); }
+int main(int Count, char** Arguments) { return RunExample(Count, Arguments, Run, SavesFile); }

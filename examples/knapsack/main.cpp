@@ -104,4 +104,4 @@ int Run(const TRunOptions& Options) {
 
 } // namespace
 
-int main(int Count, char** Arguments) { return RunExample(Count, Arguments, Run); }
+int main(int Count, char** Arguments) { return RunExample(Count, Arguments, Run, LoadsAndSavesFile); }

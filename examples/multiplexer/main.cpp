@@ -66,4 +66,4 @@ int Run(const TRunOptions& Options) {
 
 } // namespace
 
-int main(int Count, char** Arguments) { return RunExample(Count, Arguments, Run); }
+int main(int Count, char** Arguments) { return RunExample(Count, Arguments, Run, NoFiles); }

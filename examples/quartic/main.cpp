@@ -61,4 +61,4 @@ int Run(const TRunOptions& Options) {
 
 } // namespace
 
-int main(int Count, char** Arguments) { return RunExample(Count, Arguments, Run); }
+int main(int Count, char** Arguments) { return RunExample(Count, Arguments, Run, NoFiles); }

@@ -158,4 +158,4 @@ int Run(const TRunOptions& Options) {
 
 } // namespace
 
-int main(int Count, char** Arguments) { return RunExample(Count, Arguments, Run); }
+int main(int Count, char** Arguments) { return RunExample(Count, Arguments, Run, NoFiles); }
