@@ -10,7 +10,9 @@
 #include <bit>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -22,10 +24,32 @@ constexpr int Cases = 1 << Bits;
 bool BitOf(int Case, int Bit) { return (Case >> Bit & 1) != 0; }
 bool OutputOf(int Case) { return BitOf(Case, AddressBits + Case % (1 << AddressBits)); }
 
+using TIndividual = qx::generics::TQXGPIndividual<qx::Variant>;
+
+/// Swaps subtrees so that each takes the other's place. The library's crossover appends them to their new
+/// siblings, which moves the other arguments too; for If, whose arguments mean different things, that breaks
+/// more than it mends.
+class TInPlaceIndividual : public TIndividual {
+public:
+  void Crossover(TNode& Node, TQXGPIndividual& Mate, TNode& MateNode) override {
+    TNodePointer Mine = Node.Clone();
+    TNodePointer Theirs = MateNode.Clone();
+    Mate.Replace(MateNode, std::move(Mine));
+    Replace(Node, std::move(Theirs));
+  }
+};
+
+class TMultiplexerProgramming : public qx::TQXGeneticProgrammingVariant {
+protected:
+  std::unique_ptr<qx::TQXPopulation> CreatePopulation(qx::TItemClass<qx::TQXIndividual>) override {
+    return std::make_unique<TPopulation>(this, qx::ItemClassOf<TInPlaceIndividual>());
+  }
+};
+
 int Run(const TRunOptions& Options) {
   qx::SeedRandom(Options.Seed);
 
-  qx::TQXGeneticProgrammingVariant gp;
+  TMultiplexerProgramming gp;
   for (const char* const Name : {"And", "Or", "Not", "If"}) {
     qx::AddStandardInstruction(gp.Instructions(), Name);
   }
@@ -35,7 +59,8 @@ int Run(const TRunOptions& Options) {
     gp.Instructions().Add().SetName(Names.back());
   }
   SetUp(gp, 4000);
-  gp.SetBloatStrategy(qx::bsLexicographicParsimonyPressure);
+  gp.SetBloatStrategy(qx::bsDepthLimit);
+  gp.SetBloatLimit(17);
 
   qx::TQXGPVariantContext Context;
   for (const std::string& Name : Names) {
