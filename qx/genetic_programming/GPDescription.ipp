@@ -70,7 +70,7 @@ void TQXCustomGeneticProgramming<T>::Describe(TStrings& Strings, std::string_vie
 
 template <class T>
 long double TQXCustomGeneticProgramming<T>::SearchSpaceSize(std::uint32_t Level) const {
-  long double Size = static_cast<long double>(FFunctions.size());
+  auto Size = static_cast<long double>(FFunctions.size());
   for (std::uint32_t Reached = 0; Reached < Level; ++Reached) {
     const long double Arguments = Size + static_cast<long double>(FTerminals.size());
     long double Next = 0;
