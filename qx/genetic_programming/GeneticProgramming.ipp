@@ -6,6 +6,7 @@
 #include <qx/genetic_programming/GeneticProgramming.h>
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <numeric>
 #include <stdexcept>
@@ -86,11 +87,11 @@ void TQXCustomGeneticProgramming<T>::InstructionUpdate(TInstruction* /*Instructi
 template <class T>
 void TQXCustomGeneticProgramming<T>::MoveWhere(bool WantsFunction, TInstructionList& From,
                                                TInstructionList& To) {
-  const auto Moved = std::stable_partition(From.begin(), From.end(), [=](const TInstruction* Instruction) {
-    return (Instruction->Arity() > 0) != WantsFunction;
-  });
-  To.insert(To.end(), Moved, From.end());
-  From.erase(Moved, From.end());
+  const auto IsMisplaced = [=](const TInstruction* Instruction) {
+    return (Instruction->Arity() > 0) == WantsFunction;
+  };
+  std::copy_if(From.begin(), From.end(), std::back_inserter(To), IsMisplaced);
+  std::erase_if(From, IsMisplaced);
 }
 
 template <class T>

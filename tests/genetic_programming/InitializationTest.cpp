@@ -359,6 +359,12 @@ TEST(ChangeInUseTest, SoIsOneThatDoesItDuringAGeneration) {
   Component.SetInitialPopulation(4);
   Component.SetMutationProbability(1);
   Component.SetMutationWeights({0, 0, 1, 0, 0, 0});
+  Component.OnInitialization = [](auto& Sender, bool& Filled) { // constants everywhere
+    for (auto& Individual : Sender.Population()) {
+      Individual.AssignDNA(tests::ReadTree<TGAFloat>(Sender, "(Neg c)"));
+    }
+    Filled = true;
+  };
   Component.Initialize();
   Component.OnConstantMutation = [](auto& Sender, auto&) { Sender.Instructions().Delete(0); };
   ExpectRefusedChange([&] { Component.Evolve(20); });
