@@ -300,6 +300,15 @@ void TQXCustomGeneticProgramming<T>::DoEvolve() {
 }
 
 template <class T>
+void TQXCustomGeneticProgramming<T>::DoEvolveOneStep(int Index) {
+  TQXGPPopulation<T>& Population = this->Population();
+  for (int Next = Index + 2; Next < std::min(Index + 4, Population.Count()); ++Next) {
+    Population[Next].FetchNodes(); // those that the next step overwrites
+  }
+  TBase::DoEvolveOneStep(Index);
+}
+
+template <class T>
 void TQXCustomGeneticProgramming<T>::DoStartEvolve() {
   TBase::DoStartEvolve();
   FStatistics = {};

@@ -40,6 +40,9 @@ public:
   /// Makes the list anew and marks the fitness as stale; the collection is not told.
   virtual void FlattenDNA();
 
+  /// Asks the memory for the nodes on the list, ahead of a walk over them.
+  void FetchNodes() const;
+
   TQXGPPopulation<T>* Collection() const;
   void SetCollection(TQXGPPopulation<T>& Value);
 
@@ -98,7 +101,6 @@ protected:
 private:
   class TPlace;
 
-  void FetchNodes() const;
   void AssignProgram(const TQXGPIndividual& Source);
   TNodePointer Exchange(TNode& Node, TNodePointer&& NewNode, void (TPlace::*Store)(TNodePointer&&));
   TNode* SelectWithin(int Limit, bool BySize);

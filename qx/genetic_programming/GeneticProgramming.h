@@ -234,6 +234,7 @@ protected:
   TNodePointer DoInitializeGrow(const TNode* Parent, int Index, int Depth);
 
   void DoEvolve() override;
+  void DoEvolveOneStep(int Index) override;
   void DoStartEvolve() override;
   bool DoReproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1) override;
   bool DoReproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
