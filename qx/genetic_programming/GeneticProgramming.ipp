@@ -62,7 +62,6 @@ private:
 template <class T>
 void TQXCustomGeneticProgramming<T>::RequireNoUse() {
   if (FInUse > 0) {
-    FDiscardDue = true;
     throw std::logic_error("The instructions of " + this->ClassName() +
                            " cannot be changed while its programs are made, changed or evaluated");
   }
@@ -79,6 +78,7 @@ template <class T>
 void TQXCustomGeneticProgramming<T>::InstructionUpdate(TInstruction* /*Instruction*/) {
   MoveWhere(false, FFunctions, FTerminals);
   MoveWhere(true, FTerminals, FFunctions);
+  FDiscardDue = true; // also when it is too early for it
   RequireNoUse();
   DiscardPrograms();
 }
@@ -99,6 +99,7 @@ void TQXCustomGeneticProgramming<T>::InstructionNotify(TInstruction& Instruction
                                                        TCollectionNotification Action) {
   if (Action == cnAdded) {
     (Instruction.Arity() > 0 ? FFunctions : FTerminals).push_back(&Instruction);
+    FDiscardDue = true;
   }
   RequireNoUse(); // then one that was about to go stays
   DiscardPrograms();

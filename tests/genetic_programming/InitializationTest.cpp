@@ -369,6 +369,9 @@ TEST(ChangeInUseTest, SoIsOneThatDoesItDuringAGeneration) {
   Component.OnConstantMutation = [](auto& Sender, auto&) { Sender.Instructions().Delete(0); };
   ExpectRefusedChange([&] { Component.Evolve(20); });
   EXPECT_EQ(Component.Instructions().Count(), 6);
+  Component.OnConstantMutation = nullptr;
+  Component.Evolve(1);
+  EXPECT_EQ(Component.Generation(), 1); // the run goes on
   Component.OnConstantMutation = [](auto& Sender, auto&) { Sender.Instructions().Add(); };
   ExpectRefusedChange([&] { Component.Mutate(Component.Add("c"), mmConstant); });
   EXPECT_EQ(Component.TerminalsCount(), 4); // it has come, and the programs are made anew
