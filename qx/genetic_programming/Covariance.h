@@ -8,8 +8,8 @@ namespace qx::generics {
 /// the lengths differ and for fewer than two pairs.
 double CoVariance(std::span<const double> X, std::span<const double> Y);
 
-/// The correlation coefficient (Pearson) of pairs. 0 where the covariance is laid down to be, and when a
-/// standard deviation is 0.
+/// The correlation coefficient (Pearson) of pairs. 0 when the lengths differ, for fewer than two pairs, and
+/// when a standard deviation is 0.
 double Correlation(std::span<const double> X, std::span<const double> Y);
 
 } // namespace qx::generics

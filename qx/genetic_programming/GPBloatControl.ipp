@@ -252,7 +252,9 @@ TQXCustomGeneticProgramming<T>::CreateSizeFairRoulette(std::span<TNode* const> N
     Sum += Entry / Total;
     Entry = Sum;
   }
-  Roulette.back() = 1; // whatever rounding has made of it
+  if (!Roulette.empty()) {
+    Roulette.back() = 1; // whatever rounding has made of it
+  }
   return Roulette;
 }
 
@@ -260,7 +262,7 @@ template <class T>
 auto TQXCustomGeneticProgramming<T>::SelectSizeFairNode(const TIndividual& Individual,
                                                         std::span<const double> Roulette) const -> TNode& {
   const auto Selected = std::upper_bound(Roulette.begin(), Roulette.end(), Random());
-  return *Individual.FlattenedDNA()[static_cast<std::size_t>(Selected - Roulette.begin())];
+  return *Individual.FlattenedDNA().at(static_cast<std::size_t>(Selected - Roulette.begin()));
 }
 
 // --- Selection ---------------------------------------------------------------------------------------------

@@ -254,7 +254,7 @@ protected:
   std::vector<double> CreateSizeFairRoulette(std::span<TNode* const> Nodes, int Measure, int SmallerCount,
                                              int EqualCount, int LargerCount, double SmallerMean,
                                              double LargerMean) const;
-  /// The node whose entry is the first above a real draw.
+  /// The node whose entry is the first above a real draw. Raises std::out_of_range when there is none.
   TNode& SelectSizeFairNode(const TIndividual& Individual, std::span<const double> Roulette) const;
 
   /// Asks `OnMutation`, draws a method by the weights and mutates.

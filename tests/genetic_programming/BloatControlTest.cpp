@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <stdexcept>
 #include <string>
 #include <support/SmallGeneticProgram.h>
 #include <vector>
@@ -353,6 +354,14 @@ TEST(FairCrossoverTest, TheEntryAboveTheDrawIsSelected) {
     Names += Component.SelectSizeFairNode(Individual, Roulette).Instruction()->Name() + ' ';
   }
   EXPECT_EQ(Names, "Add x x y y ");
+}
+
+TEST(FairCrossoverTest, ARouletteOfNoNodesSelectsNone) {
+  TProgramming Component;
+  const auto Roulette = Component.CreateSizeFairRoulette({}, 2, 1, 0, 1, 1, 3);
+  EXPECT_TRUE(Roulette.empty());
+  TScriptedRandom Draws({R(0.5)});
+  EXPECT_THROW(Component.SelectSizeFairNode(Component.Population().Add(), Roulette), std::out_of_range);
 }
 
 TEST(FairCrossoverTest, WithoutSmallerAndLargerOnesAnEqualOneIsDrawn) {
