@@ -97,7 +97,20 @@ void TQXCustomGeneticComponent::SetPreviousGeneration(const TQXPopulation& Value
   FPreviousGeneration->Assign(Value);
 }
 
+// Lasts while a generation, or the first one, is being made.
+class TQXCustomGeneticComponent::TRunning {
+public:
+  explicit TRunning(int& Count) : FCount(Count) { ++FCount; }
+  TRunning(const TRunning&) = delete;
+  TRunning& operator=(const TRunning&) = delete;
+  ~TRunning() { --FCount; }
+
+private:
+  int& FCount;
+};
+
 void TQXCustomGeneticComponent::Initialize() {
+  const TRunning Running(FRunning);
   FSettings.Initialized = false;
   while (Population().Count() < FSettings.InitialPopulation) {
     Population().Add();
@@ -215,6 +228,7 @@ void TQXCustomGeneticComponent::PopulationNotify(TQXIndividual& Item, TCollectio
 void TQXCustomGeneticComponent::PopulationUpdate(TQXIndividual* /*Item*/) {}
 
 void TQXCustomGeneticComponent::DoEvolve() {
+  const TRunning Running(FRunning);
   if (!FSettings.Initialized) {
     Initialize();
   }

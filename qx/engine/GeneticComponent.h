@@ -224,6 +224,25 @@ public:
   virtual void SaveToFile(const std::string& FileName);
   virtual void LoadFromFile(const std::string& FileName);
 
+  // --- Checkpoints --------------------------------------------------------------------------------------
+  // See also `TCheckpoints`, which writes them while a run goes on.
+
+  /// Writes all that the run goes on from: settings, domain, both generations with their fitnesses,
+  /// statistics, what selection has prepared, and the state of the process-wide random generator. Handlers,
+  /// and a source that stands in for the generator, are the host's. Raises std::logic_error between the
+  /// beginning and the end of `Initialize` or a generation; what a stream or file raises.
+  void SaveCheckpoint(std::ostream& Stream);
+  /// The file is replaced as a whole, or not at all; see `ReplaceFile`.
+  void SaveCheckpoint(const std::string& FileName);
+  /// Takes up a run where a checkpoint was written, in this process or another: it goes on exactly as if it
+  /// had not stopped, provided that the component is of the same class and the handlers do the same. What the
+  /// host has declared by the same names (genes, instructions with their handlers) remains the same objects.
+  /// No handler is called. Raises EPropertyError for what is no such checkpoint, std::system_error for a file
+  /// that cannot be read, std::logic_error as `SaveCheckpoint`; everything is as it was then, the random
+  /// generator included.
+  void LoadCheckpoint(std::istream& Stream);
+  void LoadCheckpoint(const std::string& FileName);
+
   // Whether a component stream (see `WriteComponent`) holds the setting: when it is not the default.
   bool IsFitnessCutoffStored() const { return FitnessCutoff() != DEFAULT_FITNESS_CUTOFF; }
   bool IsDiversityLimitStored() const { return DiversityLimit() != DEFAULT_DIVERSITY_LIMIT; }
@@ -355,6 +374,14 @@ protected:
                              std::string_view Value);
 
   void DefineProperties(TFiler& Filer) override;
+  /// The population as a block of a component stream; for the `DefineProperties` of a descendant whose
+  /// individuals define their genomes. A checkpoint has both generations anyway.
+  void DefinePopulation(TFiler& Filer);
+  /// Adds both generations and what a run has computed. An override calls the inherited one first and adds
+  /// its own fields.
+  void DefineState(TFiler& Filer) override;
+  /// Raises std::length_error when a load cannot make so many individuals.
+  virtual void RequireRoomFor(int /*Individuals*/) const {}
   void Loading(const std::function<void()>& Load) override;
   /// The settings that the documents of the concrete components keep under "Reproduction".
   void SaveReproduction(const TXMLReproductionType& Reproduction) const;
@@ -393,6 +420,8 @@ private:
 
   bool Maximizing() const { return (FSettings.FitnessMethod & 1) != 0; }
   bool UsesWeightedFitness() const { return FSettings.FitnessMethod >= fmWeightedMinimize; }
+  class TRunning;
+
   bool AllFitnessesEqual() const;
   void FitnessHandlerChanged(bool WasAssigned);
   void SelectionHandlerChanged(bool WasAssigned);
@@ -408,6 +437,12 @@ private:
   template <class T>
   void Apply(std::string_view Name, const T& Wanted, const T& Stored, void (TSelf::*Setter)(T));
   void AssignSettings(const TQXCustomGeneticComponent& Source);
+  void RequireRest() const;
+  void DefineGenerations(TFiler& Filer);
+  void HavePreviousGeneration(bool Has);
+  void DefineSelectionState(TFiler& Filer);
+  int PlaceOf(const TQXIndividual* Individual) const;
+  TQXIndividual& AtPlace(int Place) const;
   TQXIndividual* Counterpart(const TQXCustomGeneticComponent& Source);
   bool ApplyOperators(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
                       TQXIndividual* Child2);
@@ -428,6 +463,7 @@ private:
   bool FStatisticsDue = false;
   // Children are being made: the statistics and the preparation of selection are those of the parents.
   bool FReproducing = false;
+  int FRunning = 0; // generations and initializations under way
   bool FRestoring = false;
   TLoadScope* FLoad = nullptr; // the load that is under way
   std::vector<std::string> FLoadWarnings;

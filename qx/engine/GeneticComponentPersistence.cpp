@@ -175,7 +175,14 @@ void TQXCustomGeneticComponent::DefineProperties(TFiler& Filer) {
   Define("Operations", S.Operations, Defaults.Operations, &TSelf::SetOperations);
   Define("FitnessMethod", S.FitnessMethod, Defaults.FitnessMethod, &TSelf::SetFitnessMethod);
   Define("Generation", S.Generation, Defaults.Generation, &TSelf::SetGeneration);
-  Define("GenerationLimit", S.GenerationLimit, Defaults.GenerationLimit, &TSelf::SetGenerationLimit);
+  Filer.Property("GenerationLimit", S.GenerationLimit, S.GenerationLimit != Defaults.GenerationLimit,
+                 [&](int Read) {
+                   if (Filer.Exact() && Read == 0) { // never set, and what no setter writes
+                     FSettings.GenerationLimit = 0;
+                   } else {
+                     Apply("GenerationLimit", Read, S.GenerationLimit, &TSelf::SetGenerationLimit);
+                   }
+                 });
   Define("UseFitnessCutoff", S.UseFitnessCutoff, Defaults.UseFitnessCutoff, &TSelf::SetUseFitnessCutoff);
   Define("UseDiversityLimit", S.UseDiversityLimit, Defaults.UseDiversityLimit, &TSelf::SetUseDiversityLimit);
   Define("UseGenerationLimit", S.UseGenerationLimit, Defaults.UseGenerationLimit,

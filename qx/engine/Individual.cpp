@@ -88,6 +88,12 @@ void TQXIndividual::DefineProperties(TFiler& Filer) {
   Filer.Property("Name", FName, !FName.empty(), [this](const std::string& Value) { SetName(Value); });
 }
 
+void TQXIndividual::DefineState(TFiler& Filer) {
+  TCollectionItem::DefineState(Filer);
+  Filer.Field("Fitness", FFitness);
+  Filer.Field("NeedFitness", FNeedFitness);
+}
+
 std::string TQXIndividual::GetDisplayName() const {
   return FName.empty() ? TCollectionItem::GetDisplayName() : FName;
 }

@@ -65,6 +65,8 @@ public:
 
 protected:
   void DefineProperties(TFiler& Filer) override;
+  /// Adds the fitness, and whether it is stale.
+  void DefineState(TFiler& Filer) override;
   /// What `Assign` does with an individual of whatever class.
   void AssignIndividual(const TQXIndividual& Source);
   /// The name, or the class name when it is empty.

@@ -2,8 +2,11 @@
 
 #include <qx/foundation/EnumPropertyText.h>
 #include <qx/platform/Collection.h>
+#include <qx/platform/XML.h>
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -35,6 +38,10 @@ public:
   TSetAsideItems& SetAside(TOwnedCollection& Items);
   /// Lets the fitnesses of a generation's members, stale or not, come back.
   void RememberFitnesses(TQXPopulation& Population);
+  /// Bytes that the genomes of a load may have in all: as many as a document may have, unless what is read
+  /// is longer itself.
+  std::uint64_t Room() const { return FOutermost->FRoom; }
+  void AllowRoom(std::uint64_t Bytes) { FOutermost->FRoom = std::max(FOutermost->FRoom, Bytes); }
   /// Adds to the component's `LoadWarnings`.
   void Warn(std::string Warning) { FOutermost->FWarnings.push_back(std::move(Warning)); }
   /// Warns when a setting has become another value than that which was read.
@@ -66,6 +73,7 @@ private:
   TQXCustomGeneticComponent* FComponent;
   TLoadScope* FOutermost;
   bool FDone = false;
+  std::uint64_t FRoom = DefaultXMLLimits.Bytes;
   // What the outermost scope held when this one began.
   std::size_t FUndoMark;
   std::size_t FWarningMark;

@@ -4,7 +4,6 @@
 
 #include <qx/foundation/QXGAConsts.h>
 #include <qx/platform/PropertyText.h>
-#include <qx/platform/Text.h>
 
 #include <stdexcept>
 #include <string>
@@ -41,15 +40,9 @@ struct TPropertyText<TEnumSet<TEnum>> {
     return Text + ']';
   }
   static TEnumSet<TEnum> Parse(std::string_view Text) {
-    if (Text.size() < 2 || Text.front() != '[' || Text.back() != ']') {
-      throw std::invalid_argument("it is no set in brackets");
-    }
-    Text = Trimmed(Text.substr(1, Text.size() - 2));
     TEnumSet<TEnum> Value;
-    while (!Text.empty()) {
-      const std::string_view Name = Text.substr(0, Text.find(' '));
+    for (const std::string_view Name : WordsInBrackets(Text)) {
       Value.Include(TPropertyText<TEnum>::Parse(Name));
-      Text = Trimmed(Text.substr(Name.size()));
     }
     return Value;
   }

@@ -14,7 +14,7 @@ namespace qx {
 
 class TQXGAGenes;
 namespace detail {
-class TGenesReload;
+struct TGeneContent;
 } // namespace detail
 class TQXGAIndividual;
 
@@ -124,6 +124,8 @@ public:
 
 protected:
   void DefineProperties(TFiler& Filer) override;
+  /// Adds the offset, which the first gene may have kept from genes that are gone.
+  void DefineState(TFiler& Filer) override;
   std::string GetDisplayName() const override;
   /// Called when `Size` has a new value.
   virtual void SizeChange();
@@ -132,7 +134,7 @@ protected:
 
 private:
   friend class TQXGAGenes;
-  friend class detail::TGenesReload;
+  friend struct detail::TGeneContent;
 
   void StoreSize(int Value);
   // Copies all fields as they are and tells nobody.

@@ -45,7 +45,6 @@ protected:
 
 private:
   friend class TQXGAGene;
-  friend class detail::TGenesReload;
 
   void UpdateOffsets(int Start);
   // What stands at `Index` and behind it is not known to follow the gene before.

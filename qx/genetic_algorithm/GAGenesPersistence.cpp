@@ -79,50 +79,6 @@ std::int64_t LargestSize(const TXMLGenoType& GenoType) {
 
 } // namespace
 
-namespace detail {
-
-TGenesReload::TGenesReload(TQXGAGenes& Genes, TLoadScope& Load)
-    : FGenes(Genes), FFormer(SetAside(Genes, Load)) {
-  for (int I = 0; I < FFormer.Count(); ++I) {
-    if (const auto* Gene = dynamic_cast<TQXGAGene*>(FFormer.Items(I))) {
-      FPlaces[Gene->Name()].push_back(I);
-    }
-  }
-}
-
-TSetAsideItems& TGenesReload::SetAside(TQXGAGenes& Genes, TLoadScope& Load) {
-  const auto Contents = std::make_shared<std::map<const TQXGAGene*, TQXGAGene>>();
-  for (const TQXGAGene& Gene : Genes) {
-    (*Contents)[&Gene].Store(Gene);
-  }
-  Load.OnFailure([&Genes, Contents] { // when the genes are in their places again
-    for (TQXGAGene& Gene : Genes) {
-      if (const auto Former = Contents->find(&Gene); Former != Contents->end()) {
-        Gene.Store(Former->second);
-      }
-    }
-  });
-  return Load.SetAside(Genes);
-}
-
-TQXGAGene& TGenesReload::Add(std::string_view Name) {
-  const auto Places = FPlaces.find(Name);
-  if (Places == FPlaces.end() || Places->second.empty()) {
-    return FGenes.Add();
-  }
-  const int Place = Places->second.front();
-  Places->second.pop_front();
-  auto& Gene = static_cast<TQXGAGene&>(*FFormer.Items(Place));
-  Gene.Store(TQXGAGene());
-  if (!FGenes.Accepts(Gene)) { // then it stays aside
-    return FGenes.Add();
-  }
-  FGenes.TOwnedCollection::Insert(FGenes.Count(), FFormer.Take(Place));
-  return Gene;
-}
-
-} // namespace detail
-
 void TQXGAGenes::SaveToXML(const TXMLGenoType& GenoType) {
   GenoType.Clear();
   for (TQXGAGene& Gene : *this) {
@@ -207,6 +163,11 @@ void TQXGAGene::DefineProperties(TFiler& Filer) {
     FMinValue = Value;
     FMaxValue = Max.value_or(FMaxValue);
   });
+}
+
+void TQXGAGene::DefineState(TFiler& Filer) {
+  TCollectionItem::DefineState(Filer);
+  Filer.Field("Offset", FOffset);
 }
 
 void TQXGAGene::Store(const TQXGAGene& Source) {

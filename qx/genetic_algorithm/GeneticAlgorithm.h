@@ -101,6 +101,7 @@ protected:
   bool DoInvert(TQXIndividual& Item) override;
 
   void DefineProperties(TFiler& Filer) override;
+  void RequireRoomFor(int Individuals) const override;
   void Remember(TLoadScope& Load) override;
 
 private:

@@ -55,7 +55,10 @@ void TQXGAIndividual::SaveToXML(const TXMLChromosome& Chromosome) {
 void TQXGAIndividual::DefineProperties(TFiler& Filer) {
   TQXIndividual::DefineProperties(Filer);
   const std::string Text = Filer.Writes() ? Bits().ToBitString() : std::string();
-  Filer.Property("Bits", Text, !Text.empty(), [this](const std::string& Value) {
+  Filer.Property("Bits", Text, !Text.empty(), [&](const std::string& Value) {
+    if (Filer.Exact()) {
+      Bits().SetSize(static_cast<int>(Value.size()));
+    }
     Bits().SetAsBitString(0, Bits().Size(), Value);
     Modified();
   });
@@ -142,7 +145,8 @@ void TQXCustomGeneticAlgorithm::LoadFromXML(const TXMLGADomainType& Domain) {
 }
 
 void TQXCustomGeneticAlgorithm::RequireRoom(int Chromosomes, std::int64_t Bits) const {
-  const auto Most = static_cast<std::uint64_t>(DefaultXMLLimits.Bytes);
+  const TLoadScope* const Load = CurrentLoad();
+  const std::uint64_t Most = Load != nullptr ? Load->Room() : DefaultXMLLimits.Bytes;
   const std::uint64_t Each = static_cast<std::uint64_t>(std::max<std::int64_t>(Bits, 0));
   if (Each > Most / static_cast<std::uint64_t>(std::max(Chromosomes, 1))) { // of none, what one would have
     throw std::length_error("GeneSize " + std::to_string(Bits) + " for " + std::to_string(Chromosomes) +
@@ -206,20 +210,9 @@ void TQXCustomGeneticAlgorithm::DefineProperties(TFiler& Filer) {
       [&](std::string_view Name) -> TCollectionItem& { return Reload->Add(Name); });
   Filer.Property("GeneSize", FGeneSize, FGeneSize != 0 || Genes().Size() != 0,
                  [this](int Value) { SetGeneSize(Value); });
-  bool Loaded = false;
-  Filer.Items(
-      "Population", Population(),
-      [&](int Count) {
-        RequireRoom(Count, FGeneSize);
-        CurrentLoad()->SetAside(Population());
-        InitializeEmpty();
-        Loaded = true;
-      },
-      [&](std::string_view /*Name*/) -> TCollectionItem& { return Population().Add(); });
-  if (Loaded && PreviousGeneration() != nullptr) { // generations of one size
-    CurrentLoad()->SetAside(*PreviousGeneration());
-    SetPreviousGeneration(Population());
-  }
+  DefinePopulation(Filer);
 }
+
+void TQXCustomGeneticAlgorithm::RequireRoomFor(int Individuals) const { RequireRoom(Individuals, FGeneSize); }
 
 } // namespace qx

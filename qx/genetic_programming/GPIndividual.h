@@ -90,6 +90,10 @@ public:
   virtual void SaveToXML(const TXMLIndividualType& Element);
 
 protected:
+  /// Adds the program, when the values of its nodes have a text (see `TPropertyText`).
+  void DefineProperties(TFiler& Filer) override;
+  /// Adds whether there is a list of nodes. Raises std::logic_error when values have no text.
+  void DefineState(TFiler& Filer) override;
   /// Makes the tree of a new individual: a root without instruction, of the engine's node class.
   virtual TNodePointer CreateDNA();
   /// One real draw, which is not used; then, until a node is chosen: one integer draw picks a node, one real

@@ -4,13 +4,34 @@
 
 #include <qx/genetic_programming/GPIndividual.h>
 #include <qx/genetic_programming/GPPopulation.h>
+#include <qx/platform/Filer.h>
 #include <qx/platform/Random.h>
 
 #include <algorithm>
 #include <iterator>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
+
+namespace qx::generics {
+
+/// A program in the form of `StateText`, which is not put into quotes; empty for none.
+struct TProgramText {
+  std::string Text;
+};
+
+} // namespace qx::generics
+
+namespace qx {
+
+template <>
+struct TPropertyText<generics::TProgramText> {
+  static std::string Make(const generics::TProgramText& Value) { return Value.Text; }
+  static generics::TProgramText Parse(std::string_view Text) { return {std::string(Text)}; }
+};
+
+} // namespace qx
 
 namespace qx::generics {
 
@@ -388,6 +409,35 @@ void TQXGPIndividual<T>::SaveToXML(const TXMLIndividualType& Element) {
   if (const TNode* const Root = DNA()) {
     Root->SaveToXML(Element.DNA());
   }
+}
+
+template <class T>
+void TQXGPIndividual<T>::DefineProperties(TFiler& Filer) {
+  TQXIndividual::DefineProperties(Filer);
+  if constexpr (HasPropertyText<T>) {
+    const TNode* const Root = Filer.Writes() ? DNA() : nullptr;
+    const TProgramText Text{Root != nullptr ? Root->StateText() : ""};
+    Filer.Property("Program", Text, Root != nullptr, [this](const TProgramText& Read) {
+      IQXGeneticProgramEngine<T>* const Owner = Engine();
+      if (Owner == nullptr) {
+        throw std::invalid_argument("a program is read by an individual of an engine");
+      }
+      AssignDNA(Read.Text.empty() ? nullptr : TNode::FromStateText(Read.Text, *Owner));
+    });
+  }
+}
+
+template <class T>
+void TQXGPIndividual<T>::DefineState(TFiler& Filer) {
+  if constexpr (!HasPropertyText<T>) {
+    throw std::logic_error("The program of " + DisplayName() + " has values whose type has no text");
+  }
+  TQXIndividual::DefineState(Filer);
+  Filer.Property("Listed", !FFlattenedDNA.empty(), true, [this](bool Read) {
+    if (!Read) {
+      FFlattenedDNA.clear();
+    }
+  });
 }
 
 } // namespace qx::generics

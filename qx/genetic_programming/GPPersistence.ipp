@@ -3,12 +3,19 @@
 // Definitions of GeneticProgramming.h: documents, files and streams.
 
 #include <qx/engine/LoadScope.h>
+#include <qx/engine/NamedItemsReload.h>
 #include <qx/foundation/EnumPropertyText.h>
 #include <qx/genetic_programming/GeneticProgramming.h>
 #include <qx/platform/Filer.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <optional>
+#include <stdexcept>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace qx::generics {
 
@@ -175,6 +182,71 @@ void TQXCustomGeneticProgramming<T>::DefineProperties(TFiler& Filer) {
   DefineReal("PointMutationProbability", FSettings.PointMutationProbability,
              IsPointMutationProbabilityStored());
   DefineReal("TarpeianProbability", FSettings.TarpeianProbability, IsTarpeianProbabilityStored());
+  DefineInstructions(Filer);
+  this->DefinePopulation(Filer);
+}
+
+// The individuals go first: they refer to the instructions.
+template <class T>
+void TQXCustomGeneticProgramming<T>::DefineInstructions(TFiler& Filer) {
+  struct TContent {
+    static void Store(TInstruction& Target, const TInstruction& Source) { Target.Assign(Source); }
+  };
+  TQXGPInstructions<T>& Set = this->Instructions();
+  std::optional<TNamedItemsReload<TQXGPInstructions<T>, TInstruction, TContent>> Reload;
+  Filer.Items(
+      "Instructions", Set,
+      [&](int /*Count*/) {
+        RequireNoUse();
+        TLoadScope& Load = *this->CurrentLoad();
+        Load.SetAside(this->Population());
+        if (this->PreviousGeneration() != nullptr) {
+          Load.SetAside(*this->PreviousGeneration());
+        }
+        Reload.emplace(Set, Load);
+      },
+      [&](std::string_view Name) -> TCollectionItem& {
+        if (!Name.empty() && Set.FindItemName(Name) != nullptr) {
+          throw std::invalid_argument(std::string(SInstructionNotUnique));
+        }
+        return Reload->Add(Name);
+      });
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::DefineState(TFiler& Filer) {
+  TBase::DefineState(Filer);
+  Filer.Field("MutationWeightSum", FSettings.MutationWeightSum);
+  DefineOrder(Filer, "Functions", FFunctions);
+  DefineOrder(Filer, "Terminals", FTerminals);
+  TProgramStatistics& S = FStatistics;
+  Filer.Field("MinProgramSize", S.MinSize);
+  Filer.Field("MaxProgramSize", S.MaxSize);
+  Filer.Field("AvgProgramSize", S.AvgSize);
+  Filer.Field("MinProgramDepth", S.MinDepth);
+  Filer.Field("MaxProgramDepth", S.MaxDepth);
+  Filer.Field("AvgProgramDepth", S.AvgDepth);
+  Filer.Field("DiscardDue", FDiscardDue);
+}
+
+// The order in which instructions came to a list is what draws choose by.
+template <class T>
+void TQXCustomGeneticProgramming<T>::DefineOrder(TFiler& Filer, std::string_view Name,
+                                                 TInstructionList& List) {
+  std::vector<int> Places(List.size());
+  std::transform(List.begin(), List.end(), Places.begin(),
+                 [](const TInstruction* Instruction) { return Instruction->Index(); });
+  Filer.Property(Name, Places, true, [&](std::vector<int> Read) {
+    TInstructionList Ordered;
+    for (const int Place : Read) {
+      Ordered.push_back(&this->Instructions()[Place]);
+    }
+    if (!std::is_permutation(List.begin(), List.end(), Ordered.begin(), Ordered.end())) {
+      throw std::invalid_argument("these are not the places of the instructions that are " +
+                                  std::string(Name));
+    }
+    List = std::move(Ordered);
+  });
 }
 
 template <class T>

@@ -288,6 +288,7 @@ protected:
   void DoCalculateWeightedFitnessStatistics() override;
 
   void DefineProperties(TFiler& Filer) override;
+  void DefineState(TFiler& Filer) override;
   void Remember(TLoadScope& Load) override;
 
 private:
@@ -322,9 +323,11 @@ private:
 
   void RequireNoUse();
   void DiscardPrograms();
+  void DefineInstructions(TFiler& Filer);
   static TInstruction& ItemAt(const TInstructionList& List, int Index, const char* What);
   static void MoveWhere(bool WantsFunction, TInstructionList& From, TInstructionList& To);
   void AssignWith(const TPersistent& Source, void (TQXGPInstructions<T>::*CopySet)(const TPersistent&));
+  void DefineOrder(TFiler& Filer, std::string_view Name, TInstructionList& List);
   void RequireSameNodes(TQXCustomGeneticProgramming& Source);
 
   TNodePointer MakeNodeFor(TInstruction* Instruction);

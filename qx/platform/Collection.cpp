@@ -207,6 +207,14 @@ void TSetAsideItems::TakeOut() {
   Update.End();
 }
 
+TCollectionItem* TSetAsideItems::BringBack(int Index) {
+  std::unique_ptr<TCollectionItem>& Item = FItems[static_cast<std::size_t>(Index)];
+  if (!FCollection.Accepts(*Item)) {
+    return nullptr;
+  }
+  return &FCollection.Insert(FCollection.Count(), std::move(Item));
+}
+
 void TSetAsideItems::Restore() {
   const auto Quietly = [](auto Call) {
     try {

@@ -151,10 +151,9 @@ public:
   int Count() const { return static_cast<int>(FItems.size()); }
   /// The item, or nullptr when it is not here.
   TCollectionItem* Items(int Index) { return FItems[static_cast<std::size_t>(Index)].get(); }
-  /// Hands an item over, to come back to the collection; `Restore` looks for it there.
-  std::unique_ptr<TCollectionItem> Take(int Index) {
-    return std::move(FItems[static_cast<std::size_t>(Index)]);
-  }
+  /// Appends the item to the collection, where `Restore` looks for it, and returns it; leaves it here, and
+  /// returns nullptr, when the collection does not take it as it is now.
+  TCollectionItem* BringBack(int Index);
 
   /// Puts the items back as they were, IDs included, in place of those that the collection holds now; an item
   /// that is not here is found among these. What notifications raise is passed over.

@@ -53,6 +53,7 @@ protected:
 
 private:
   friend void ReadComponent(std::istream& Stream, TComponent& Component);
+  friend void ReadState(std::istream& Stream, TComponent& Component);
 
   void RequireAdoptable(const TComponent* Component) const;
   void TakeOver(std::unique_ptr<TComponent> Component);

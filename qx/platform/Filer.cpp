@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <istream>
+#include <limits>
 #include <ostream>
 #include <utility>
 #include <vector>
@@ -14,8 +15,14 @@ namespace qx {
 
 namespace {
 
+constexpr std::string_view StateHeading = "QXCheckpoint 1";
+
 class TWriter final : public TFiler {
 public:
+  explicit TWriter(bool Exact) : FExact(Exact) {}
+
+  void Line(std::string_view Text) { FText.append(2 * FDepth, ' ').append(Text) += '\n'; }
+
   void WriteBlock(TPersistent& Object) {
     Line(Object.ClassName() + " {");
     ++FDepth;
@@ -27,10 +34,11 @@ public:
   const std::string& Text() const { return FText; }
 
   bool Writes() const override { return true; }
+  bool Exact() const override { return FExact; }
 
   void Items(std::string_view Name, TOwnedCollection& Items, const TStart& /*Start*/,
              const TAdd& /*Add*/) override {
-    if (Items.Count() == 0) {
+    if (Items.Count() == 0 && !FExact) {
       return;
     }
     Line(std::string(Name) + " {");
@@ -49,8 +57,7 @@ private:
 
   void Read(std::string_view /*Name*/, const TTake& /*Take*/) override {}
 
-  void Line(const std::string& Text) { FText += std::string(2 * FDepth, ' ') + Text + '\n'; }
-
+  bool FExact;
   std::string FText;
   std::size_t FDepth = 0;
 };
@@ -73,7 +80,7 @@ struct TBlock {
 
 class TParser {
 public:
-  explicit TParser(std::istream& Stream) : FStream(Stream) {
+  TParser(std::istream& Stream, std::size_t MostBytes) : FStream(Stream), FMostBytes(MostBytes) {
     if (!Stream) {
       throw std::ios_base::failure("The component could not be read from the stream");
     }
@@ -87,6 +94,14 @@ public:
     return ParseBlock(BlockName(Line), 1);
   }
 
+  void ParseHeading() {
+    if (NextLine() != StateHeading) {
+      Refuse("a checkpoint that can be read begins with " + std::string(StateHeading));
+    }
+  }
+
+  std::size_t Length() const { return FBytes; }
+
 private:
   [[noreturn]] void Refuse(const std::string& Message) const { throw EPropertyError(Message, FLine); }
 
@@ -99,8 +114,8 @@ private:
       const bool AtEnd = TTraits::eq_int_type(Byte, TTraits::eof());
       if (!AtEnd && TTraits::to_char_type(Byte) != '\n') {
         FBuffer += TTraits::to_char_type(Byte);
-        if (++FBytes > DefaultXMLLimits.Bytes) {
-          Refuse("the component is longer than " + std::to_string(DefaultXMLLimits.Bytes) + " bytes");
+        if (++FBytes > FMostBytes) {
+          Refuse("the component is longer than " + std::to_string(FMostBytes) + " bytes");
         }
         continue;
       }
@@ -143,6 +158,7 @@ private:
   }
 
   std::istream& FStream;
+  std::size_t FMostBytes;
   std::string FBuffer;
   std::size_t FBytes = 0;
   int FLine = 0;
@@ -150,10 +166,13 @@ private:
 
 class TReader final : public TFiler {
 public:
-  // Unless it shall apply them, the reader only finds out whether all properties are known and read.
-  explicit TReader(bool Apply) : FApply(Apply) {}
+  // Unless it shall apply them, the reader only finds out whether all properties are known and read. The
+  // length is that of an exact stream, or 0.
+  TReader(bool Apply, std::size_t ExactLength) : FApply(Apply), FExactLength(ExactLength) {}
 
   bool Writes() const override { return false; }
+  bool Exact() const override { return FExactLength > 0; }
+  std::size_t Length() const override { return FExactLength; }
 
   void ReadBlock(TBlock& Block, TPersistent& Object) {
     TBlock* const Outer = std::exchange(FBlock, &Block);
@@ -179,6 +198,7 @@ public:
     const auto Found = std::find_if(FBlock->Blocks.begin(), FBlock->Blocks.end(),
                                     [&](const TBlock& Block) { return Block.Name == Name; });
     if (Found == FBlock->Blocks.end()) {
+      AllowMissing(Name);
       return;
     }
     Found->Taken = true;
@@ -205,10 +225,17 @@ private:
     const auto Found = std::find_if(FBlock->Properties.begin(), FBlock->Properties.end(),
                                     [&](const TBlock::TEntry& Entry) { return Entry.Name == Name; });
     if (Found == FBlock->Properties.end()) {
+      AllowMissing(Name);
       return;
     }
     Found->Taken = true;
     Guarded(*Found, [&] { Take(Found->Text, FApply); });
+  }
+
+  void AllowMissing(std::string_view Name) const {
+    if (Exact()) {
+      throw EPropertyError("the " + FBlock->Name + " lacks \"" + std::string(Name) + '"', FBlock->Line);
+    }
   }
 
   // Tells where the value stands that was refused.
@@ -239,29 +266,59 @@ private:
   }
 
   bool FApply;
+  std::size_t FExactLength;
   TBlock* FBlock = nullptr;
 };
+
+void WriteText(std::ostream& Stream, std::string_view Text) {
+  Stream.write(Text.data(), static_cast<std::streamsize>(Text.size()));
+  if (!Stream.flush()) {
+    throw std::ios_base::failure("The component could not be written to the stream");
+  }
+}
 
 } // namespace
 
 EPropertyError::EPropertyError(const std::string& Message, int Line)
     : std::runtime_error("Line " + std::to_string(Line) + ": " + Message), FLine(Line) {}
 
-void TFiler::Define(TPersistent& Object, TFiler& Filer) { Object.DefineProperties(Filer); }
-
-void WriteComponent(std::ostream& Stream, TComponent& Component) {
-  TWriter Writer;
-  Writer.WriteBlock(Component);
-  Stream.write(Writer.Text().data(), static_cast<std::streamsize>(Writer.Text().size()));
-  if (!Stream.flush()) {
-    throw std::ios_base::failure("The component could not be written to the stream");
+void TFiler::Define(TPersistent& Object, TFiler& Filer) {
+  if (Filer.Exact()) {
+    Object.DefineState(Filer);
+  } else {
+    Object.DefineProperties(Filer);
   }
 }
 
+void WriteComponent(std::ostream& Stream, TComponent& Component) {
+  TWriter Writer(false);
+  Writer.WriteBlock(Component);
+  WriteText(Stream, Writer.Text());
+}
+
 void ReadComponent(std::istream& Stream, TComponent& Component) {
-  TBlock Block = TParser(Stream).ParseComponent();
-  TReader(false).ReadBlock(Block, Component);
-  Component.Loading([&] { TReader(true).ReadBlock(Block, Component); });
+  TBlock Block = TParser(Stream, DefaultXMLLimits.Bytes).ParseComponent();
+  TReader(false, 0).ReadBlock(Block, Component);
+  Component.Loading([&] { TReader(true, 0).ReadBlock(Block, Component); });
+}
+
+void WriteState(std::ostream& Stream, TComponent& Component) {
+  TWriter Writer(true);
+  Writer.Line(StateHeading);
+  Writer.WriteBlock(Component);
+  WriteText(Stream, Writer.Text());
+}
+
+void ReadState(std::istream& Stream, TComponent& Component) {
+  TParser Parser(Stream, std::numeric_limits<std::size_t>::max());
+  Parser.ParseHeading();
+  TBlock Block = Parser.ParseComponent();
+  if (Block.Name != Component.ClassName()) {
+    throw EPropertyError("the checkpoint of a " + Block.Name + ", not of a " + Component.ClassName(),
+                         Block.Line);
+  }
+  TReader(false, Parser.Length()).ReadBlock(Block, Component);
+  Component.Loading([&] { TReader(true, Parser.Length()).ReadBlock(Block, Component); });
 }
 
 } // namespace qx

@@ -1,6 +1,6 @@
 #pragma once
 
-// Component streams: the stored properties of a component as text, and back.
+// Component streams: the stored properties of a component as text, and back; or its whole state.
 //
 //     TQXGeneticAlgorithm {
 //       Name = "packer"
@@ -15,6 +15,7 @@
 
 #include <qx/platform/PropertyText.h>
 
+#include <cstddef>
 #include <functional>
 #include <iosfwd>
 #include <memory>
@@ -47,13 +48,18 @@ public:
 
   /// Whether properties go out rather than come in: a value that is dear to make is needed only then.
   virtual bool Writes() const = 0;
+  /// Whether the stream holds a whole state rather than what differs from the defaults: then every property
+  /// is stored, and one that is missing is an error.
+  virtual bool Exact() const = 0;
+  /// Bytes of the stream that is read; 0 while writing.
+  virtual std::size_t Length() const { return 0; }
 
   /// One property. Writing: its value goes out when it is `Stored`. Reading: when the stream holds the
   /// property, its value is handed to `Set`, as a rule the property's setter.
   template <class T, class TSetter>
   void Property(std::string_view Name, const T& Value, bool Stored, TSetter&& Set) {
     if (Writes()) {
-      if (Stored) {
+      if (Stored || Exact()) {
         Write(Name, TPropertyText<T>::Make(Value));
       }
       return;
@@ -66,9 +72,16 @@ public:
     });
   }
 
-  /// A block with one block for each item. Writing: nothing goes out for an empty collection. Reading: when
-  /// the stream holds the block, `Start` is called with the number of items, as a rule to clear the
-  /// collection, and then `Add` with the item's name (its property "Name", or "") for each item to come.
+  /// A field that is read as it stands.
+  template <class T>
+  void Field(std::string_view Name, T& Value) {
+    Property(Name, Value, true, [&Value](const T& Read) { Value = Read; });
+  }
+
+  /// A block with one block for each item. Writing: nothing goes out for an empty collection, unless the
+  /// stream is exact. Reading: when the stream holds the block, `Start` is called with the number of items,
+  /// as a rule to clear the collection, and then `Add` with the item's name (its property "Name", or "") for
+  /// each item to come.
   using TStart = std::function<void(int Count)>;
   using TAdd = std::function<TCollectionItem&(std::string_view Name)>;
   virtual void Items(std::string_view Name, TOwnedCollection& Items, const TStart& Start,
@@ -80,7 +93,7 @@ protected:
   using TTake = std::function<void(std::string_view Text, bool Apply)>;
   virtual void Read(std::string_view Name, const TTake& Take) = 0;
 
-  // What only a filer may ask for.
+  // What only a filer may ask for: the state of an object in an exact stream, else its properties.
   static void Define(TPersistent& Object, TFiler& Filer);
 };
 
@@ -92,5 +105,13 @@ void WriteComponent(std::ostream& Stream, TComponent& Component);
 /// component does not have and a value that does not read or that its setter refuses; nothing has changed
 /// then. A stream may be as long as a document (`DefaultXMLLimits`).
 void ReadComponent(std::istream& Stream, TComponent& Component);
+
+/// Writes the whole state of a component, as `TPersistent::DefineState` names it, from which the component
+/// goes on as if it had not been written. Raises std::ios_base::failure when the stream does not take it.
+void WriteState(std::ostream& Stream, TComponent& Component);
+/// Reads what `WriteState` wrote into a component of the same class, of whatever length. Raises
+/// EPropertyError for a text that is no such state, one of another class, and as `ReadComponent`; nothing has
+/// changed then.
+void ReadState(std::istream& Stream, TComponent& Component);
 
 } // namespace qx

@@ -30,6 +30,9 @@ protected:
   /// Names the stored properties, in the order of a component stream, to a filer that writes or reads them.
   /// An override calls the inherited one first.
   virtual void DefineProperties(TFiler& /*Filer*/) {}
+  /// Names all that a checkpoint holds of this object (see `WriteState`): the stored properties, and what an
+  /// override adds to them, which calls the inherited one first.
+  virtual void DefineState(TFiler& Filer) { DefineProperties(Filer); }
 
   /// `Source` as a `T`, a class of this object, or nullptr when it is none. Costs one comparison when both
   /// objects are of one class, as they usually are.

@@ -2,7 +2,10 @@
 #include <qx/platform/PropertyText.h>
 #include <qx/platform/Text.h>
 
+#include <algorithm>
+#include <locale>
 #include <optional>
+#include <sstream>
 #include <stdexcept>
 #include <utility>
 
@@ -14,7 +17,15 @@ constexpr std::string_view HexDigits = "0123456789abcdef";
 
 [[noreturn]] void Refuse(const char* Why) { throw std::invalid_argument(Why); }
 
-// Reads one quoted text from the front of `Text`.
+std::string_view InBrackets(std::string_view Text) {
+  if (Text.size() < 2 || Text.front() != '[' || Text.back() != ']') {
+    Refuse("it is no list in brackets");
+  }
+  return Trimmed(Text.substr(1, Text.size() - 2));
+}
+
+} // namespace
+
 std::string TakeQuoted(std::string_view& Text) {
   const auto Take = [&] {
     if (Text.empty()) {
@@ -62,8 +73,6 @@ std::string TakeQuoted(std::string_view& Text) {
   }
   return Value;
 }
-
-} // namespace
 
 int TPropertyText<int>::Parse(std::string_view Text) {
   const std::optional<std::int64_t> Value = ParseInteger(Text);
@@ -140,16 +149,75 @@ std::string TPropertyText<std::vector<std::string>>::Make(const std::vector<std:
 }
 
 std::vector<std::string> TPropertyText<std::vector<std::string>>::Parse(std::string_view Text) {
-  if (Text.size() < 2 || Text.front() != '[' || Text.back() != ']') {
-    Refuse("it is no list in brackets");
-  }
-  Text = Trimmed(Text.substr(1, Text.size() - 2));
+  Text = InBrackets(Text);
   std::vector<std::string> Values;
   while (!Text.empty()) {
     Values.push_back(TakeQuoted(Text));
     Text = Trimmed(Text);
   }
   return Values;
+}
+
+std::vector<std::string_view> WordsInBrackets(std::string_view Text) {
+  Text = InBrackets(Text);
+  std::vector<std::string_view> Words;
+  while (!Text.empty()) {
+    Words.push_back(Text.substr(0, Text.find(' ')));
+    Text.remove_prefix(Words.back().size());
+    Text.remove_prefix(std::min(Text.find_first_not_of(' '), Text.size()));
+  }
+  return Words;
+}
+
+std::string TPropertyText<Variant>::Make(const Variant& Value) {
+  switch (Value.Kind()) {
+  case vkEmpty:
+    return "empty";
+  case vkText:
+    return TPropertyText<std::string>::Make(Value.AsText());
+  case vkReal: {
+    std::string Text = NumberText(Value.AsReal());
+    const bool LooksWhole = Text.find_first_not_of("-0123456789") == std::string::npos;
+    return LooksWhole ? Text + ".0" : Text;
+  }
+  case vkBoolean:
+  case vkInteger:
+    break;
+  }
+  return Value.AsText();
+}
+
+Variant TPropertyText<Variant>::Parse(std::string_view Text) {
+  if (Text == "empty") {
+    return {};
+  }
+  if (Text == "true" || Text == "false") {
+    return Text == "true";
+  }
+  if (!Text.empty() && Text.front() == '"') {
+    return TPropertyText<std::string>::Parse(Text);
+  }
+  if (const std::optional<std::int64_t> Whole = ParseInteger(Text)) {
+    return *Whole;
+  }
+  return TPropertyText<double>::Parse(Text);
+}
+
+std::string TPropertyText<TQXRandomState>::Make(const TQXRandomState& Value) {
+  std::ostringstream Stream;
+  Stream.imbue(std::locale::classic());
+  Stream << Value;
+  return Stream.str();
+}
+
+TQXRandomState TPropertyText<TQXRandomState>::Parse(std::string_view Text) {
+  std::istringstream Stream{std::string(Text)};
+  Stream.imbue(std::locale::classic());
+  TQXRandomState State{};
+  if (!(Stream >> State)) {
+    Refuse("it is no state of the random generator");
+  }
+  return State;
 }
 
 } // namespace qx

@@ -101,6 +101,8 @@ protected:
   virtual void LoadValueFromXML(const TXMLInstructionType& /*Element*/) {}
   virtual void SaveValueToXML(const TXMLInstructionType& /*Element*/) {}
 
+  /// The value takes part when its type has a text (see `TPropertyText`).
+  void DefineProperties(TFiler& Filer) override;
   std::string GetDisplayName() const override;
   void CollectionChanged(TOwnedCollection* Value) override;
 

@@ -2,7 +2,9 @@
 
 // Definitions of GPInstruction.h.
 
+#include <qx/foundation/EnumPropertyText.h>
 #include <qx/foundation/QXCommon.h>
+#include <qx/platform/Filer.h>
 #include <qx/program_trees/GPInstruction.h>
 #include <qx/program_trees/GPInstructions.h>
 #include <qx/program_trees/GPNode.h>
@@ -240,6 +242,20 @@ void TQXGPInstruction<T>::RaiseMissingArguments(int Count) const {
 template <class T>
 void TQXGPInstruction<T>::RaiseMissingContext() const {
   throw std::invalid_argument("The variable \"" + FName + "\" has no context to take its value from");
+}
+
+template <class T>
+void TQXGPInstruction<T>::DefineProperties(TFiler& Filer) {
+  TCollectionItem::DefineProperties(Filer);
+  Filer.Property("Name", FName, !FName.empty(), [this](const std::string& Read) { SetName(Read); });
+  Filer.Property("Comment", FComment, !FComment.empty(),
+                 [this](const std::string& Read) { SetComment(Read); });
+  Filer.Property("Operation", FOperation, FOperation != gpVariable,
+                 [this](TGPGeneticInstruction Read) { SetOperation(Read); });
+  Filer.Property("Arity", FArity, FArity != 0, [this](int Read) { SetArity(Read); });
+  if constexpr (HasPropertyText<T>) {
+    Filer.Property("Value", FValue, !SameState(FValue, T()), [this](const T& Read) { SetValue(Read); });
+  }
 }
 
 } // namespace qx::generics

@@ -14,6 +14,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -37,7 +38,8 @@ namespace qx::generics {
 /// its depth is bound by memory alone; only `Execute`, which calls host code, goes down level by level.
 ///
 /// A node class of one's own derives from `TQXGPTreeNode` or `TQXGPBinaryNode`. It overrides `NewNode`, and
-/// for fields of its own `DoAssign`, `DoLoadFromXML` and `DoSaveToXML`, which are called once for each node.
+/// for fields of its own `DoAssign`, `DoLoadFromXML` and `DoSaveToXML`, and for checkpoints `DoLoadState` and
+/// `DoSaveState`, which are called once for each node.
 /// Nodes below the root of a copy are put together without `AddChild` and `Modified`.
 template <class T>
 class TQXGPNode : public TPersistent {
@@ -156,6 +158,14 @@ public:
   /// Writes the tree in place of what the element holds.
   virtual void SaveToXML(const TXMLDnaType& Element) const;
 
+  /// The tree as one line from which `FromStateText` makes the same tree, values to the last bit:
+  /// `"Add"("x" "c"=1.5)`, with "-" for a free slot. Raises std::logic_error for a value whose type has no
+  /// text (see `TPropertyText`).
+  std::string StateText() const;
+  /// Makes a tree of an engine's nodes and instructions. Raises std::invalid_argument for a text that is no
+  /// such tree or names an instruction that the engine does not have.
+  static TPointer FromStateText(std::string_view Text, IQXGeneticProgramEngine<T>& Engine);
+
   using TValue = T;
   using TInstruction = TQXGPInstruction<T>;
 
@@ -170,6 +180,9 @@ protected:
   /// Read and write what a node's element has besides the children.
   virtual void DoLoadFromXML(const TXMLDnaType& Element);
   virtual void DoSaveToXML(const TXMLDnaType& Element) const;
+  /// What a node class adds to the text of a node; not read back when it is empty.
+  virtual std::string DoSaveState() const { return {}; }
+  virtual void DoLoadState(const std::string& Text);
   virtual void LoadValueFromXML(const TXMLDnaType& /*Element*/) {}
   virtual void SaveValueToXML(const TXMLDnaType& /*Element*/) const {}
 
@@ -201,6 +214,7 @@ private:
   template <class TNode>
   friend std::unique_ptr<TNode> MakeNode(TQXGPInstruction<typename TNode::TValue>* Instruction);
   class TFormerChildren;
+  class TStateReader;
 
   static TPointer Loan(TQXGPNode& Node);
   static TPointer CopyTree(const TQXGPNode& Source);
@@ -213,6 +227,8 @@ private:
     }
     return false;
   }
+  void AddStateText(std::string& Text) const;
+  void AddValueText(std::string& Text) const;
   void TakeChildren(TQXGPNode*& Chain) noexcept;
   void Measure() const;
   void SetMeasures(std::int32_t Size, std::int32_t Depth);

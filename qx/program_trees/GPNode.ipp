@@ -1,12 +1,14 @@
 #pragma once
 
-// Definitions of GPNode.h: links, copies, measures, evaluation, text. GPNodeXML.ipp has the rest.
+// Definitions of GPNode.h: links, copies, measures, evaluation, text. GPNodeText.ipp and GPNodeXML.ipp have
+// the rest.
 
 #include <qx/platform/SmallList.h>
 #include <qx/platform/StackGuard.h>
 #include <qx/program_trees/GPInstruction.h>
 #include <qx/program_trees/GPInstructions.h>
 #include <qx/program_trees/GPNode.h>
+#include <qx/program_trees/GPNodeText.ipp>
 #include <qx/program_trees/GPNodeXML.ipp>
 
 #include <algorithm>

@@ -276,7 +276,8 @@ TEST(SetAsideItems, ComeBackAsTheyWereInPlaceOfTheOthers) {
   EXPECT_EQ(List.Count(), 0);
   EXPECT_EQ(Second->Collection(), nullptr);
   List.Add().Value = 7;
-  List.TOwnedCollection::Insert(0, Aside.Take(1)); // one of the former items comes back, in another place
+  EXPECT_EQ(Aside.BringBack(1), Second); // one of the former items comes back, in another place
+  List.Move(1, 0);
   List.Log.clear();
   Aside.Restore();
   EXPECT_EQ(List.Log, "deleted1/2 extracted0/1 added0/1 added1/2 added2/3 all ");
@@ -286,18 +287,17 @@ TEST(SetAsideItems, ComeBackAsTheyWereInPlaceOfTheOthers) {
   EXPECT_EQ(List.Add().ID(), 3);
 }
 
-TEST(SetAsideItems, AreFreedWithTheObjectUnlessTheyWentElsewhere) {
+TEST(SetAsideItems, AreFreedWithTheObjectUnlessTheyWereBroughtBack) {
   TList List;
-  TList Other;
   Fill(List, 2);
   {
     TSetAsideItems Aside(List);
     Aside.TakeOut();
-    Other.TOwnedCollection::Insert(0, Aside.Take(0));
-    EXPECT_EQ(Aside.Items(0), nullptr);
-    EXPECT_NE(Aside.Items(1), nullptr);
+    EXPECT_NE(Aside.BringBack(1), nullptr);
+    EXPECT_NE(Aside.Items(0), nullptr);
+    EXPECT_EQ(Aside.Items(1), nullptr);
   }
-  EXPECT_EQ(Values(Other), "0 ");
+  EXPECT_EQ(Values(List), "1 ");
 }
 
 TEST(SetAsideItems, ComeBackThoughAReceiverFreesOrRefusesThoseInTheirPlace) {
