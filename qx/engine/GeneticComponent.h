@@ -14,6 +14,7 @@
 #include <functional>
 #include <iosfwd>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -437,6 +438,8 @@ private:
   template <class T>
   void Apply(std::string_view Name, const T& Wanted, const T& Stored, void (TSelf::*Setter)(T));
   void AssignSettings(const TQXCustomGeneticComponent& Source);
+  using TElite = TFloatPriorityQueue<TQXIndividual>;
+  void RestoreElite(std::optional<TElite> Former);
   void RequireRest() const;
   void DefineGenerations(TFiler& Filer);
   void HavePreviousGeneration(bool Has);
@@ -456,7 +459,7 @@ private:
   TFitnessStatistics FFitnesses;
   TFitnessStatistics FWeightedFitnesses;
   TGAFitnessArray FCumulativeFitnesses;
-  std::unique_ptr<TFloatPriorityQueue<TQXIndividual>> FElite; // made on first use
+  std::unique_ptr<TElite> FElite; // made on first use
   std::int32_t FSelectionCursor = -1;
   // The statistics do not belong to the current population, or not to the fitness that it has now: the next
   // generation evaluates them first.

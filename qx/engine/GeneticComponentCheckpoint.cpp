@@ -154,7 +154,7 @@ void TQXCustomGeneticComponent::DefineSelectionState(TFiler& Filer) {
   Filer.Property("Ranking", Places, true, [&](const std::vector<int>& Read) {
     FElite.reset();
     if (Ranked) {
-      FElite = std::make_unique<TFloatPriorityQueue<TQXIndividual>>();
+      FElite = std::make_unique<TElite>();
       for (const int Place : Read) {
         FElite->Push(AtPlace(Place), 0); // equal keys keep their order
       }

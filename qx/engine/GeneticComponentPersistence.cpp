@@ -9,8 +9,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
+#include <unordered_set>
 #include <utility>
 
 namespace qx {
@@ -114,6 +117,8 @@ void TQXCustomGeneticComponent::InitializeEmpty() {
 void TQXCustomGeneticComponent::Remember(TLoadScope& Load) {
   Load.OnFailure([this, Settings = FSettings, Fitnesses = FFitnesses, Weighted = FWeightedFitnesses,
                   Fittest = FFittestIndividual, Due = FStatisticsDue, Cursor = FSelectionCursor,
+                  Shares = FCumulativeFitnesses,
+                  Elite = FElite != nullptr ? std::optional(*FElite) : std::nullopt,
                   Selection = TQXSelectionEvent(OnSelection), Current = &Population(),
                   Previous = FPreviousGeneration.get()] {
     if (FPopulation.get() != Current && FPreviousGeneration.get() == Current) { // a handler has evolved
@@ -131,7 +136,28 @@ void TQXCustomGeneticComponent::Remember(TLoadScope& Load) {
         Holds(FPopulation.get(), Fittest) || Holds(FPreviousGeneration.get(), Fittest) ? Fittest : nullptr;
     FStatisticsDue = Due;
     FSelectionCursor = Cursor;
+    FCumulativeFitnesses = Shares;
+    RestoreElite(Elite);
   });
+}
+
+// The ranking as it was, unless one of its individuals has gone for good.
+void TQXCustomGeneticComponent::RestoreElite(std::optional<TElite> Former) {
+  if (!Former) {
+    return;
+  }
+  std::unordered_set<const TQXIndividual*> Members;
+  for (const TQXPopulation* Generation : {FPopulation.get(), FPreviousGeneration.get()}) {
+    for (int I = 0; Generation != nullptr && I < Generation->Count(); ++I) {
+      Members.insert(&Generation->Items(I));
+    }
+  }
+  for (int I = 0; I < Former->Count(); ++I) {
+    if (!Members.contains(&(*Former)[I])) {
+      return;
+    }
+  }
+  FElite = std::make_unique<TElite>(std::move(*Former));
 }
 
 // --- Streams and files -------------------------------------------------------------------------------------

@@ -226,7 +226,7 @@ void TQXCustomGeneticComponent::CalculateCumulativeNormalizedFitnesses() {
 
 void TQXCustomGeneticComponent::PrioritizePopulation() {
   if (FElite == nullptr) {
-    FElite = std::make_unique<TFloatPriorityQueue<TQXIndividual>>();
+    FElite = std::make_unique<TElite>();
   }
   FElite->Clear();
   FElite->SetHighestFirst(Maximizing());

@@ -1,1 +1,452 @@
+// What a checkpoint holds, and what becomes of one that cannot be read.
+
+#include <qx/platform/Filer.h>
+#include <qx/platform/Random.h>
+#include <support/Checkpoint.h>
+#include <support/SmallAlgorithm.h>
+#include <support/SmallGeneticProgram.h>
+#include <support/TemporaryFolder.h>
+
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <system_error>
+
+namespace qx {
+namespace {
+
+using tests::CheckpointOf;
+using tests::LoadCheckpoint;
+using tests::Replaced;
+using tests::TSmallAlgorithm;
+
+using TArithmetic = tests::TArithmeticProgramming<>;
+
+std::vector<std::string> LinesOf(const std::string& Text) {
+  std::istringstream Stream(Text);
+  std::vector<std::string> Lines;
+  for (std::string Line; std::getline(Stream, Line);) {
+    Lines.push_back(Line);
+  }
+  return Lines;
+}
+
+TEST(CheckpointTest, HoldsTheWholeStateOfABitRun) {
+  class TTiny : public TQXGeneticAlgorithm {};
+  TTiny Algorithm;
+  tests::AddGene(Algorithm.Genes(), "n", gtInteger, 2);
+  TSmallAlgorithm::CountOnes(Algorithm);
+  Algorithm.SetInitialPopulation(2);
+  Algorithm.SetInitialDuplicatesRetries(0);
+  SeedRandom(3);
+  Algorithm.Initialize();
+  std::ostringstream Random;
+  Random << RandomState();
+  const std::string First = Algorithm.Population()[0].Bits().ToBitString();
+  const std::string Second = Algorithm.Population()[1].Bits().ToBitString();
+  const auto Individual = [](const std::string& Bits) {
+    return "    TQXGAIndividual {\n"
+           "      Name = \"\"\n"
+           "      Bits = \"" +
+           Bits +
+           "\"\n"
+           "      Fitness = " +
+           std::to_string(std::count(Bits.begin(), Bits.end(), '1')) +
+           "\n"
+           "      NeedFitness = false\n"
+           "    }\n";
+  };
+  const std::string Text = CheckpointOf(Algorithm);
+  EXPECT_EQ(Text.substr(0, Text.find("  FitnessMax")),
+            "QXCheckpoint 1\n"
+            "TTiny {\n"
+            "  Name = \"\"\n"
+            "  InitialPopulation = 2\n"
+            "  InitialDuplicatesRetries = 0\n"
+            "  SelectionMethod = smStochasticTournament\n"
+            "  TournamentField = 2\n"
+            "  Operations = [goCrossover goMutate goInvert]\n"
+            "  FitnessMethod = fmMinimize\n"
+            "  Generation = 0\n"
+            "  GenerationLimit = 0\n"
+            "  UseFitnessCutoff = false\n"
+            "  UseDiversityLimit = false\n"
+            "  UseGenerationLimit = false\n"
+            "  FitnessCutoff = 1\n"
+            "  DiversityLimit = 0.02\n"
+            "  ElitistPct = 0.1\n"
+            "  CrossoverProbability = 0.98\n"
+            "  InversionProbability = 0.1\n"
+            "  MutationProbability = 0.01\n"
+            "  CrossoverMethod = cmGeneBoundary\n"
+            "  Genes {\n"
+            "    TQXGAGene {\n"
+            "      Name = \"n\"\n"
+            "      Enumerations = []\n"
+            "      GeneType = gtInteger\n"
+            "      PreserveSignBit = false\n"
+            "      Size = 2\n"
+            "      MaxValue = 3\n"
+            "      MinValue = 0\n"
+            "      Offset = 0\n"
+            "    }\n"
+            "  }\n"
+            "  GeneSize = 2\n"
+            "  Population {\n" +
+                Individual(First) + Individual(Second) +
+                "  }\n"
+                "  HasPreviousGeneration = true\n"
+                "  PreviousGeneration {\n" +
+                Individual(First) + Individual(Second) +
+                "  }\n"
+                "  Initialized = true\n"
+                "  Halt = false\n");
+  EXPECT_NE(Text.find("\n  SelectionCursor = -1\n"), std::string::npos);
+  EXPECT_EQ(Text.substr(Text.find("  Ranked")),
+            "  Ranked = false\n"
+            "  Ranking = []\n"
+            "  StatisticsDue = false\n"
+            "  Random = " +
+                Random.str() + "\n}\n");
+}
+
+// Whatever state a component is in, another one takes it up.
+template <class TComponent>
+void ExpectTakenUp(TComponent& Component, TComponent& Other) {
+  const std::string Text = CheckpointOf(Component);
+  SeedRandom(12345);
+  LoadCheckpoint(Other, Text);
+  EXPECT_EQ(CheckpointOf(Other), Text);
+}
+
+TEST(CheckpointTest, OfANewComponentUndoesARun) {
+  TArithmetic Fresh;
+  TArithmetic Used;
+  Used.SetInitialPopulation(5);
+  Used.SetBloatStrategy(bsHoistSize);
+  Used.SetGenerationLimit(7);
+  Used.Evolve(3);
+  ExpectTakenUp(Fresh, Used);
+  EXPECT_EQ(Used.PreviousGeneration(), nullptr);
+  EXPECT_FALSE(Used.Initialized());
+  EXPECT_EQ(Used.GenerationLimit(), 0);
+  EXPECT_EQ(Used.BloatStrategy(), bsNone);
+}
+
+TEST(CheckpointTest, CarriesWhatDocumentsLose) {
+  TArithmetic Programming;
+  Programming.SetInitialPopulation(6);
+  Programming.SetFitnessMethod(fmMaximize);
+  Programming.SetSelectionMethod(smElitist);
+  Programming.Evolve(2);
+  std::stringstream Document;
+  Programming.SaveToStream(Document);
+  Programming.SetMutateConstantWeight(100);
+  Programming.LoadFromStream(Document); // the weights, but not their sum
+  ASSERT_EQ(Programming.MutationWeightSum(), 175);
+  Programming.Instructions()[5].SetValue(0.1 + 0.2);
+  Programming.Population()[0].AssignDNA(tests::ReadTree<TGAFloat>(Programming, "(Add c x)"));
+  Programming.Population()[0].DNA()->Children(0)->SetValue(1.0 / 3);
+  Programming.Population()[1].MarkStale();
+  Programming.SwapGenerations();
+  Programming.SetHalt(true);
+  EXPECT_GT(Programming.MaxProgramSize(), 0); // statistics that stay until the next generation
+  TArithmetic Other;
+  ExpectTakenUp(Programming, Other);
+  EXPECT_EQ(Other.MutationWeightSum(), 175);
+  EXPECT_TRUE((*Other.PreviousGeneration())[1].NeedFitness());
+  EXPECT_EQ((*Other.PreviousGeneration())[0].DNA()->Children(0)->Value(), 1.0 / 3);
+  EXPECT_EQ(Other.Instructions()[5].Value(), 0.1 + 0.2);
+  EXPECT_EQ(Other.MaxProgramSize(), Programming.MaxProgramSize());
+}
+
+TEST(CheckpointTest, CarriesTheOrderThatInstructionsAreDrawnIn) {
+  TArithmetic Programming;
+  Programming.Instructions().GetItemByName("Mul").SetOperation(gpVariable);
+  Programming.Instructions().GetItemByName("Mul").SetArity(2); // now the last of the functions
+  Programming.SetInitialPopulation(4);
+  Programming.Evolve();
+  TArithmetic Other;
+  ASSERT_NE(Other.Functions(2).Name(), "Mul");
+  ExpectTakenUp(Programming, Other);
+  EXPECT_EQ(Other.Functions(2).Name(), "Mul");
+}
+
+TEST(CheckpointTest, CarriesTheOffsetOfAFirstGeneWhosePredecessorIsGone) {
+  TSmallAlgorithm Algorithm;
+  Algorithm.Genes().Delete(0);
+  ASSERT_EQ(Algorithm.Genes()[0].Offset(), 1);
+  TSmallAlgorithm Other;
+  ExpectTakenUp(Algorithm, Other);
+  EXPECT_EQ(Other.Genes()[0].Offset(), 1);
+  EXPECT_EQ(Other.Genes()[1].Offset(), 4);
+}
+
+TEST(CheckpointTest, CarriesFitnessesThatAreNoFiniteNumbers) {
+  TSmallAlgorithm Algorithm;
+  constexpr double Infinity = std::numeric_limits<double>::infinity();
+  Algorithm.OnEvaluateFitness = [](auto&, auto& Item, double& Fitness) {
+    constexpr double Values[] = {std::numeric_limits<double>::quiet_NaN(), -Infinity, 5e-324};
+    Fitness = Values[Item.Index() % 3];
+  };
+  for (TQXGAIndividual& Individual : Algorithm.Population()) {
+    Individual.MarkStale();
+  }
+  Algorithm.EvaluateFitness();
+  TSmallAlgorithm Other;
+  ExpectTakenUp(Algorithm, Other);
+  EXPECT_TRUE(std::isnan(Other.Population()[0].Fitness()));
+  EXPECT_EQ(Other.Population()[1].Fitness(), -Infinity);
+  EXPECT_EQ(Other.Population()[2].Fitness(), 5e-324);
+}
+
+TEST(CheckpointTest, KeepsTheObjectsThatTheHostHasDeclared) {
+  TArithmetic Programming;
+  Programming.SetInitialPopulation(3);
+  Programming.Evolve();
+  const std::string Text = CheckpointOf(Programming);
+  TArithmetic Other;
+  int Calls = 0;
+  auto* const Add = &Other.Instructions().GetItemByName("Add");
+  Add->OnInitializeNode = [&](auto&, auto&) { ++Calls; };
+  Add->SetArity(1);
+  Other.Variable("more");
+  LoadCheckpoint(Other, Text);
+  EXPECT_EQ(&Other.Instructions().GetItemByName("Add"), Add);
+  EXPECT_EQ(Add->Arity(), 2);
+  EXPECT_EQ(Other.Instructions().FindItemName("more"), nullptr);
+  for (int I = 0; I < 20; ++I) {
+    Other.DoInitializeFull(3);
+  }
+  EXPECT_GT(Calls, 0);
+}
+
+TEST(CheckpointTest, ALoadCallsNoHandler) {
+  TSmallAlgorithm Algorithm;
+  Algorithm.Population()[0].MarkStale();
+  const std::string Text = CheckpointOf(Algorithm);
+  TSmallAlgorithm Other;
+  const auto Fail = [](auto&&...) { ADD_FAILURE(); };
+  Other.OnEvaluateFitness = Fail;
+  Other.OnInitialization = Fail;
+  Other.OnSelection = Fail;
+  LoadCheckpoint(Other, Text);
+}
+
+TEST(CheckpointTest, ACustomSelectionStaysTheHosts) {
+  TSmallAlgorithm Algorithm;
+  const auto First = [](auto&, auto& Population, auto*& Parent) { Parent = &Population[0]; };
+  Algorithm.OnSelection = First;
+  const std::string Text = CheckpointOf(Algorithm);
+  TSmallAlgorithm Prepared;
+  Prepared.OnSelection = First;
+  LoadCheckpoint(Prepared, Text);
+  Prepared.Evolve();
+  EXPECT_EQ(Prepared.Generation(), 1);
+  TSmallAlgorithm Forgetful;
+  LoadCheckpoint(Forgetful, Text);
+  EXPECT_THROW(Forgetful.Evolve(), EGAException);
+}
+
+TEST(CheckpointTest, IsNotWrittenOrReadInsideAGeneration) {
+  TSmallAlgorithm Algorithm;
+  const std::string Text = CheckpointOf(Algorithm);
+  int Refused = 0;
+  const auto Try = [&](TQXCustomGeneticComponent& Sender) {
+    EXPECT_THROW(CheckpointOf(Sender), std::logic_error);
+    EXPECT_THROW(LoadCheckpoint(Sender, Text), std::logic_error);
+    ++Refused;
+  };
+  Algorithm.OnEvaluateFitness = [&](auto& Sender, auto&, double&) { Try(Sender); };
+  Algorithm.OnInitializeChild = [&](auto& Sender, auto&, auto&, auto&) { Try(Sender); };
+  Algorithm.OnEvolve = [&](auto& Sender) { EXPECT_NO_THROW(CheckpointOf(Sender)); };
+  Algorithm.Evolve();
+  EXPECT_GE(Refused, 4);
+  TSmallAlgorithm New;
+  New.OnInitialization = [&](auto& Sender, bool&) { Try(Sender); };
+  New.Initialize();
+}
+
+// --- What cannot be read -----------------------------------------------------------------------------------
+
+class DamagedCheckpointTest : public testing::Test {
+protected:
+  DamagedCheckpointTest() {
+    Component.SetInitialPopulation(3);
+    Component.SetSelectionMethod(smElitist);
+    Component.Evolve(3);
+    Other.SetInitialPopulation(4);
+    Other.Instructions().Add().SetName("z");
+    Other.Evolve(2);
+    Before = CheckpointOf(Other);
+    for (auto& Individual : Other.Population()) {
+      Objects.push_back(&Individual);
+    }
+    for (auto& Instruction : Other.Instructions()) {
+      Objects.push_back(&Instruction);
+    }
+  }
+
+  // The other component's load fails, and leaves all as it was.
+  void ExpectRefused(const std::string& Text, const std::string& Message) {
+    try {
+      LoadCheckpoint(Other, Text);
+      FAIL() << "taken";
+    } catch (const EPropertyError& Error) {
+      EXPECT_NE(std::string(Error.what()).find(Message), std::string::npos) << Error.what();
+    }
+    ExpectAsBefore();
+  }
+
+  void ExpectAsBefore() {
+    ASSERT_TRUE(CheckpointOf(Other) == Before); // too long to print
+    std::vector<const void*> Now;
+    for (auto& Individual : Other.Population()) {
+      Now.push_back(&Individual);
+    }
+    for (auto& Instruction : Other.Instructions()) {
+      Now.push_back(&Instruction);
+    }
+    ASSERT_EQ(Now, Objects);
+  }
+
+  TArithmetic Component;
+  TArithmetic Other;
+  std::string Before;
+  std::vector<const void*> Objects;
+};
+
+TEST_F(DamagedCheckpointTest, WithALineLessOrTheEndMissingIsRefused) {
+  const std::vector<std::string> Lines = LinesOf(CheckpointOf(Component));
+  for (std::size_t Missing = 0; Missing < Lines.size(); ++Missing) {
+    std::string Text;
+    for (std::size_t I = 0; I < Lines.size(); ++I) {
+      Text += I == Missing ? "" : Lines[I] + '\n';
+    }
+    EXPECT_THROW(LoadCheckpoint(Other, Text), EPropertyError) << Lines[Missing];
+    ExpectAsBefore();
+    Text.clear();
+    for (std::size_t I = 0; I < Missing; ++I) {
+      Text += Lines[I] + '\n';
+    }
+    EXPECT_THROW(LoadCheckpoint(Other, Text), EPropertyError) << Missing;
+    ExpectAsBefore();
+  }
+}
+
+// The text with another value of the first property of that name.
+std::string WithValue(const std::string& Text, const std::string& Name, const std::string& Value) {
+  const std::size_t Begin = Text.find(' ' + Name + " = ") + 1;
+  const std::string Line = Text.substr(Begin, Text.find('\n', Begin) - Begin);
+  return Replaced(Text, Line, Name + " = " + Value);
+}
+
+TEST_F(DamagedCheckpointTest, NamesWhatItRefuses) {
+  const std::string Text = CheckpointOf(Component);
+  ExpectRefused("", "the stream ends before");
+  ExpectRefused(Replaced(Text, "QXCheckpoint 1", "QXCheckpoint 2"), "begins with QXCheckpoint 1");
+  ExpectRefused(Replaced(Text, Component.ClassName(), "TOther"),
+                "the checkpoint of a TOther, not of a " + Component.ClassName());
+  ExpectRefused(Replaced(Text, "  Halt = false\n", ""), "lacks \"Halt\"");
+  ExpectRefused(Replaced(Text, "  Halt = false\n", "  Halt = false\n  Halt = false\n"), "stands there twice");
+  ExpectRefused(Replaced(Text, "HasPreviousGeneration = true", "HasPreviousGeneration = false"),
+                "PreviousGeneration: there is no previous generation");
+  ExpectRefused(Replaced(Text, "      Name = \"Mul\"", "      Name = \"add\""), SInstructionNotUnique.data());
+  const auto ExpectValueRefused = [&](const std::string& Name, const std::string& Value,
+                                      const std::string& Message) {
+    ExpectRefused(WithValue(Text, Name, Value), Name + ": " + Message);
+  };
+  ExpectValueRefused("SelectionCursor", "-2", "there is no position -2");
+  ExpectValueRefused("SelectionCursor", "2147483647", "there is no position 2147483647");
+  ExpectValueRefused("Ranking", "[6]", "there is no individual at place 6");
+  ExpectValueRefused("FittestIndividual", "6", "there is no individual at place 6");
+  ExpectValueRefused("Functions", "[0 1 1]", "these are not the places");
+  ExpectValueRefused("Functions", "[0 1 2 3]", "these are not the places");
+  ExpectValueRefused("Terminals", "[3 4 77]", "");
+  ExpectValueRefused("Random", "1 2 3", "it is no state");
+  ExpectValueRefused("CumulativeFitnesses", "1", "it is no list in brackets");
+  ExpectValueRefused("Program", "\"Add\"(\"x\" \"z\")", "Unknown instruction \"z\"");
+  ExpectValueRefused("Program", "\"Add\"(\"x\"", "the program cannot be read from \"\" on");
+  ExpectValueRefused("Program", "\"Add\"(\"x\")x", "the program cannot be read from \"x\" on");
+  ExpectValueRefused("Program", "\"Add\"(\"x\"\"y\")", "the program cannot be read from \"\"y\")\" on");
+  ExpectValueRefused("Program", "\"c\"=1.5.5", "it is no number");
+  ExpectValueRefused("Program", "#6", "the program cannot be read from \"6\" on");
+  ExpectValueRefused("Program", "\"x\"~\"more\"", "a TQXGPFloatNode has no state of its own");
+}
+
+TEST_F(DamagedCheckpointTest, FilesThatAreNotThereRaise) {
+  const tests::TTemporaryFolder Folder;
+  EXPECT_THROW(Other.LoadCheckpoint(Folder.File("none")), std::system_error);
+  EXPECT_THROW(Other.SaveCheckpoint(Folder.File("no/folder")), std::system_error);
+  EXPECT_THROW(Other.LoadCheckpoint(Folder.File("")), std::exception); // a folder
+  ExpectAsBefore();
+}
+
+TEST(CheckpointTest, AGenomeLongerThanItsFileIsRefused) {
+  TSmallAlgorithm Algorithm;
+  const std::string Before = tests::StateOf(Algorithm);
+  const std::string Text = CheckpointOf(Algorithm);
+  EXPECT_THROW(LoadCheckpoint(Algorithm, Replaced(Text, "GeneSize = 9", "GeneSize = 2000000000")),
+               EPropertyError);
+  EXPECT_EQ(tests::StateOf(Algorithm), Before);
+}
+
+TEST(CheckpointTest, MayBeLongerThanADocument) {
+  TSmallAlgorithm Algorithm;
+  for (int I = 0; I < 100; ++I) {
+    Algorithm.Population()[0].Clone();
+  }
+  struct TSmallLimits {
+    TSmallLimits() { DefaultXMLLimits.Bytes = 500; }
+    ~TSmallLimits() { DefaultXMLLimits = {}; }
+  } const Limits;
+  TSmallAlgorithm Other;
+  ExpectTakenUp(Algorithm, Other);
+}
+
+// --- A host's own classes ----------------------------------------------------------------------------------
+
+class TStampedNode : public TQXGPFloatNode {
+public:
+  using TQXGPFloatNode::TQXGPFloatNode;
+  std::string Stamp;
+
+protected:
+  TPointer NewNode(TInstruction* Instruction) const override {
+    return generics::MakeNode<TStampedNode>(Instruction);
+  }
+  std::string DoSaveState() const override { return Stamp; }
+  void DoLoadState(const std::string& Text) override { Stamp = Text; }
+};
+
+class TStampingProgramming : public TArithmetic {
+public:
+  using TArithmetic::CreateNode;
+  TNodePointer CreateNode(TInstruction* Instruction) override {
+    return generics::MakeNode<TStampedNode>(Instruction);
+  }
+  int Laps = 0;
+
+protected:
+  void DefineState(TFiler& Filer) override {
+    TArithmetic::DefineState(Filer);
+    Filer.Field("Laps", Laps);
+  }
+};
+
+TEST(CheckpointTest, HoldsWhatAHostsClassesAdd) {
+  TStampingProgramming Programming;
+  Programming.Laps = 17;
+  auto& Individual = Programming.Add("(Add x c)");
+  auto& Node = dynamic_cast<TStampedNode&>(*Individual.DNA()->Children(1));
+  Node.Stamp = "a \"stamp\")\n~";
+  TStampingProgramming Other;
+  ExpectTakenUp(Programming, Other);
+  EXPECT_EQ(Other.Laps, 17);
+  EXPECT_EQ(dynamic_cast<TStampedNode&>(*Other.Population()[0].DNA()->Children(1)).Stamp, Node.Stamp);
+}
+
+} // namespace
+} // namespace qx
