@@ -162,7 +162,8 @@ void TQXCustomGeneticComponent::DefineSelectionState(TFiler& Filer) {
   });
 }
 
-// Individuals are told apart by their places: first those of the population, then those before it; -1 is none.
+// Individuals are told apart by their places: first those of the population, then those before it; -1 is
+// none.
 int TQXCustomGeneticComponent::PlaceOf(const TQXIndividual* Individual) const {
   if (Individual == nullptr) {
     return -1;

@@ -2,16 +2,16 @@
 
 #include <qx/platform/Filer.h>
 #include <qx/platform/Random.h>
-#include <support/Checkpoint.h>
-#include <support/SmallAlgorithm.h>
-#include <support/SmallGeneticProgram.h>
-#include <support/TemporaryFolder.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <support/Checkpoint.h>
+#include <support/SmallAlgorithm.h>
+#include <support/SmallGeneticProgram.h>
+#include <support/TemporaryFolder.h>
 #include <system_error>
 
 namespace qx {
@@ -59,57 +59,55 @@ TEST(CheckpointTest, HoldsTheWholeStateOfABitRun) {
            "    }\n";
   };
   const std::string Text = CheckpointOf(Algorithm);
-  EXPECT_EQ(Text.substr(0, Text.find("  FitnessMax")),
-            "QXCheckpoint 1\n"
-            "TTiny {\n"
-            "  Name = \"\"\n"
-            "  InitialPopulation = 2\n"
-            "  InitialDuplicatesRetries = 0\n"
-            "  SelectionMethod = smStochasticTournament\n"
-            "  TournamentField = 2\n"
-            "  Operations = [goCrossover goMutate goInvert]\n"
-            "  FitnessMethod = fmMinimize\n"
-            "  Generation = 0\n"
-            "  GenerationLimit = 0\n"
-            "  UseFitnessCutoff = false\n"
-            "  UseDiversityLimit = false\n"
-            "  UseGenerationLimit = false\n"
-            "  FitnessCutoff = 1\n"
-            "  DiversityLimit = 0.02\n"
-            "  ElitistPct = 0.1\n"
-            "  CrossoverProbability = 0.98\n"
-            "  InversionProbability = 0.1\n"
-            "  MutationProbability = 0.01\n"
-            "  CrossoverMethod = cmGeneBoundary\n"
-            "  Genes {\n"
-            "    TQXGAGene {\n"
-            "      Name = \"n\"\n"
-            "      Enumerations = []\n"
-            "      GeneType = gtInteger\n"
-            "      PreserveSignBit = false\n"
-            "      Size = 2\n"
-            "      MaxValue = 3\n"
-            "      MinValue = 0\n"
-            "      Offset = 0\n"
-            "    }\n"
-            "  }\n"
-            "  GeneSize = 2\n"
-            "  Population {\n" +
-                Individual(First) + Individual(Second) +
-                "  }\n"
-                "  HasPreviousGeneration = true\n"
-                "  PreviousGeneration {\n" +
-                Individual(First) + Individual(Second) +
-                "  }\n"
-                "  Initialized = true\n"
-                "  Halt = false\n");
+  EXPECT_EQ(Text.substr(0, Text.find("  FitnessMax")), "QXCheckpoint 1\n"
+                                                       "TTiny {\n"
+                                                       "  Name = \"\"\n"
+                                                       "  InitialPopulation = 2\n"
+                                                       "  InitialDuplicatesRetries = 0\n"
+                                                       "  SelectionMethod = smStochasticTournament\n"
+                                                       "  TournamentField = 2\n"
+                                                       "  Operations = [goCrossover goMutate goInvert]\n"
+                                                       "  FitnessMethod = fmMinimize\n"
+                                                       "  Generation = 0\n"
+                                                       "  GenerationLimit = 0\n"
+                                                       "  UseFitnessCutoff = false\n"
+                                                       "  UseDiversityLimit = false\n"
+                                                       "  UseGenerationLimit = false\n"
+                                                       "  FitnessCutoff = 1\n"
+                                                       "  DiversityLimit = 0.02\n"
+                                                       "  ElitistPct = 0.1\n"
+                                                       "  CrossoverProbability = 0.98\n"
+                                                       "  InversionProbability = 0.1\n"
+                                                       "  MutationProbability = 0.01\n"
+                                                       "  CrossoverMethod = cmGeneBoundary\n"
+                                                       "  Genes {\n"
+                                                       "    TQXGAGene {\n"
+                                                       "      Name = \"n\"\n"
+                                                       "      Enumerations = []\n"
+                                                       "      GeneType = gtInteger\n"
+                                                       "      PreserveSignBit = false\n"
+                                                       "      Size = 2\n"
+                                                       "      MaxValue = 3\n"
+                                                       "      MinValue = 0\n"
+                                                       "      Offset = 0\n"
+                                                       "    }\n"
+                                                       "  }\n"
+                                                       "  GeneSize = 2\n"
+                                                       "  Population {\n" +
+                                                           Individual(First) + Individual(Second) +
+                                                           "  }\n"
+                                                           "  HasPreviousGeneration = true\n"
+                                                           "  PreviousGeneration {\n" +
+                                                           Individual(First) + Individual(Second) +
+                                                           "  }\n"
+                                                           "  Initialized = true\n"
+                                                           "  Halt = false\n");
   EXPECT_NE(Text.find("\n  SelectionCursor = -1\n"), std::string::npos);
-  EXPECT_EQ(Text.substr(Text.find("  Ranked")),
-            "  Ranked = false\n"
-            "  Ranking = []\n"
-            "  StatisticsDue = false\n"
-            "  Random = " +
-                Random.str() + "\n}\n");
+  EXPECT_EQ(Text.substr(Text.find("  Ranked")), "  Ranked = false\n"
+                                                "  Ranking = []\n"
+                                                "  StatisticsDue = false\n"
+                                                "  Random = " +
+                                                    Random.str() + "\n}\n");
 }
 
 // Whatever state a component is in, another one takes it up.

@@ -1,11 +1,10 @@
 // Runs that stop at a checkpoint and go on in another process.
 
-#include <support/CheckpointedRuns.h>
-#include <support/TemporaryFolder.h>
-
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <support/CheckpointedRuns.h>
+#include <support/TemporaryFolder.h>
 
 namespace qx {
 namespace {
@@ -22,7 +21,8 @@ TEST(CheckpointedRun, OfEveryKindGoesOnInAnotherProcessAsIfItHadNotStopped) {
     Component->Evolve(20);
     ASSERT_EQ(Component->Generation(), 20);
     // not EXPECT_EQ, which would print two checkpoints
-    EXPECT_TRUE(tests::ReadFile(Folder.File(Run.Name + ".picture")) == tests::PictureOf(*Component)) << Run.Name;
+    EXPECT_TRUE(tests::ReadFile(Folder.File(Run.Name + ".picture")) == tests::PictureOf(*Component))
+        << Run.Name;
   }
 }
 

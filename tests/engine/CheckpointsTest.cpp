@@ -3,16 +3,16 @@
 #include <qx/engine/Checkpoints.h>
 #include <qx/platform/Filer.h>
 #include <qx/platform/Random.h>
-#include <support/Checkpoint.h>
-#include <support/SmallAlgorithm.h>
-#include <support/SmallGeneticProgram.h>
-#include <support/TemporaryFolder.h>
 
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <random>
 #include <set>
+#include <support/Checkpoint.h>
+#include <support/SmallAlgorithm.h>
+#include <support/SmallGeneticProgram.h>
+#include <support/TemporaryFolder.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>

@@ -1,7 +1,10 @@
 #include <qx/genetic_programming/QXGenerics.GeneticProgramming.ipp>
+#include <qx/platform/Filer.h>
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+#include <support/Checkpoint.h>
 #include <support/SmallPrograms.h>
 
 namespace qx::generics {
@@ -40,6 +43,44 @@ TEST(OtherValueTypesTest, BooleanProgramsRunOverBinaryTrees) {
   EXPECT_FALSE(Engine.Tree("a")->Execute(&Context));
   EXPECT_TRUE(Engine.Tree("(And t (Not a))")->Execute(&Context));
   EXPECT_FALSE(Engine.Tree("(And a t)")->Execute(&Context));
+}
+
+template <class T>
+std::unique_ptr<TQXCustomGeneticProgramming<T>> MakeProgramming() {
+  auto Programming = std::make_unique<TQXCustomGeneticProgramming<T>>();
+  Programming->Instructions().Add().SetName("v");
+  Programming->Instructions().Add().SetArity(1);
+  Programming->OnEvaluateFitness = [](auto&, auto& Item, double& Fitness) {
+    Fitness = dynamic_cast<TQXGPIndividual<T>&>(Item).DNA()->Size();
+  };
+  Programming->SetInitialPopulation(2);
+  Programming->SetInitialDuplicatesRetries(0);
+  Programming->Evolve(2);
+  return Programming;
+}
+
+TEST(OtherValueTypesTest, SingleProgramsHaveCheckpoints) {
+  const auto Programming = MakeProgramming<float>();
+  Programming->Population()[0].DNA()->SetValue(0.1F);
+  const std::string Text = tests::CheckpointOf(*Programming);
+  const auto Other = MakeProgramming<float>();
+  tests::LoadCheckpoint(*Other, Text);
+  EXPECT_EQ(tests::CheckpointOf(*Other), Text);
+  EXPECT_EQ(Other->Population()[0].DNA()->Value(), 0.1F);
+}
+
+struct TPoint {
+  double X = 0;
+};
+
+TEST(OtherValueTypesTest, ValuesWithoutTextAreInNoCheckpoint) {
+  const auto Programming = MakeProgramming<TPoint>();
+  EXPECT_THROW(tests::CheckpointOf(*Programming), std::logic_error);
+  EXPECT_THROW(Programming->Population()[0].DNA()->StateText(), std::logic_error);
+  std::ostringstream Stream;
+  WriteComponent(Stream, *Programming); // as far as it goes: the instructions
+  EXPECT_NE(Stream.str().find("Name = \"v\""), std::string::npos);
+  EXPECT_EQ(Stream.str().find("Program = "), std::string::npos);
 }
 
 } // namespace

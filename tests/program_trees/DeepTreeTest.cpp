@@ -5,8 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <pthread.h>
+#include <sstream>
 #include <string>
-#include <support/SmallPrograms.h>
+#include <support/Checkpoint.h>
+#include <support/SmallGeneticProgram.h>
 #include <utility>
 
 namespace qx::generics {
@@ -95,6 +97,15 @@ TEST_P(DeepTreeTest, AMillionLevelsAreFlattenedSavedAndLoaded) {
   });
 }
 
+TEST_P(DeepTreeTest, AMillionLevelsAreALineAndATreeAgain) {
+  OnSmallStack([&] {
+    const std::string Text = Chain(Levels)->StateText();
+    const TPointer Read = TNode::FromStateText(Text, Engine);
+    EXPECT_EQ(Read->Depth(), Levels - 1);
+    EXPECT_TRUE(Read->StateText() == Text);
+  });
+}
+
 TEST_P(DeepTreeTest, ExecutionStopsBeforeTheStackIsGone) {
   const TPointer Tree = Chain(Levels);
   const TPointer Shallow = Chain(100);
@@ -120,6 +131,30 @@ TEST_P(DeepTreeTest, LevelsThatBringChildrenAreAttachedInLinearTime) {
     Deepest = &Deepest->AddChild(Engine.Tree("(Add x)"));
   }
   EXPECT_EQ(Root->Size(), 2 * Levels);
+}
+
+TEST(DeepTreeRunTest, AProgramAMillionLevelsDeepIsInDocumentsAndCheckpoints) {
+  struct TLargeLimits {
+    TLargeLimits() { DefaultXMLLimits.Depth = 2 * Levels; }
+    ~TLargeLimits() { DefaultXMLLimits = {}; }
+  } const Limits;
+  OnSmallStack([] {
+    tests::TArithmeticProgramming<> Source;
+    TQXGPInstruction<TGAFloat>& Neg = Source.Instructions().GetItemByName("Neg");
+    TNode* Deep = Source.Add("Neg").DNA();
+    for (int I = 1; I < Levels; ++I) {
+      Deep = &Source.CreateNode(&Neg, *Deep);
+    }
+    Source.Population()[0].FlattenDNA();
+    std::stringstream Document;
+    Source.SaveToStream(Document);
+    TQXGeneticProgramming Loaded;
+    Loaded.LoadFromStream(Document);
+    EXPECT_EQ(Loaded.Population()[0].DNA()->Size(), Source.Population()[0].DNA()->Size());
+    tests::TArithmeticProgramming<> Resumed;
+    tests::LoadCheckpoint(Resumed, tests::CheckpointOf(Source));
+    EXPECT_EQ(Resumed.Population()[0].DNA()->Depth(), Levels - 1);
+  });
 }
 
 TEST(StackReserveTest, AHostThatNeedsMoreStackSaysSo) {

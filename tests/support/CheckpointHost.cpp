@@ -1,10 +1,9 @@
 // A process that begins or resumes all runs of CheckpointedRuns.h: checkpoint_host begin|resume FOLDER.
 
-#include <support/CheckpointedRuns.h>
-#include <support/TemporaryFolder.h>
-
 #include <cstdlib>
 #include <iostream>
+#include <support/CheckpointedRuns.h>
+#include <support/TemporaryFolder.h>
 
 int main(int Count, char** Arguments) try {
   if (Count != 3) {

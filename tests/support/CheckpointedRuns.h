@@ -99,11 +99,12 @@ inline std::vector<TCheckpointedRun> CheckpointedRuns() {
   std::vector<TCheckpointedRun> Runs;
   const auto AddPrograms = [&Runs](TGASelectionMethod Selection, TGPBloatStrategy Strategy) {
     const std::string Name = std::string(EnumName(Selection)) + '-' + std::string(EnumName(Strategy));
-    Runs.push_back({"float-" + Name, [=] { return MakeProgramming<TQXGeneticProgramming>(Selection, Strategy); }});
     Runs.push_back(
-        {"binary-" + Name, [=] { return MakeProgramming<TQXBinaryGeneticProgramming>(Selection, Strategy); }});
-    Runs.push_back(
-        {"variant-" + Name, [=] { return MakeProgramming<TQXGeneticProgrammingVariant>(Selection, Strategy); }});
+        {"float-" + Name, [=] { return MakeProgramming<TQXGeneticProgramming>(Selection, Strategy); }});
+    Runs.push_back({"binary-" + Name,
+                    [=] { return MakeProgramming<TQXBinaryGeneticProgramming>(Selection, Strategy); }});
+    Runs.push_back({"variant-" + Name,
+                    [=] { return MakeProgramming<TQXGeneticProgrammingVariant>(Selection, Strategy); }});
   };
   for (std::size_t I = 0; I < EnumNames<TGASelectionMethod>().size(); ++I) {
     const auto Selection = static_cast<TGASelectionMethod>(I);
