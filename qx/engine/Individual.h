@@ -67,6 +67,7 @@ protected:
   void DefineProperties(TFiler& Filer) override;
   /// Adds the fitness, and whether it is stale.
   void DefineState(TFiler& Filer) override;
+  void SetNeedFitness(bool Value) { FNeedFitness = Value; }
   /// What `Assign` does with an individual of whatever class.
   void AssignIndividual(const TQXIndividual& Source);
   /// The name, or the class name when it is empty.

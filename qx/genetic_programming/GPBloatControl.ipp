@@ -38,11 +38,37 @@ bool TQXCustomGeneticProgramming<T>::DoReproduce(TQXIndividual& Parent1, TQXIndi
 template <class T>
 bool TQXCustomGeneticProgramming<T>::DoReproduce(TQXIndividual& Parent1, TQXIndividual& Parent2,
                                                  TQXIndividual& Child1, TQXIndividual& Child2) {
-  const bool Performed = TBase::DoReproduce(Parent1, Parent2, Child1, Child2);
+  const bool Performed = ReproduceTwo(Parent1, Parent2, Child1, Child2);
   auto& First = static_cast<TIndividual&>(Parent1);
   auto& Second = static_cast<TIndividual&>(Parent2);
   DoAntiBloating(First, Second, static_cast<TIndividual&>(Child1), Performed);
   DoAntiBloating(Second, First, static_cast<TIndividual&>(Child2), Performed);
+  return Performed;
+}
+
+// The second child begins as a copy of the first parent and becomes one of the second parent when the two are
+// crossed. The first copy is put off, so that it is not made where nobody sees it.
+template <class T>
+bool TQXCustomGeneticProgramming<T>::ReproduceTwo(TQXIndividual& Parent1, TQXIndividual& Parent2,
+                                                  TQXIndividual& Child1, TQXIndividual& Child2) {
+  const TQXIndividual* const Children[] = {&Child1, &Child2};
+  const bool Apart = &Child1 != &Child2 && std::count(Children, Children + 2, &Parent1) == 0 &&
+                     std::count(Children, Children + 2, &Parent2) == 0;
+  if (!Apart || this->OnInitializeChild || this->TQXCustomGeneticComponent::OnCrossover ||
+      !this->Operations().Contains(goCrossover)) {
+    return TBase::DoReproduce(Parent1, Parent2, Child1, Child2);
+  }
+  typename TIndividual::TCopyingLater Later(static_cast<TIndividual&>(Child2));
+  const bool Performed = TBase::DoReproduce(Parent1, Parent2, Child1, Child2);
+  Later.End();
+  return Performed;
+}
+
+template <class T>
+bool TQXCustomGeneticProgramming<T>::Crossover(TQXIndividual& Parent1, TQXIndividual& Parent2,
+                                               TQXIndividual& Child1, TQXIndividual& Child2) {
+  const bool Performed = TBase::Crossover(Parent1, Parent2, Child1, Child2);
+  static_cast<TIndividual&>(Child2).CopyNow(); // no handler has been called before
   return Performed;
 }
 

@@ -36,9 +36,18 @@ public:
   void AssignDNA(TNodePointer Value);
 
   /// All nodes of the tree, each before its children. Empty until the first `FlattenDNA`.
-  const std::vector<TNode*>& FlattenedDNA() const { return FFlattenedDNA; }
+  const std::vector<TNode*>& FlattenedDNA() const {
+    Settle();
+    return FFlattenedDNA;
+  }
   /// Makes the list anew and marks the fitness as stale; the collection is not told.
   virtual void FlattenDNA();
+
+  /// While it lives, `Assign` notes which program is to be copied, and the copy is made when somebody asks
+  /// for the individual's program, at the latest at the end. Meanwhile the source must not change.
+  class TCopyingLater;
+  /// Makes the copy that has been put off, if there is one, and puts no other off.
+  void CopyNow();
 
   /// Asks the memory for the nodes on the list, ahead of a walk over them.
   void FetchNodes() const;
@@ -115,9 +124,40 @@ private:
   static void Detach(TNode& Node);
   static bool IsWithin(const TNode* Inner, const TNode& Outer);
 
-  bool FHasDNA = false; // whether the tree, or that there is none, has been settled
+  // Makes the copy that has been put off.
+  void Settle() const {
+    if (FCopiesLater) [[unlikely]] {
+      const_cast<TQXGPIndividual&>(*this).CopyNow();
+    }
+  }
+  void CopyProgram(const TQXGPIndividual& Source);
+
+  bool FHasDNA = false; // whether the tree, or that there is none, has been made and is no copy to come
+  bool FCopiesLater = false;
+  const TQXGPIndividual* FCopySource = nullptr; // of the copy to come
   TNodePointer FDNA;
   std::vector<TNode*> FFlattenedDNA;
+};
+
+template <class T>
+class TQXGPIndividual<T>::TCopyingLater {
+public:
+  explicit TCopyingLater(TQXGPIndividual& Individual) : FIndividual(Individual) {
+    static_cast<void>(Individual.DNA());
+    Individual.FCopiesLater = true;
+  }
+  TCopyingLater(const TCopyingLater&) = delete;
+  TCopyingLater& operator=(const TCopyingLater&) = delete;
+  /// Without `End` on the way, the individual keeps the program that it had.
+  ~TCopyingLater() {
+    FIndividual.FCopiesLater = false;
+    FIndividual.FCopySource = nullptr;
+    FIndividual.FHasDNA = true;
+  }
+  void End() { FIndividual.CopyNow(); }
+
+private:
+  TQXGPIndividual& FIndividual;
 };
 
 extern template class TQXGPIndividual<TGAFloat>;

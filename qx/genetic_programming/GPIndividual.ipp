@@ -38,8 +38,12 @@ namespace qx::generics {
 template <class T>
 auto TQXGPIndividual<T>::DNA() -> TNode* {
   if (!FHasDNA) [[unlikely]] {
-    FDNA = CreateDNA();
-    FHasDNA = true;
+    if (FCopySource != nullptr) {
+      CopyNow();
+    } else {
+      FDNA = CreateDNA();
+      FHasDNA = true;
+    }
   }
   return FDNA.get();
 }
@@ -50,8 +54,9 @@ template <class T>
 void TQXGPIndividual<T>::FetchNodes() const {
   constexpr std::size_t CacheLine = 64;
   for (const TNode* const Node : FFlattenedDNA) { // may be gone; that does no harm
-    __builtin_prefetch(Node);
-    __builtin_prefetch(reinterpret_cast<const char*>(Node) + CacheLine);
+    for (std::size_t Byte = 0; Byte < sizeof(TNode); Byte += CacheLine) {
+      __builtin_prefetch(reinterpret_cast<const char*>(Node) + Byte);
+    }
   }
 }
 
@@ -72,6 +77,7 @@ void TQXGPIndividual<T>::AssignDNA(TNodePointer Value) {
   }
   FDNA = std::move(Value);
   FHasDNA = true;
+  FCopySource = nullptr;
   FlattenDNA();
 }
 
@@ -117,8 +123,31 @@ void TQXGPIndividual<T>::Assign(const TPersistent& Source) {
   AssignIndividual(*Individual);
 }
 
+// Until the copy is made the individual has its former program, which nobody sees.
 template <class T>
 void TQXGPIndividual<T>::AssignProgram(const TQXGPIndividual& Source) {
+  if (FCopiesLater) {
+    FCopySource = &Source;
+    FHasDNA = false;
+    MarkStale();
+  } else {
+    CopyProgram(Source);
+  }
+}
+
+template <class T>
+void TQXGPIndividual<T>::CopyNow() {
+  FCopiesLater = false;
+  if (const TQXGPIndividual* const Source = std::exchange(FCopySource, nullptr)) {
+    FHasDNA = true;
+    const bool Stale = NeedFitness();
+    CopyProgram(*Source);
+    SetNeedFitness(Stale);
+  }
+}
+
+template <class T>
+void TQXGPIndividual<T>::CopyProgram(const TQXGPIndividual& Source) {
   Source.FetchNodes();
   FetchNodes();
   IQXGeneticProgramEngine<T>* const Owner = Engine();
@@ -273,6 +302,7 @@ bool TQXGPIndividual<T>::IsWithin(const TNode* Inner, const TNode& Outer) {
 
 template <class T>
 void TQXGPIndividual<T>::RequireOwn(const TNode& Node) const {
+  Settle();
   if (FDNA == nullptr || !IsWithin(&Node, *FDNA)) {
     throw std::invalid_argument("The node is not in the tree of " + DisplayName());
   }
@@ -332,7 +362,7 @@ auto TQXGPIndividual<T>::DoSelectNode(std::span<TNode* const> Nodes, TGAProbabil
 
 template <class T>
 auto TQXGPIndividual<T>::SelectNode(TGAProbability NonTerminalProbability) -> TNode* {
-  return DoSelectNode(FFlattenedDNA, NonTerminalProbability);
+  return DoSelectNode(FlattenedDNA(), NonTerminalProbability);
 }
 
 template <class T>
@@ -342,6 +372,7 @@ auto TQXGPIndividual<T>::SelectNode(TGAProbability NonTerminalProbability, TGPGe
   if (Operations == All) {
     return SelectNode(NonTerminalProbability);
   }
+  Settle();
   std::vector<TNode*> Nodes;
   std::copy_if(FFlattenedDNA.begin(), FFlattenedDNA.end(), std::back_inserter(Nodes), [=](const TNode* Node) {
     return Node->Instruction() != nullptr && Operations.Contains(Node->Instruction()->Operation());
@@ -351,6 +382,7 @@ auto TQXGPIndividual<T>::SelectNode(TGAProbability NonTerminalProbability, TGPGe
 
 template <class T>
 auto TQXGPIndividual<T>::SelectWithin(int Limit, bool BySize) -> TNode* {
+  Settle();
   std::vector<TNode*> Nodes;
   std::copy_if(FFlattenedDNA.begin(), FFlattenedDNA.end(), std::back_inserter(Nodes),
                [=](const TNode* Node) { return (BySize ? Node->Size() : Node->Depth()) <= Limit; });
@@ -433,7 +465,7 @@ void TQXGPIndividual<T>::DefineState(TFiler& Filer) {
     throw std::logic_error("The program of " + DisplayName() + " has values whose type has no text");
   }
   TQXIndividual::DefineState(Filer);
-  Filer.Property("Listed", !FFlattenedDNA.empty(), true, [this](bool Read) {
+  Filer.Property("Listed", !FlattenedDNA().empty(), true, [this](bool Read) {
     if (!Read) {
       FFlattenedDNA.clear();
     }

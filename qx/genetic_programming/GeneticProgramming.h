@@ -207,6 +207,9 @@ public:
   using TBase::EvaluateFitness;
   /// Without running the program, some bloat strategies answer the raw fitness with `UnfitFitness`.
   TGAFitness EvaluateFitness(TQXIndividual& Item, bool Weighted) override;
+  using TBase::Crossover;
+  bool Crossover(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
+                 TQXIndividual& Child2) override;
   using TBase::Mutate;
   /// Runs one mutation method; tells whether it changed the program. Constant and point mutation leave the
   /// list of nodes as it is.
@@ -337,6 +340,8 @@ private:
 
   template <class TStep>
   bool ThenFlatten(TIndividual& Individual, TStep Step);
+  bool ReproduceTwo(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
+                    TQXIndividual& Child2);
   static int PlaceOf(const TNode& Node);
   bool MutateByWeight(TIndividual& Individual);
   static int SizeOf(TIndividual& Individual);

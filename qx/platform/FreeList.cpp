@@ -20,6 +20,7 @@ namespace {
 
 constexpr bool EachBlockFromHeap = QX_EACH_BLOCK_FROM_HEAP;
 constexpr std::size_t PageBytes = 16384;
+constexpr std::align_val_t CacheLine{64}; // blocks of its size lie in one
 
 // The blocks of threads that have ended.
 struct TLeftBlocks {
@@ -79,7 +80,7 @@ void* detail::TakeFreshBlock(std::size_t Bytes) {
     First = std::exchange(Left.Blocks[List], nullptr);
   }
   if (First == nullptr) {
-    char* const Page = static_cast<char*>(::operator new(PageBytes));
+    char* const Page = static_cast<char*>(::operator new(PageBytes, CacheLine));
     for (std::size_t Place = PageBytes / Size * Size; Place > 0; Place -= Size) { // handed out in order
       First = new (Page + Place - Size) TFreeBlock{First};
     }

@@ -22,8 +22,8 @@ public:
   explicit TQXGPBinaryNode(TQXGPInstruction<T>* Instruction);
   ~TQXGPBinaryNode() override { this->FreeChildren(); }
 
-  TQXGPBinaryNode* Left() const { return static_cast<TQXGPBinaryNode*>(FSides[0]); }
-  TQXGPBinaryNode* Right() const { return static_cast<TQXGPBinaryNode*>(FSides[1]); }
+  TQXGPBinaryNode* Left() const { return static_cast<TQXGPBinaryNode*>(this->FOwnSlots[0]); }
+  TQXGPBinaryNode* Right() const { return static_cast<TQXGPBinaryNode*>(this->FOwnSlots[1]); }
   /// Replaces a child by a copy of the given node, which may be an own descendant, or by nothing. The present
   /// child itself stays.
   void SetLeft(const TQXGPBinaryNode* Value) { SetSide(0, Value); }
@@ -42,12 +42,12 @@ protected:
   TPointer NewNode(TQXGPInstruction<T>* Instruction) const override;
   TQXGPNode<T>* GetChild(int Index) const override;
   int GetChildCount() const override {
-    return (FSides[0] != nullptr ? 1 : 0) + (FSides[1] != nullptr ? 1 : 0);
+    return (this->FOwnSlots[0] != nullptr ? 1 : 0) + (this->FOwnSlots[1] != nullptr ? 1 : 0);
   }
 
-  void StoreChild(std::size_t Slot, TQXGPNode<T>& Node) override { FSides[Slot] = &Node; }
+  void StoreChild(std::size_t Slot, TQXGPNode<T>& Node) override { this->FOwnSlots[Slot] = &Node; }
   void DropChild(const TQXGPNode<T>& Node) noexcept override;
-  void DropChildren() noexcept override { FSides[0] = FSides[1] = nullptr; }
+  void DropChildren() noexcept override { this->FOwnSlots[0] = this->FOwnSlots[1] = nullptr; }
   void Reserve(int Count) override;
   void RequireFitting(const TQXGPNode<T>& Node) const override;
 
@@ -57,8 +57,6 @@ private:
   void ReplaceSide(std::size_t Side, TPointer Child);
   [[noreturn]] static void RaiseFull();
   void RequireSide(int Index) const;
-
-  TQXGPNode<T>* FSides[2] = {};
 };
 
 extern template class TQXGPBinaryNode<TGAFloat>;

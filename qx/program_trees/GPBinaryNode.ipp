@@ -14,13 +14,12 @@ namespace qx::generics {
 
 template <class T>
 TQXGPBinaryNode<T>::TQXGPBinaryNode(TQXGPInstruction<T>* Instruction) : TBase(Instruction) {
-  this->FSlots = FSides;
-  this->FSlotCount = 2;
+  this->FSlotCount = TBase::OwnSlots;
 }
 
 template <class T>
 void TQXGPBinaryNode<T>::SetSide(std::size_t Side, const TQXGPBinaryNode* Value) {
-  if (Value != FSides[Side]) {
+  if (Value != this->FOwnSlots[Side]) {
     ReplaceSide(Side, Value != nullptr ? FittingCopy(*Value) : nullptr);
   }
 }
@@ -34,7 +33,7 @@ auto TQXGPBinaryNode<T>::FittingCopy(const TQXGPNode<T>& Source) const -> TPoint
 
 template <class T>
 void TQXGPBinaryNode<T>::ReplaceSide(std::size_t Side, TPointer Child) {
-  TQXGPNode<T>* const Former = FSides[Side];
+  TQXGPNode<T>* const Former = this->FOwnSlots[Side];
   const TPointer Freed = Former != nullptr ? this->ExtractChild(*Former) : nullptr;
   if (Child != nullptr) {
     this->Attach(Side, std::move(Child));
@@ -51,13 +50,13 @@ TQXGPNode<T>& TQXGPBinaryNode<T>::AttachChild(int Index, TPointer&& Node) {
   if (Node != nullptr && Node->Parent() == this) {
     return *Node.release();
   }
-  if (FSides[0] != nullptr && FSides[1] != nullptr) {
+  if (this->FOwnSlots[0] != nullptr && this->FOwnSlots[1] != nullptr) {
     this->RequireAttachable(Node.get());
     RaiseFull();
   }
   RequireSide(Index);
   const auto Side = static_cast<std::size_t>(Index);
-  return this->Attach(FSides[Side] == nullptr ? Side : 1 - Side, std::move(Node));
+  return this->Attach(this->FOwnSlots[Side] == nullptr ? Side : 1 - Side, std::move(Node));
 }
 
 template <class T>
@@ -65,13 +64,13 @@ TQXGPNode<T>& TQXGPBinaryNode<T>::InsertChild(int Index, TPointer&& Node) {
   RequireSide(Index);
   this->RequireAttachable(Node.get());
   const auto Side = static_cast<std::size_t>(Index);
-  const bool MovesOver = FSides[1 - Side] == nullptr;
-  const bool Replaces = MovesOver || FSides[Side] != Node.get();
+  const bool MovesOver = this->FOwnSlots[1 - Side] == nullptr;
+  const bool Replaces = MovesOver || this->FOwnSlots[Side] != Node.get();
   TPointer Copy = Replaces ? FittingCopy(*Node) : nullptr; // while nothing has changed yet
   if (MovesOver) {
-    std::swap(FSides[0], FSides[1]);
+    std::swap(this->FOwnSlots[0], this->FOwnSlots[1]);
   }
-  const bool HasRoom = FSides[1 - Side] == nullptr || Node->Parent() == this;
+  const bool HasRoom = this->FOwnSlots[1 - Side] == nullptr || Node->Parent() == this;
   if (!HasRoom && Node->Parent() != nullptr) {
     static_cast<void>(Node.release()); // it stays where it is, or goes with the child that is replaced
   }
@@ -92,12 +91,13 @@ auto TQXGPBinaryNode<T>::NewNode(TQXGPInstruction<T>* Instruction) const -> TPoi
 template <class T>
 TQXGPNode<T>* TQXGPBinaryNode<T>::GetChild(int Index) const {
   RequireSide(Index);
-  return FSides[Index];
+  return this->FOwnSlots[Index];
 }
 
 template <class T>
 void TQXGPBinaryNode<T>::DropChild(const TQXGPNode<T>& Node) noexcept {
-  std::replace(FSides, FSides + 2, const_cast<TQXGPNode<T>*>(&Node), static_cast<TQXGPNode<T>*>(nullptr));
+  std::replace(this->FOwnSlots, this->FOwnSlots + TBase::OwnSlots, const_cast<TQXGPNode<T>*>(&Node),
+               static_cast<TQXGPNode<T>*>(nullptr));
 }
 
 template <class T>

@@ -9,6 +9,7 @@
 #include <qx/program_trees/GPInstruction.h>
 #include <qx/program_trees/GeneticProgramEngine.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -72,7 +73,7 @@ public:
   TQXGPNode* Children(int Index) const { return GetChild(Index); }
   int ChildCount() const { return GetChildCount(); }
   /// The places of the children, in order; those of a binary node are its two slots and may be nullptr.
-  std::span<TQXGPNode* const> Slots() const { return {FSlots, FSlotCount}; }
+  std::span<TQXGPNode* const> Slots() const { return {SlotArray(), FSlotCount}; }
   /// Place of a child, or -1.
   int IndexOf(const TQXGPNode& Node) const;
 
@@ -206,9 +207,13 @@ protected:
   void FreeChildren() noexcept;
   [[noreturn]] void RaiseIndexError(int Index) const;
 
-  // A family points them at its own storage.
-  TQXGPNode** FSlots = nullptr;
+  // The places of the children: the node's own, or a block of 2^`FSlotSpace` of them.
+  static constexpr std::uint32_t OwnSlots = 2;
+  TQXGPNode** SlotArray() const noexcept {
+    return FSlotSpace == 0 ? const_cast<TQXGPNode**>(FOwnSlots) : FSlotBlock;
+  }
   std::uint32_t FSlotCount = 0;
+  std::uint8_t FSlotSpace = 0;
 
 private:
   template <class TNode>
@@ -220,12 +225,8 @@ private:
   static TPointer CopyTree(const TQXGPNode& Source);
   TQXGPNode& StoreCopy(std::size_t Slot, TPointer Copy);
   bool HasChildren() const noexcept {
-    for (std::uint32_t Slot = 0; Slot < FSlotCount; ++Slot) {
-      if (FSlots[Slot] != nullptr) {
-        return true;
-      }
-    }
-    return false;
+    const auto Children = Slots();
+    return std::any_of(Children.begin(), Children.end(), [](auto* Child) { return Child != nullptr; });
   }
   void AddStateText(std::string& Text) const;
   void AddValueText(std::string& Text) const;
@@ -237,17 +238,24 @@ private:
   void TellUpwards() noexcept;
   void Watch();
 
-  // Size and depth; not known as long as the size is 0. Where they are known they are known below as well.
-  mutable std::int32_t FSize = 0;
-  mutable std::int32_t FDepth = 0;
   // Neither this node nor one above it has known measures or an override of `Modified`, so that a walk up may
   // stop here. Where it is false it is false below as well.
   mutable bool FUnwatched = false;
   bool FModifiedIsOverridden = true; // unless `MakeNode` knows better
+  // Size and depth; not known as long as the size is 0. Where they are known they are known below as well.
+  mutable std::int32_t FSize = 0;
+  mutable std::int32_t FDepth = 0;
   TQXGPNode* FParent = nullptr;
   TQXGPInstruction<T>* FInstruction;
   T FValue;
 
+protected:
+  union {
+    TQXGPNode* FOwnSlots[OwnSlots] = {};
+    TQXGPNode** FSlotBlock;
+  };
+
+private:
   // The node whose override of `Modified` is being called on the way up.
   static inline constinit thread_local TQXGPNode* FTold = nullptr;
 };
@@ -265,9 +273,10 @@ void TQXGPNode<T>::ForEach(TVisit Visit) {
     } else if (!Visit(*Node)) {
       return;
     }
-    for (std::size_t Slot = Node->FSlotCount; Slot-- > 0;) {
-      if (Node->FSlots[Slot] != nullptr) {
-        Pending.Push(Node->FSlots[Slot]);
+    const auto Children = Node->Slots();
+    for (std::size_t Slot = Children.size(); Slot-- > 0;) {
+      if (Children[Slot] != nullptr) {
+        Pending.Push(Children[Slot]);
       }
     }
   }

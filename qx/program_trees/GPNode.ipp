@@ -443,7 +443,7 @@ T TQXGPNode<T>::Execute(TQXGPContext<T>* Context) {
 
 template <class T>
 T TQXGPNode<T>::ExecuteChild(int Index, TQXGPContext<T>* Context) {
-  TQXGPNode* const Child = static_cast<std::uint32_t>(Index) < FSlotCount ? FSlots[Index] : nullptr;
+  TQXGPNode* const Child = static_cast<std::uint32_t>(Index) < FSlotCount ? SlotArray()[Index] : nullptr;
   if (Child == nullptr) [[unlikely]] {
     RaiseIndexError(Index);
   }

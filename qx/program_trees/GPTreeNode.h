@@ -2,6 +2,7 @@
 
 #include <qx/program_trees/GPNode.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -48,13 +49,8 @@ protected:
   void RequireFitting(const TQXGPNode<T>& /*Node*/) const override {}
 
 private:
+  std::uint32_t Capacity() const { return std::max(TBase::OwnSlots, std::uint32_t{1} << this->FSlotSpace); }
   void FreeSlots() noexcept;
-
-  // More children than that live in a block of their own.
-  static constexpr std::uint32_t OwnSlots = 3;
-
-  std::uint32_t FCapacity = OwnSlots;
-  TQXGPNode<T>* FOwnSlots[OwnSlots];
 };
 
 extern template class TQXGPTreeNode<TGAFloat>;

@@ -14,9 +14,7 @@
 namespace qx::generics {
 
 template <class T>
-TQXGPTreeNode<T>::TQXGPTreeNode(TQXGPInstruction<T>* Instruction) : TBase(Instruction) {
-  this->FSlots = FOwnSlots;
-}
+TQXGPTreeNode<T>::TQXGPTreeNode(TQXGPInstruction<T>* Instruction) : TBase(Instruction) {}
 
 template <class T>
 TQXGPTreeNode<T>::~TQXGPTreeNode() {
@@ -66,44 +64,46 @@ TQXGPNode<T>* TQXGPTreeNode<T>::GetChild(int Index) const {
   if (static_cast<std::uint32_t>(Index) >= this->FSlotCount) [[unlikely]] { // a negative index is a huge one
     this->RaiseIndexError(Index);
   }
-  return this->FSlots[Index];
+  return this->SlotArray()[Index];
 }
 
 template <class T>
 void TQXGPTreeNode<T>::StoreChild(std::size_t Slot, TQXGPNode<T>& Node) {
-  if (this->FSlotCount == FCapacity) {
+  if (this->FSlotCount == Capacity()) {
     Reserve(GetChildCount() + 1);
   }
+  TQXGPNode<T>** const Slots = this->SlotArray();
   std::size_t Place = this->FSlotCount++;
   for (; Place > Slot; --Place) {
-    this->FSlots[Place] = this->FSlots[Place - 1];
+    Slots[Place] = Slots[Place - 1];
   }
-  this->FSlots[Place] = &Node;
+  Slots[Place] = &Node;
 }
 
 template <class T>
 void TQXGPTreeNode<T>::DropChild(const TQXGPNode<T>& Node) noexcept {
-  TQXGPNode<T>** const End = this->FSlots + this->FSlotCount;
-  this->FSlotCount = static_cast<std::uint32_t>(std::remove(this->FSlots, End, &Node) - this->FSlots);
+  TQXGPNode<T>** const Slots = this->SlotArray();
+  const auto* const End = std::remove(Slots, Slots + this->FSlotCount, &Node);
+  this->FSlotCount = static_cast<std::uint32_t>(End - Slots);
 }
 
 template <class T>
 void TQXGPTreeNode<T>::Reserve(int Count) {
-  if (std::cmp_less_equal(Count, FCapacity)) {
+  if (std::cmp_less_equal(Count, Capacity())) {
     return;
   }
-  const std::uint32_t NewCapacity = std::bit_ceil(static_cast<std::uint32_t>(Count));
-  auto** const NewSlots = static_cast<TQXGPNode<T>**>(TakeBlock(NewCapacity * sizeof(TQXGPNode<T>*)));
-  std::copy_n(this->FSlots, this->FSlotCount, NewSlots);
+  const auto Space = static_cast<std::uint8_t>(std::bit_width(static_cast<std::uint32_t>(Count - 1)));
+  auto** const Block = static_cast<TQXGPNode<T>**>(TakeBlock(sizeof(TQXGPNode<T>*) << Space));
+  std::copy_n(this->SlotArray(), this->FSlotCount, Block);
   FreeSlots();
-  this->FSlots = NewSlots;
-  FCapacity = NewCapacity;
+  this->FSlotBlock = Block;
+  this->FSlotSpace = Space;
 }
 
 template <class T>
 void TQXGPTreeNode<T>::FreeSlots() noexcept {
-  if (this->FSlots != FOwnSlots) {
-    FreeBlock(this->FSlots, FCapacity * sizeof(TQXGPNode<T>*));
+  if (this->FSlotSpace > 0) {
+    FreeBlock(this->FSlotBlock, sizeof(TQXGPNode<T>*) << this->FSlotSpace);
   }
 }
 
