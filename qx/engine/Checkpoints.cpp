@@ -32,7 +32,8 @@ std::vector<TFile> FilesOf(const std::string& FileName) {
       continue;
     }
     const std::string_view Digits = std::string_view(Name).substr(Prefix.size());
-    if (Digits.find_first_not_of("0123456789") == std::string_view::npos) {
+    constexpr std::size_t MostDigits = 15; // another program's file has more
+    if (Digits.size() <= MostDigits && Digits.find_first_not_of("0123456789") == std::string_view::npos) {
       if (const auto Number = ParseInteger(Digits)) {
         Files.push_back({Entry.path(), *Number});
       }
@@ -58,7 +59,8 @@ TCheckpoints::TCheckpoints(std::string FileName, TCheckpointPolicy Policy)
     : FFileName(std::move(FileName)), FPolicy(Policy) {}
 
 bool TCheckpoints::Update(TQXCustomGeneticComponent& Component) {
-  const auto Passed = std::chrono::steady_clock::now() - FTime;
+  const auto Passed =
+      std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - FTime);
   const std::int64_t Generations = std::int64_t{Component.Generation()} - FGeneration.value_or(0);
   const bool Due = !FGeneration || Generations < 0 || // a run that has begun anew
                    (FPolicy.EveryGenerations > 0 && Generations >= FPolicy.EveryGenerations) ||

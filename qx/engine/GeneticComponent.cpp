@@ -97,18 +97,6 @@ void TQXCustomGeneticComponent::SetPreviousGeneration(const TQXPopulation& Value
   FPreviousGeneration->Assign(Value);
 }
 
-// Lasts while a generation, or the first one, is being made.
-class TQXCustomGeneticComponent::TRunning {
-public:
-  explicit TRunning(int& Count) : FCount(Count) { ++FCount; }
-  TRunning(const TRunning&) = delete;
-  TRunning& operator=(const TRunning&) = delete;
-  ~TRunning() { --FCount; }
-
-private:
-  int& FCount;
-};
-
 void TQXCustomGeneticComponent::Initialize() {
   const TRunning Running(FRunning);
   FSettings.Initialized = false;

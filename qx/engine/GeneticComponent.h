@@ -230,17 +230,18 @@ public:
 
   /// Writes all that the run goes on from: settings, domain, both generations with their fitnesses,
   /// statistics, what selection has prepared, and the state of the process-wide random generator. Handlers,
-  /// and a source that stands in for the generator, are the host's. Raises std::logic_error between the
-  /// beginning and the end of `Initialize` or a generation; what a stream or file raises.
+  /// and a source that stands in for the generator, are the host's. Raises std::logic_error inside
+  /// `Initialize`, a generation, an evaluation of all individuals, or a load; what a stream or file raises.
   void SaveCheckpoint(std::ostream& Stream);
   /// The file is replaced as a whole, or not at all; see `ReplaceFile`.
   void SaveCheckpoint(const std::string& FileName);
   /// Takes up a run where a checkpoint was written, in this process or another: it goes on exactly as if it
   /// had not stopped, provided that the component is of the same class and the handlers do the same. What the
   /// host has declared by the same names (genes, instructions with their handlers) remains the same objects.
-  /// No handler is called. Raises EPropertyError for what is no such checkpoint, std::system_error for a file
-  /// that cannot be read, std::logic_error as `SaveCheckpoint`; everything is as it was then, the random
-  /// generator included.
+  /// Assign handlers before: one for fitness that comes later marks all individuals as stale. No handler is
+  /// called. IDs of items are given anew. Raises EPropertyError for what is no such checkpoint,
+  /// std::system_error for a file that cannot be read, std::logic_error as `SaveCheckpoint`; everything is as
+  /// it was then, the random generator included.
   void LoadCheckpoint(std::istream& Stream);
   void LoadCheckpoint(const std::string& FileName);
 
@@ -421,7 +422,17 @@ private:
 
   bool Maximizing() const { return (FSettings.FitnessMethod & 1) != 0; }
   bool UsesWeightedFitness() const { return FSettings.FitnessMethod >= fmWeightedMinimize; }
-  class TRunning;
+  // Lasts while a generation, or the first one, is made or evaluated.
+  class TRunning {
+  public:
+    explicit TRunning(int& Count) : FCount(Count) { ++FCount; }
+    TRunning(const TRunning&) = delete;
+    TRunning& operator=(const TRunning&) = delete;
+    ~TRunning() { --FCount; }
+
+  private:
+    int& FCount;
+  };
 
   bool AllFitnessesEqual() const;
   void FitnessHandlerChanged(bool WasAssigned);

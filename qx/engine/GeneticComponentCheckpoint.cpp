@@ -6,7 +6,9 @@
 #include <qx/platform/Files.h>
 #include <qx/platform/Random.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <fstream>
 #include <limits>
 #include <memory>
@@ -23,11 +25,19 @@ namespace qx {
 namespace {
 
 void DefineStatistics(TFiler& Filer, const std::string& Prefix, TFitnessStatistics& Statistics) {
+  const auto DefineCount = [&](const char* Name, int& Count) {
+    Filer.Property(Prefix + Name, Count, true, [&Count](int Read) {
+      if (Read < 0) {
+        throw std::out_of_range("there are no " + std::to_string(Read));
+      }
+      Count = Read;
+    });
+  };
   Filer.Field(Prefix + "Max", Statistics.Max);
   Filer.Field(Prefix + "Min", Statistics.Min);
   Filer.Field(Prefix + "Sum", Statistics.Sum);
-  Filer.Field(Prefix + "Numbers", Statistics.Numbers);
-  Filer.Field(Prefix + "NotNumbers", Statistics.NotNumbers);
+  DefineCount("Numbers", Statistics.Numbers);
+  DefineCount("NotNumbers", Statistics.NotNumbers);
 }
 
 } // namespace
@@ -35,8 +45,9 @@ void DefineStatistics(TFiler& Filer, const std::string& Prefix, TFitnessStatisti
 // --- Streams and files -------------------------------------------------------------------------------------
 
 void TQXCustomGeneticComponent::RequireRest() const {
-  if (FRunning > 0) {
-    throw std::logic_error("A checkpoint is written or read between two generations, not inside one");
+  if (FRunning > 0 || FLoad != nullptr) {
+    throw std::logic_error("A checkpoint is written or read between two generations, not inside one, and not "
+                           "inside a load");
   }
 }
 
@@ -77,6 +88,7 @@ void TQXCustomGeneticComponent::DefinePopulation(TFiler& Filer) {
         RequireRoomFor(Count);
         FLoad->SetAside(Population());
         InitializeEmpty();
+        Population().Clear(); // of what a handler has added
         Loaded = true;
       },
       [&](std::string_view /*Name*/) -> TCollectionItem& { return Population().Add(); });
@@ -89,15 +101,18 @@ void TQXCustomGeneticComponent::DefinePopulation(TFiler& Filer) {
 
 // What is computed comes last: settings and individuals that are read mark it as due.
 void TQXCustomGeneticComponent::DefineState(TFiler& Filer) {
-  if (TLoadScope* const Load = CurrentLoad()) {
-    Load->AllowRoom(Filer.Length());
-    Load->SetAside(Population());
+  if (Filer.Applies()) {
+    FLoad->OnFailure([Random = RandomState()] { SetRandomState(Random); });
+    FLoad->SetRoom(std::numeric_limits<std::uint64_t>::max()); // as long as there are no individuals
+    FLoad->SetAside(Population());
     if (FPreviousGeneration != nullptr) {
-      Load->SetAside(*FPreviousGeneration);
+      FLoad->SetAside(*FPreviousGeneration);
     }
-    Load->OnFailure([Random = RandomState()] { SetRandomState(Random); });
   }
   TComponent::DefineState(Filer);
+  if (Filer.Applies()) {
+    FLoad->SetRoom(std::max<std::uint64_t>(DefaultXMLLimits.Bytes, Filer.Length()));
+  }
   DefineGenerations(Filer);
   Filer.Field("Initialized", FSettings.Initialized);
   Filer.Field("Halt", FSettings.Halt);

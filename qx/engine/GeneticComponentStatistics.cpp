@@ -19,6 +19,7 @@ TGAFitness TQXCustomGeneticComponent::Diversity() const {
 }
 
 void TQXCustomGeneticComponent::EvaluateFitness() {
+  const TRunning Running(FRunning);
   FStatisticsDue = false; // a handler that deletes an individual makes them due again
   try {
     if (Population().Count() == 0) {

@@ -4,7 +4,6 @@
 #include <qx/platform/Collection.h>
 #include <qx/platform/XML.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -38,10 +37,9 @@ public:
   TSetAsideItems& SetAside(TOwnedCollection& Items);
   /// Lets the fitnesses of a generation's members, stale or not, come back.
   void RememberFitnesses(TQXPopulation& Population);
-  /// Bytes that the genomes of a load may have in all: as many as a document may have, unless what is read
-  /// is longer itself.
+  /// Bytes that the genomes of a load may have in all: as many as a document may have, unless told otherwise.
   std::uint64_t Room() const { return FOutermost->FRoom; }
-  void AllowRoom(std::uint64_t Bytes) { FOutermost->FRoom = std::max(FOutermost->FRoom, Bytes); }
+  void SetRoom(std::uint64_t Bytes) { FOutermost->FRoom = Bytes; }
   /// Adds to the component's `LoadWarnings`.
   void Warn(std::string Warning) { FOutermost->FWarnings.push_back(std::move(Warning)); }
   /// Warns when a setting has become another value than that which was read.

@@ -124,9 +124,10 @@ public:
 
 protected:
   void DefineProperties(TFiler& Filer) override;
-  /// Adds the offset, which the first gene may have kept from genes that are gone.
-  void DefineState(TFiler& Filer) override;
   std::string GetDisplayName() const override;
+  /// Copies all fields as they are and tells nobody; for loads that are undone. A derived class adds its own
+  /// fields.
+  virtual void Store(const TQXGAGene& Source);
   /// Called when `Size` has a new value.
   virtual void SizeChange();
   /// Called when the list of texts has changed.
@@ -137,8 +138,6 @@ private:
   friend struct detail::TGeneContent;
 
   void StoreSize(int Value);
-  // Copies all fields as they are and tells nobody.
-  void Store(const TQXGAGene& Source);
   void RecalcMinMax();
   void RequireNumber(double Value, std::string_view What) const;
   template <class T>

@@ -165,11 +165,6 @@ void TQXGAGene::DefineProperties(TFiler& Filer) {
   });
 }
 
-void TQXGAGene::DefineState(TFiler& Filer) {
-  TCollectionItem::DefineState(Filer);
-  Filer.Field("Offset", FOffset);
-}
-
 void TQXGAGene::Store(const TQXGAGene& Source) {
   FSize = Source.FSize;
   FOffset = Source.FOffset;

@@ -9,6 +9,7 @@ namespace qx::detail {
 
 struct TGeneContent {
   static void Store(TQXGAGene& Target, const TQXGAGene& Source) { Target.Store(Source); }
+  static std::string Key(std::string_view Name) { return std::string(Name); }
 };
 
 using TGenesReload = TNamedItemsReload<TQXGAGenes, TQXGAGene, TGeneContent>;

@@ -101,6 +101,8 @@ protected:
   bool DoInvert(TQXIndividual& Item) override;
 
   void DefineProperties(TFiler& Filer) override;
+  /// Adds the offsets, which hosts may set and which the first gene keeps from genes that are gone.
+  void DefineState(TFiler& Filer) override;
   void RequireRoomFor(int Individuals) const override;
   void Remember(TLoadScope& Load) override;
 

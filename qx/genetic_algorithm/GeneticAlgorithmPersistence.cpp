@@ -13,6 +13,7 @@
 #include <stdexcept>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace qx {
 
@@ -213,6 +214,29 @@ void TQXCustomGeneticAlgorithm::DefineProperties(TFiler& Filer) {
   DefinePopulation(Filer);
 }
 
-void TQXCustomGeneticAlgorithm::RequireRoomFor(int Individuals) const { RequireRoom(Individuals, FGeneSize); }
+// When all genes are there: each that comes has the others follow one another.
+void TQXCustomGeneticAlgorithm::DefineState(TFiler& Filer) {
+  TQXTypedGeneticComponent::DefineState(Filer);
+  std::vector<int> Offsets;
+  for (const TQXGAGene& Gene : Genes()) {
+    Offsets.push_back(Gene.Offset());
+  }
+  Filer.Property("Offsets", Offsets, true, [&](const std::vector<int>& Read) {
+    if (Read.size() != Offsets.size()) {
+      throw std::invalid_argument("there are " + std::to_string(Offsets.size()) + " genes");
+    }
+    for (std::size_t I = 0; I < Read.size(); ++I) {
+      if (Read[I] != Offsets[I]) {
+        Genes()[static_cast<int>(I)].SetOffset(Read[I]);
+      }
+    }
+  });
+}
+
+void TQXCustomGeneticAlgorithm::RequireRoomFor(int Individuals) const {
+  if (Individuals > 0) {
+    RequireRoom(Individuals, FGeneSize);
+  }
+}
 
 } // namespace qx

@@ -312,8 +312,7 @@ void TQXCustomGeneticProgramming<T>::SelectTournament(TQXCustomGeneticComponent&
   }
 }
 
-// --- A generation and its statistics
-// --------------------------------------------------------------------------------------------
+// --- A generation and its statistics -----------------------------------------------------------------------
 
 template <class T>
 void TQXCustomGeneticProgramming<T>::DoEvolve() {

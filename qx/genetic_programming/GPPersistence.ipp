@@ -183,17 +183,17 @@ void TQXCustomGeneticProgramming<T>::DefineProperties(TFiler& Filer) {
              IsPointMutationProbabilityStored());
   DefineReal("TarpeianProbability", FSettings.TarpeianProbability, IsTarpeianProbabilityStored());
   DefineInstructions(Filer);
-  this->DefinePopulation(Filer);
+  if constexpr (HasPropertyText<T>) {
+    this->DefinePopulation(Filer);
+  }
 }
 
 // The individuals go first: they refer to the instructions.
 template <class T>
 void TQXCustomGeneticProgramming<T>::DefineInstructions(TFiler& Filer) {
-  struct TContent {
-    static void Store(TInstruction& Target, const TInstruction& Source) { Target.Assign(Source); }
-  };
   TQXGPInstructions<T>& Set = this->Instructions();
-  std::optional<TNamedItemsReload<TQXGPInstructions<T>, TInstruction, TContent>> Reload;
+  std::optional<TNamedItemsReload<TQXGPInstructions<T>, TInstruction, TInstructionContent<T>>> Reload;
+  std::optional<TUpdateScope<TQXGPInstructions<T>>> Update;
   Filer.Items(
       "Instructions", Set,
       [&](int /*Count*/) {
@@ -204,13 +204,17 @@ void TQXCustomGeneticProgramming<T>::DefineInstructions(TFiler& Filer) {
           Load.SetAside(*this->PreviousGeneration());
         }
         Reload.emplace(Set, Load);
+        Update.emplace(Set);
       },
       [&](std::string_view Name) -> TCollectionItem& {
-        if (!Name.empty() && Set.FindItemName(Name) != nullptr) {
+        if (!Filer.Exact() && !Name.empty() && Set.FindItemName(Name) != nullptr) {
           throw std::invalid_argument(std::string(SInstructionNotUnique));
         }
         return Reload->Add(Name);
       });
+  if (Update) {
+    Update->End();
+  }
 }
 
 template <class T>
@@ -236,16 +240,16 @@ void TQXCustomGeneticProgramming<T>::DefineOrder(TFiler& Filer, std::string_view
   std::vector<int> Places(List.size());
   std::transform(List.begin(), List.end(), Places.begin(),
                  [](const TInstruction* Instruction) { return Instruction->Index(); });
-  Filer.Property(Name, Places, true, [&](std::vector<int> Read) {
-    TInstructionList Ordered;
-    for (const int Place : Read) {
-      Ordered.push_back(&this->Instructions()[Place]);
-    }
-    if (!std::is_permutation(List.begin(), List.end(), Ordered.begin(), Ordered.end())) {
+  Filer.Property(Name, Places, true, [&](const std::vector<int>& Read) {
+    std::vector<int> Sorted = Read;
+    std::sort(Sorted.begin(), Sorted.end());
+    std::sort(Places.begin(), Places.end());
+    if (Sorted != Places) {
       throw std::invalid_argument("these are not the places of the instructions that are " +
                                   std::string(Name));
     }
-    List = std::move(Ordered);
+    std::transform(Read.begin(), Read.end(), List.begin(),
+                   [this](int Place) { return &this->Instructions()[Place]; });
   });
 }
 

@@ -64,10 +64,11 @@ protected:
   /// Reads instructions into the set. When the load fails, those that it added are gone and the others as
   /// they were.
   void MergeInstructions(const TXMLGPInstructions& Element, TLoadScope& Load) {
-    auto Former =
-        std::make_shared<std::vector<TInstruction>>(static_cast<std::size_t>(Instructions().Count()));
-    for (std::size_t I = 0; I < Former->size(); ++I) {
-      (*Former)[I].Assign(Instructions()[static_cast<int>(I)]);
+    using TContent = TInstructionContent<T>;
+    auto Former = std::make_shared<std::vector<std::unique_ptr<TInstruction>>>();
+    for (const TInstruction& Instruction : Instructions()) {
+      Former->push_back(Instructions().ItemClass().Make());
+      TContent::Store(*Former->back(), Instruction);
     }
     Load.OnFailure([this, Former] {
       TUpdateScope Update(Instructions());
@@ -75,7 +76,7 @@ protected:
         Instructions().Delete(Instructions().Count() - 1);
       }
       for (std::size_t I = 0; I < Former->size(); ++I) {
-        Instructions()[static_cast<int>(I)].Assign((*Former)[I]);
+        TContent::Store(Instructions()[static_cast<int>(I)], *(*Former)[I]);
       }
       Update.End();
     });

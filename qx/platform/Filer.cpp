@@ -35,6 +35,7 @@ public:
 
   bool Writes() const override { return true; }
   bool Exact() const override { return FExact; }
+  bool Applies() const override { return false; }
 
   void Items(std::string_view Name, TOwnedCollection& Items, const TStart& /*Start*/,
              const TAdd& /*Add*/) override {
@@ -97,6 +98,14 @@ public:
   void ParseHeading() {
     if (NextLine() != StateHeading) {
       Refuse("a checkpoint that can be read begins with " + std::string(StateHeading));
+    }
+  }
+
+  void ParseEnd() {
+    for (char C = 0; FStream.get(C); ++FBytes) {
+      if (Trimmed(std::string_view(&C, 1)) != "") {
+        Refuse("something stands behind the checkpoint");
+      }
     }
   }
 
@@ -172,9 +181,14 @@ public:
 
   bool Writes() const override { return false; }
   bool Exact() const override { return FExactLength > 0; }
+  bool Applies() const override { return FApply; }
   std::size_t Length() const override { return FExactLength; }
 
   void ReadBlock(TBlock& Block, TPersistent& Object) {
+    if (Exact() && Block.Name != Object.ClassName()) {
+      throw EPropertyError("a " + Block.Name + " stands where a " + Object.ClassName() + " is made",
+                           Block.Line);
+    }
     TBlock* const Outer = std::exchange(FBlock, &Block);
     Define(Object, *this);
     FBlock = Outer;
@@ -313,6 +327,7 @@ void ReadState(std::istream& Stream, TComponent& Component) {
   TParser Parser(Stream, std::numeric_limits<std::size_t>::max());
   Parser.ParseHeading();
   TBlock Block = Parser.ParseComponent();
+  Parser.ParseEnd();
   if (Block.Name != Component.ClassName()) {
     throw EPropertyError("the checkpoint of a " + Block.Name + ", not of a " + Component.ClassName(),
                          Block.Line);

@@ -51,6 +51,8 @@ public:
   /// Whether the stream holds a whole state rather than what differs from the defaults: then every property
   /// is stored, and one that is missing is an error.
   virtual bool Exact() const = 0;
+  /// Whether what is read is applied: a stream is gone through once before that, to see whether it reads.
+  virtual bool Applies() const = 0;
   /// Bytes of the stream that is read; 0 while writing.
   virtual std::size_t Length() const { return 0; }
 

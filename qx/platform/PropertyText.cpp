@@ -3,6 +3,8 @@
 #include <qx/platform/Text.h>
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <locale>
 #include <optional>
 #include <sstream>
@@ -87,6 +89,14 @@ bool TPropertyText<bool>::Parse(std::string_view Text) {
     Refuse("it is neither true nor false");
   }
   return Text == "true";
+}
+
+float TPropertyText<float>::Parse(std::string_view Text) {
+  const double Value = TPropertyText<double>::Parse(Text);
+  if (std::isfinite(Value) && std::fabs(Value) > static_cast<double>(std::numeric_limits<float>::max())) {
+    Refuse("it is beyond single precision");
+  }
+  return static_cast<float>(Value);
 }
 
 std::string TPropertyText<double>::Make(double Value) { return NumberText(Value); }
@@ -214,7 +224,8 @@ TQXRandomState TPropertyText<TQXRandomState>::Parse(std::string_view Text) {
   std::istringstream Stream{std::string(Text)};
   Stream.imbue(std::locale::classic());
   TQXRandomState State{};
-  if (!(Stream >> State)) {
+  const bool HasSigns = Text.find_first_not_of("0123456789 ") != std::string_view::npos; // a minus would wrap
+  if (HasSigns || !(Stream >> State) || !(Stream >> std::ws).eof()) {
     Refuse("it is no state of the random generator");
   }
   return State;

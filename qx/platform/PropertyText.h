@@ -48,7 +48,7 @@ struct TPropertyText<double> {
 template <>
 struct TPropertyText<float> {
   static std::string Make(float Value) { return TPropertyText<double>::Make(static_cast<double>(Value)); }
-  static float Parse(std::string_view Text) { return static_cast<float>(TPropertyText<double>::Parse(Text)); }
+  static float Parse(std::string_view Text);
 };
 
 /// In double quotes, with \" \\ \n \r \t and \xNN for other control characters.

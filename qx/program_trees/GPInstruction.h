@@ -101,13 +101,19 @@ protected:
   virtual void LoadValueFromXML(const TXMLInstructionType& /*Element*/) {}
   virtual void SaveValueToXML(const TXMLInstructionType& /*Element*/) {}
 
-  /// The value takes part when its type has a text (see `TPropertyText`).
+  /// Copies all fields but the handlers as they are, and tells nobody; for loads that are undone. A derived
+  /// class adds its own fields.
+  virtual void Store(const TQXGPInstruction& Source);
+  /// The value takes part when its type has a text (see `TPropertyText`); without one there is no checkpoint:
+  /// std::logic_error.
   void DefineProperties(TFiler& Filer) override;
   std::string GetDisplayName() const override;
   void CollectionChanged(TOwnedCollection* Value) override;
 
 private:
   friend class TQXGPInstructions<T>;
+  template <class>
+  friend struct TInstructionContent;
 
   // Stores a name, taken or not.
   void StoreName(std::string_view Value);
@@ -123,6 +129,13 @@ private:
   T FValue{};
   TQXGPInstructions<T>* FSet = nullptr;
   TDictionaryHint FHint; // where the context had the value
+};
+
+/// What `TNamedItemsReload` needs of instructions.
+template <class T>
+struct TInstructionContent {
+  static void Store(TQXGPInstruction<T>& Target, const TQXGPInstruction<T>& Source) { Target.Store(Source); }
+  static std::string Key(std::string_view Name);
 };
 
 extern template class TQXGPInstruction<TGAFloat>;

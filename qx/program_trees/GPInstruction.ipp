@@ -247,15 +247,45 @@ void TQXGPInstruction<T>::RaiseMissingContext() const {
 template <class T>
 void TQXGPInstruction<T>::DefineProperties(TFiler& Filer) {
   TCollectionItem::DefineProperties(Filer);
-  Filer.Property("Name", FName, !FName.empty(), [this](const std::string& Read) { SetName(Read); });
+  // A state may have what the setters do not make: a name twice, a variable with an arity.
+  Filer.Property("Name", FName, !FName.empty(), [&](const std::string& Read) {
+    if (Filer.Exact()) {
+      StoreName(Read);
+      Changed(false);
+    } else {
+      SetName(Read);
+    }
+  });
   Filer.Property("Comment", FComment, !FComment.empty(),
                  [this](const std::string& Read) { SetComment(Read); });
-  Filer.Property("Operation", FOperation, FOperation != gpVariable,
-                 [this](TGPGeneticInstruction Read) { SetOperation(Read); });
   Filer.Property("Arity", FArity, FArity != 0, [this](int Read) { SetArity(Read); });
+  Filer.Property("Operation", FOperation, FOperation != gpVariable, [&](TGPGeneticInstruction Read) {
+    if (Filer.Exact()) {
+      FOperation = Read;
+      OperationChanged();
+    } else {
+      SetOperation(Read);
+    }
+  });
   if constexpr (HasPropertyText<T>) {
     Filer.Property("Value", FValue, !SameState(FValue, T()), [this](const T& Read) { SetValue(Read); });
+  } else if (Filer.Exact()) {
+    throw std::logic_error("The value of " + DisplayName() + " is of a type that has no text");
   }
+}
+
+template <class T>
+void TQXGPInstruction<T>::Store(const TQXGPInstruction& Source) {
+  StoreName(Source.FName);
+  FComment = Source.FComment;
+  FArity = Source.FArity;
+  FOperation = Source.FOperation;
+  FValue = Source.FValue;
+}
+
+template <class T>
+std::string TInstructionContent<T>::Key(std::string_view Name) {
+  return LowerText(Name);
 }
 
 } // namespace qx::generics

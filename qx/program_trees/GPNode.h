@@ -159,9 +159,9 @@ public:
   /// Writes the tree in place of what the element holds.
   virtual void SaveToXML(const TXMLDnaType& Element) const;
 
-  /// The tree as one line from which `FromStateText` makes the same tree, values to the last bit:
-  /// `"Add"("x" "c"=1.5)`, with "-" for a free slot. Raises std::logic_error for a value whose type has no
-  /// text (see `TPropertyText`).
+  /// The tree as one line from which `FromStateText` makes the same tree, values to the last bit (a NaN as a
+  /// NaN): `"Add"("x" "c"=1.5)`, with "-" for a free slot. Raises std::logic_error for a value whose type has
+  /// no text (see `TPropertyText`).
   std::string StateText() const;
   /// Makes a tree of an engine's nodes and instructions. Raises std::invalid_argument for a text that is no
   /// such tree or names an instruction that the engine does not have.

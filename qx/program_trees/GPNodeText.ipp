@@ -57,12 +57,15 @@ std::string TQXGPNode<T>::StateText() const {
   return Text;
 }
 
-// The instruction, by its name or, without one, its place; the value, where it is not the instruction's.
+// The instruction, by its name or, without one of its own, its place; the value, where it is not the
+// instruction's.
 template <class T>
 void TQXGPNode<T>::AddStateText(std::string& Text) const {
   if (FInstruction == nullptr) {
     Text += '?';
-  } else if (!FInstruction->Name().empty()) {
+  } else if (const auto* const Set = FInstruction->Collection();
+             !FInstruction->Name().empty() &&
+             (Set == nullptr || Set->FindItemName(FInstruction->Name()) == FInstruction)) {
     Text += TPropertyText<std::string>::Make(FInstruction->Name());
   } else {
     Text.append("#").append(std::to_string(FInstruction->Index()));
@@ -141,9 +144,18 @@ private:
   }
 
   TPointer ReadNode() {
-    TPointer Node = FEngine.CreateNode(ReadInstruction());
+    TInstruction* const Instruction = ReadInstruction();
+    TPointer Node = FEngine.CreateNode(Instruction);
+    if (Node == nullptr) {
+      throw std::logic_error("No node was made by the engine");
+    }
+    // Whatever the engine has given it.
+    Node->FreeChildren();
+    Node->FInstruction = Instruction;
     if (Take('=')) {
       ReadValue(*Node);
+    } else {
+      Node->SetValue(Instruction != nullptr ? Instruction->Value() : T());
     }
     if (Take('~')) {
       Node->DoLoadState(TakeQuoted(FText));

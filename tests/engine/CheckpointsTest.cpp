@@ -109,6 +109,22 @@ TEST_F(CheckpointsTest, NoneIsNoErrorButNoneThatReadsIs) {
   EXPECT_EQ(CheckpointOf(Algorithm), Before);
 }
 
+TEST_F(CheckpointsTest, FilesWithNumbersBeyondAllCountingAreNoneOfThem) {
+  TSmallAlgorithm Algorithm;
+  tests::WriteFile(Folder.File("run.9223372036854775807"), "");
+  TCheckpoints Checkpoints(Name);
+  Checkpoints.Write(Algorithm);
+  EXPECT_EQ(Checkpoints.Resume(Algorithm), Folder.File("run.000001"));
+}
+
+TEST_F(CheckpointsTest, ATimeThatNeverPassesWritesOnlyTheFirst) {
+  TSmallAlgorithm Algorithm;
+  TCheckpoints Checkpoints(Name, {.EveryGenerations = 0, .Every = std::chrono::milliseconds::max()});
+  EXPECT_TRUE(Checkpoints.Update(Algorithm));
+  Algorithm.Evolve();
+  EXPECT_FALSE(Checkpoints.Update(Algorithm));
+}
+
 TEST_F(CheckpointsTest, WithoutTheirFolderRaise) {
   TSmallAlgorithm Algorithm;
   TCheckpoints Checkpoints(Folder.File("none/run"));

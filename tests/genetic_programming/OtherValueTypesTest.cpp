@@ -77,6 +77,9 @@ TEST(OtherValueTypesTest, ValuesWithoutTextAreInNoCheckpoint) {
   const auto Programming = MakeProgramming<TPoint>();
   EXPECT_THROW(tests::CheckpointOf(*Programming), std::logic_error);
   EXPECT_THROW(Programming->Population()[0].DNA()->StateText(), std::logic_error);
+  TQXCustomGeneticProgramming<TPoint> Unused;
+  Unused.Instructions().Add().SetValue({5});
+  EXPECT_THROW(tests::CheckpointOf(Unused), std::logic_error);
   std::ostringstream Stream;
   WriteComponent(Stream, *Programming); // as far as it goes: the instructions
   EXPECT_NE(Stream.str().find("Name = \"v\""), std::string::npos);

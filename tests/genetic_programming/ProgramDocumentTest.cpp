@@ -309,6 +309,15 @@ TEST_F(FailedProgramLoadTest, AValueThatIsNoNumberLeavesAllAsItWas) {
   ExpectUnchanged();
 }
 
+TEST_F(FailedProgramLoadTest, AVariableWithAnArityIsAsItWas) {
+  const TXMLGPInstructions Document = NewGPInstructions();
+  Document.AddVariable().SetName("Mul");
+  Component.LoadFromXML(Document);
+  EXPECT_THROW(Load(Component, Replaced(Domain, "%", "<DNA Instruction='none'/>")), EGPException);
+  EXPECT_EQ(Component.Instructions()[1].Operation(), gpVariable);
+  EXPECT_EQ(Component.Instructions()[1].Arity(), 2);
+}
+
 TEST_F(FailedProgramLoadTest, AMalformedDocumentLeavesAllAsItWas) {
   EXPECT_THROW(Load(Component, Before.substr(0, Before.size() / 2)), EXMLError);
   ExpectUnchanged();

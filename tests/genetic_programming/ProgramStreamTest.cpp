@@ -28,7 +28,8 @@ void Read(TComponent& Component, const std::string& Text) {
 
 TEST(ProgramStreamTest, ANewComponentHasWhatDiffersFromTheStreamsDefaults) {
   TQXGeneticProgramming New;
-  EXPECT_EQ(Written(New), "TQXGeneticProgramming {\n  TournamentField = 7\n  CrossoverProbability = 0.9\n}\n");
+  EXPECT_EQ(Written(New),
+            "TQXGeneticProgramming {\n  TournamentField = 7\n  CrossoverProbability = 0.9\n}\n");
 }
 
 TEST(ProgramStreamTest, ARunComesBackWithItsInstructionsAndPopulation) {
@@ -80,6 +81,18 @@ TEST(ProgramStreamTest, ProgramsAreReadByTheInstructionsThatThereAre) {
   Read(Component,
        "TQXGeneticProgramming {\nPopulation {\nTQXGPIndividual {\nProgram = \"Neg\"(\"y\")\n}\n}\n}\n");
   EXPECT_EQ(Program(Component.Population()[0]), "(Neg y)");
+}
+
+TEST(ProgramStreamTest, WhatInitializationAddsGivesWayToThePopulation) {
+  TArithmeticProgramming<> Source;
+  Source.Add("x");
+  TArithmeticProgramming<> Component;
+  Component.OnInitialization = [](auto& Sender, bool& Filled) {
+    Sender.Population().Add();
+    Filled = true;
+  };
+  Read(Component, Written(Source));
+  EXPECT_EQ(Component.Population().Count(), 1);
 }
 
 TEST(ProgramStreamTest, OneThatFailsLeavesAllAsItWas) {
