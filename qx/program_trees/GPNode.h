@@ -282,6 +282,17 @@ void TQXGPNode<T>::ForEach(TVisit Visit) {
   }
 }
 
+/// Whether a node class leaves `SetValue` as it is.
+template <class TNode>
+inline constexpr bool HasPlainSetValue = [] {
+  using TValue = typename TNode::TValue;
+  if constexpr (requires { &TNode::SetValue; }) {
+    return std::is_same_v<decltype(&TNode::SetValue), void (TQXGPNode<TValue>::*)(const TValue&)>;
+  } else {
+    return false;
+  }
+}();
+
 /// Makes a whole, detached node of a class, with the instruction's value. Only of nodes made so is it known
 /// that their class leaves `Modified` as it is; above any other node each change costs a walk to the root.
 template <class TNode>
@@ -294,8 +305,10 @@ std::unique_ptr<TNode> MakeNode(TQXGPInstruction<typename TNode::TValue>* Instru
     Base.FModifiedIsOverridden = !std::is_same_v<decltype(&TNode::Modified), TInherited>;
     Base.FUnwatched = !Base.FModifiedIsOverridden && Base.FSize == 0;
   }
-  if (Instruction != nullptr) {
-    Node->SetValue(Instruction->Value());
+  if constexpr (!HasPlainSetValue<TNode>) { // the constructor has stored the value, but told no override
+    if (Instruction != nullptr) {
+      Node->SetValue(Instruction->Value());
+    }
   }
   return Node;
 }
