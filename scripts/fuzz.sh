@@ -24,5 +24,5 @@ run() {
   echo "$target: $(grep -E 'DONE|Done' "$log" | tail -n 1)"
 }
 export -f run
-printf '%s\n' GeneticDocument GADomain GeneticAlgorithm GeneticProgram ComponentStream Checkpoint |
+printf '%s\n' GeneticDocument GADomain GeneticAlgorithm GPDomain GeneticProgram ComponentStream Checkpoint |
   xargs -P "$(nproc)" -I{} bash -c 'run {} "$@"' fuzz "$@"

@@ -1,97 +1,13 @@
-// Documents of genetic programming: into a component that has a run to lose, and into an executor that has a
-// program to lose.
+// Settings documents of genetic programming, of which an executor uses the domain.
 
-#include "FuzzSupport.h"
-#include <qx/genetic_programming/QXGeneticProgramming.h>
-
-namespace qx::fuzz {
-namespace {
-
-class TLoadedProgram {
-public:
-  TLoadedProgram() {
-    DefaultXMLLimits.Bytes = 1 << 16;
-    for (const char* const Name : {"Add", "Neg"}) {
-      AddStandardInstruction(Component.Instructions(), Name);
-    }
-    Component.Instructions().Add().SetName("x");
-    AddEphemeralConstant(Component.Instructions(), "c", 0, 1);
-    Component.SetInitialPopulation(3);
-    Component.OnEvaluateFitness = [](auto&, auto& Item, double& Fitness) {
-      Fitness = Item.DNA() != nullptr ? Item.DNA()->Size() : 0;
-    };
-    Component.Initialize();
-    Executor.Instructions().AssignAll(Component.Instructions());
-    Executor.SetGPProgram(*Component.Population()[0].DNA());
-  }
-
-  /// Everything that documents tell of both, and what they do not.
-  std::string State() {
-    std::ostringstream Text;
-    Component.SaveToStream(Text);
-    Executor.SaveToStream(Text);
-    for (auto& Individual : *Component.PreviousGeneration()) {
-      Text << Individual.ToString() << '\n';
-    }
-    for (int I = 0; I < Component.FunctionsCount(); ++I) {
-      Text << Component.Functions(I).Name() << ' ';
-    }
-    for (int I = 0; I < Component.TerminalsCount(); ++I) {
-      Text << Component.Terminals(I).Name() << ' ';
-    }
-    Text << Component.MutationWeightSum() << Component.Initialized();
-    return Text.str();
-  }
-
-  TQXGeneticProgramming Component;
-  TQXGeneticProgrammingExecutor Executor;
-};
-
-// A document that was taken can be evaluated, saved, if it can be saved, and loaded again.
-template <class TTarget>
-void RequireReloadable(TTarget& Target) {
-  std::stringstream Saved;
-  try {
-    Target.SaveToStream(Saved);
-  } catch (const std::exception&) {
-    return; // an arity beyond the format
-  }
-  if (Saved.str().size() <= DefaultXMLLimits.Bytes) {
-    TTarget Again;
-    Again.LoadFromStream(Saved);
-  }
-}
-
-template <class TTarget>
-bool Load(TTarget& Target, const std::string& Document) {
-  std::istringstream Stream(Document);
-  try {
-    Target.LoadFromStream(Stream);
-    return true;
-  } catch (const std::exception&) {
-    return false;
-  }
-}
-
-} // namespace
-} // namespace qx::fuzz
+#include "ProgramFuzzSupport.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* Data, std::size_t Size) {
-  using namespace qx::fuzz;
   const std::string Document(Data, Data + Size);
-  TLoadedProgram Loaded;
-  const std::string Before = Loaded.State();
-  const bool Read = Load(Loaded.Component, Document);
-  const bool Held = Load(Loaded.Executor, Document);
-  if (!Read && !Held) {
-    Require(Loaded.State() == Before, "a load that failed has changed something");
-  }
-  if (Read) {
-    Loaded.Component.EvaluateFitness();
-    RequireReloadable(Loaded.Component);
-  }
-  if (Held) {
-    RequireReloadable(Loaded.Executor);
-  }
+  const auto Load = [&](auto& Target) {
+    std::istringstream Stream(Document);
+    Target.LoadFromStream(Stream);
+  };
+  qx::fuzz::LoadAndCheckPrograms(Load, Load);
   return 0;
 }

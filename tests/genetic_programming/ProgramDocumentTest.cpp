@@ -172,6 +172,18 @@ TEST(ProgramDomainTest, InstructionsFittestAndPopulationAreInIt) {
   EXPECT_EQ(Domain.Population().Individual()[0].DNA().Child()[1].Value(), "2.5");
 }
 
+TEST(ProgramDomainTest, FitnessIsWrittenAndNotRead) {
+  TProgramming Component;
+  Component.Add("(Add x y)");
+  const std::string Document = Replaced(Saved(Component), "<Fitness>3</Fitness>", "<Fitness>99</Fitness>");
+  TProgramming Copy;
+  Load(Copy, Document);
+  EXPECT_EQ(Copy.Population()[0].Fitness(), 3);
+  TQXGeneticProgramming WithoutHandler;
+  Load(WithoutHandler, Document);
+  EXPECT_EQ(WithoutHandler.Population()[0].Fitness(), 0);
+}
+
 TEST(ProgramDomainTest, ARunComesBackAndGoesOn) {
   TProgramming Source;
   Source.SetInitialPopulation(20);
