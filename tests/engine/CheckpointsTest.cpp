@@ -9,9 +9,9 @@
 #include <csignal>
 #include <random>
 #include <set>
-#include <support/Checkpoint.h>
 #include <support/SmallAlgorithm.h>
 #include <support/SmallGeneticProgram.h>
+#include <support/Streams.h>
 #include <support/TemporaryFolder.h>
 #include <sys/wait.h>
 #include <thread>

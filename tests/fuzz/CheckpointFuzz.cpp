@@ -3,9 +3,12 @@
 #include "FuzzSupport.h"
 #include <qx/genetic_programming/QXGeneticProgramming.h>
 #include <qx/platform/Random.h>
+#include <support/Streams.h>
 
 namespace qx::fuzz {
 namespace {
+
+using tests::CheckpointOf;
 
 class TPrograms : public TQXGeneticProgramming {
 public:
@@ -22,25 +25,17 @@ public:
   }
 };
 
-std::string CheckpointOf(TQXCustomGeneticComponent& Component) {
-  std::ostringstream Stream;
-  Component.SaveCheckpoint(Stream);
-  return Stream.str();
-}
-
 // A checkpoint that is refused changes nothing; one that is taken is written again and read again the same.
 void Load(TQXCustomGeneticComponent& Component, const std::string& Text) {
   const std::string Before = CheckpointOf(Component);
-  std::istringstream Stream(Text);
   try {
-    Component.LoadCheckpoint(Stream);
+    tests::LoadCheckpoint(Component, Text);
   } catch (const std::exception&) {
     Require(CheckpointOf(Component) == Before, "a load that failed has changed something");
     return;
   }
   const std::string Taken = CheckpointOf(Component);
-  std::istringstream Again(Taken);
-  Component.LoadCheckpoint(Again);
+  tests::LoadCheckpoint(Component, Taken);
   Require(CheckpointOf(Component) == Taken, "a checkpoint comes back as another one");
   constexpr int Many = 100;
   if (Component.InitialPopulation() < Many && Component.TournamentField() < Many &&

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
-#include <support/Checkpoint.h>
+#include <support/Streams.h>
 #include <support/SmallPrograms.h>
 
 namespace qx::generics {

@@ -7,30 +7,19 @@
 #include <stdexcept>
 #include <string>
 #include <support/SmallGeneticProgram.h>
+#include <support/Streams.h>
 #include <support/TemporaryFolder.h>
 
 namespace qx {
 namespace {
 
+using tests::Load;
 using tests::Program;
+using tests::Replaced;
+using tests::Saved;
 using tests::TArithmeticProgramming;
 
 using TProgramming = TArithmeticProgramming<>;
-
-std::string Saved(TQXCustomGeneticComponent& Component) {
-  std::ostringstream Stream;
-  Component.SaveToStream(Stream);
-  return Stream.str();
-}
-void Load(TQXCustomGeneticComponent& Component, const std::string& Document) {
-  std::istringstream Stream(Document);
-  Component.LoadFromStream(Stream);
-}
-std::string Replaced(std::string Text, const std::string& What, const std::string& With) {
-  const auto Place = Text.find(What);
-  EXPECT_NE(Place, std::string::npos) << What;
-  return Text.replace(Place, What.size(), With);
-}
 
 // --- Settings ----------------------------------------------------------------------------------------------
 

@@ -6,10 +6,9 @@
 
 #include <cmath>
 #include <random>
-#include <sstream>
-#include <support/Checkpoint.h>
 #include <support/Locales.h>
 #include <support/SmallGeneticProgram.h>
+#include <support/Streams.h>
 #include <support/TemporaryFolder.h>
 
 namespace qx {
@@ -107,24 +106,17 @@ private:
   std::mt19937 FChoices;
 };
 
-std::string Saved(TQXCustomGeneticComponent& Component) {
-  std::ostringstream Stream;
-  Component.SaveToStream(Stream);
-  return Stream.str();
-}
-
 void ExpectSameBytesAgain() {
   TRandomPrograms Programs(1);
   for (int I = 0; I < Components; ++I) {
     TQXGeneticProgramming Component;
     Programs.Make(Component);
-    const std::string Text = Saved(Component);
+    const std::string Text = tests::Saved(Component);
     TQXGeneticProgramming Copy;
     Copy.OnEvaluateFitness = TRandomPrograms::Evaluate;
-    std::istringstream Stream(Text);
-    Copy.LoadFromStream(Stream);
+    tests::Load(Copy, Text);
     Copy.EvaluateFitness();
-    ASSERT_EQ(Saved(Copy), Text);
+    ASSERT_EQ(tests::Saved(Copy), Text);
   }
 }
 

@@ -5,26 +5,17 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
-#include <support/Checkpoint.h>
 #include <support/SmallGeneticProgram.h>
+#include <support/Streams.h>
 
 namespace qx {
 namespace {
 
 using tests::CheckpointOf;
 using tests::Program;
+using tests::Read;
 using tests::TArithmeticProgramming;
-
-std::string Written(TComponent& Component) {
-  std::ostringstream Stream;
-  WriteComponent(Stream, Component);
-  return Stream.str();
-}
-
-void Read(TComponent& Component, const std::string& Text) {
-  std::istringstream Stream(Text);
-  ReadComponent(Stream, Component);
-}
+using tests::Written;
 
 TEST(ProgramStreamTest, ANewComponentHasWhatDiffersFromTheStreamsDefaults) {
   TQXGeneticProgramming New;

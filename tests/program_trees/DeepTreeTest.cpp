@@ -7,7 +7,7 @@
 #include <pthread.h>
 #include <sstream>
 #include <string>
-#include <support/Checkpoint.h>
+#include <support/Streams.h>
 #include <support/SmallGeneticProgram.h>
 #include <utility>
 

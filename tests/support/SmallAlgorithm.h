@@ -1,34 +1,12 @@
 #pragma once
 
 #include <qx/genetic_algorithm/QXGeneticAlgorithm.h>
-#include <qx/platform/Filer.h>
 
 #include <sstream>
 #include <string>
+#include <support/Streams.h>
 
 namespace qx::tests {
-
-inline std::string Saved(TQXCustomGeneticAlgorithm& Algorithm) {
-  std::ostringstream Stream;
-  Algorithm.SaveToStream(Stream);
-  return Stream.str();
-}
-
-inline void Load(TQXCustomGeneticAlgorithm& Algorithm, const std::string& Text) {
-  std::istringstream Stream(Text);
-  Algorithm.LoadFromStream(Stream);
-}
-
-inline std::string Written(TComponent& Component) {
-  std::ostringstream Stream;
-  WriteComponent(Stream, Component);
-  return Stream.str();
-}
-
-inline void Read(TComponent& Component, const std::string& Text) {
-  std::istringstream Stream(Text);
-  ReadComponent(Stream, Component);
-}
 
 inline TQXGAGene& AddGene(TQXGAGenes& Genes, std::string_view Name, TGeneType Type, int Size) {
   TQXGAGene& Gene = Genes.Add();
