@@ -3,6 +3,7 @@
 // What the examples of genetic programming share: the settings that the literature uses most, and a progress
 // line.
 
+#include <qx/engine/QXGeneticBase.h>
 #include <qx/genetic_programming/QXGeneticProgramming.h>
 
 #include <cstdio>
@@ -22,10 +23,13 @@ void SetUp(TProgramming& gp, int Population) {
   gp.SetOperations({qx::goCrossover});
 }
 
-/// Prints a line for every so many generations.
+/// Prints a line for every so many generations, and lets checkpoints be written.
 template <class TProgramming>
-void ShowProgress(TProgramming& gp, int Every) {
-  gp.OnEvolve = [Every](auto& Sender) {
+void ShowProgress(TProgramming& gp, int Every, qx::TCheckpoints* Checkpoints = nullptr) {
+  gp.OnEvolve = [=](auto& Sender) {
+    if (Checkpoints != nullptr) {
+      Checkpoints->Update(Sender);
+    }
     if (Sender.Generation() % Every == 0 || Sender.IsFinished()) {
       std::printf("generation %4d   best error %-12.6g mean size %.1f\n", Sender.Generation(),
                   Sender.MinFitness(), static_cast<double>(Sender.AvgProgramSize()));

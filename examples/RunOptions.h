@@ -1,7 +1,8 @@
 #pragma once
 
 // What the examples share: their options, --seed N and, where the example has them, --load FILE (go on with a
-// saved run) and --save FILE, and a main function that tells what went wrong.
+// saved run), --save FILE and --checkpoint NAME (keep the run in files of that name while it goes on, and go
+// on from the newest one), and a main function that tells what went wrong.
 
 #include <charconv>
 #include <cstdint>
@@ -16,6 +17,7 @@ struct TRunOptions {
   std::uint64_t Seed = 1;
   std::string Load;
   std::string Save;
+  std::string Checkpoint;
 
   /// Nothing when the arguments are not understood.
   static std::optional<TRunOptions> Parse(int Count, char** Arguments) {
@@ -31,6 +33,8 @@ struct TRunOptions {
         Options.Load = Value;
       } else if (Name == "--save") {
         Options.Save = Value;
+      } else if (Name == "--checkpoint") {
+        Options.Checkpoint = Value;
       } else if (Name != "--seed" || std::from_chars(Value, End, Options.Seed).ptr != End || Value == End) {
         return std::nullopt;
       }
@@ -39,16 +43,18 @@ struct TRunOptions {
   }
 };
 
-enum TExampleFiles { NoFiles, SavesFile, LoadsAndSavesFile };
+enum TExampleFiles { NoFiles, KeepsCheckpoints, SavesFile, LoadsAndSavesFile };
 
 inline int RunExample(int Count, char** Arguments, int (*Run)(const TRunOptions& Options),
                       TExampleFiles Files) {
   const auto Options = TRunOptions::Parse(Count, Arguments);
   if (!Options || (!Options->Load.empty() && Files < LoadsAndSavesFile) ||
-      (!Options->Save.empty() && Files < SavesFile)) {
-    std::fprintf(stderr, "Usage: %s [--seed N]%s%s\n", Arguments[0],
+      (!Options->Save.empty() && Files < SavesFile) ||
+      (!Options->Checkpoint.empty() && Files != KeepsCheckpoints)) {
+    std::fprintf(stderr, "Usage: %s [--seed N]%s%s%s\n", Arguments[0],
                  Files == LoadsAndSavesFile ? " [--load FILE]" : "",
-                 Files != NoFiles ? " [--save FILE]" : "");
+                 Files >= SavesFile ? " [--save FILE]" : "",
+                 Files == KeepsCheckpoints ? " [--checkpoint NAME]" : "");
     return EXIT_FAILURE;
   }
   try {

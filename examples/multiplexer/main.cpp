@@ -79,16 +79,21 @@ int Run(const TRunOptions& Options) {
   };
   gp.SetUseFitnessCutoff(true);
   gp.SetFitnessCutoff(0);
-  ShowProgress(gp, 1);
-  const int Generations = gp.Evolve(100);
+  qx::TCheckpoints Checkpoints(Options.Checkpoint, {.EveryGenerations = 5});
+  const bool Keep = !Options.Checkpoint.empty();
+  if (const auto File = Keep ? Checkpoints.Resume(gp) : std::nullopt) {
+    std::printf("going on from %s\n", File->c_str());
+  }
+  ShowProgress(gp, 1, Keep ? &Checkpoints : nullptr);
+  gp.Evolve(100 - gp.Generation());
 
   auto& Best = *gp.FittestIndividual();
   std::printf("\n%s\n", qx::InfixText(*Best.DNA()).c_str());
   std::printf("%d of %d cases right after %d generations\n", Cases - static_cast<int>(Best.Fitness()), Cases,
-              Generations);
+              gp.Generation());
   return Best.Fitness() == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 } // namespace
 
-int main(int Count, char** Arguments) { return RunExample(Count, Arguments, Run, NoFiles); }
+int main(int Count, char** Arguments) { return RunExample(Count, Arguments, Run, KeepsCheckpoints); }

@@ -35,7 +35,7 @@ std::vector<TFile> FilesOf(const std::string& FileName) {
     constexpr std::size_t MostDigits = 15; // another program's file has more
     if (Digits.size() <= MostDigits && Digits.find_first_not_of("0123456789") == std::string_view::npos) {
       if (const auto Number = ParseInteger(Digits)) {
-        Files.push_back({Entry.path(), *Number});
+        Files.push_back({Whole.parent_path() / Name, *Number});
       }
     }
   }

@@ -125,6 +125,17 @@ TEST_F(CheckpointsTest, ATimeThatNeverPassesWritesOnlyTheFirst) {
   EXPECT_FALSE(Checkpoints.Update(Algorithm));
 }
 
+TEST_F(CheckpointsTest, AreCalledAsTheHostCallsThem) {
+  TSmallAlgorithm Algorithm;
+  const std::filesystem::path Before = std::filesystem::current_path();
+  std::filesystem::current_path(Folder.File(""));
+  TCheckpoints("run").Write(Algorithm);
+  const auto Resumed = TCheckpoints("run").Resume(Algorithm);
+  std::filesystem::current_path(Before);
+  EXPECT_EQ(Resumed, "run.000001");
+  EXPECT_EQ(Files(), std::set<std::string>{"run.000001"});
+}
+
 TEST_F(CheckpointsTest, WithoutTheirFolderRaise) {
   TSmallAlgorithm Algorithm;
   TCheckpoints Checkpoints(Folder.File("none/run"));

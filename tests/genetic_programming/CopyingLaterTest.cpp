@@ -21,7 +21,7 @@ public:
     SetMutationProbability(0);
     SetInversionProbability(0);
   }
-  void Reproduce() { TArithmeticProgramming::Reproduce(*First, *Second, *Child1, *Child2); }
+  void ReproduceOnce() { TArithmeticProgramming::Reproduce(*First, *Second, *Child1, *Child2); }
 
   bool Crossover(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Mine,
                  TQXIndividual& Other) override {
@@ -47,7 +47,7 @@ public:
 TEST(CopyingLaterTest, TheChildIsACopyWhenNothingIsCrossed) {
   TProgramming Programming;
   static_cast<void>(Programming.First->Fitness());
-  Programming.Reproduce();
+  Programming.ReproduceOnce();
   EXPECT_EQ(Program(*Programming.Child2), "(Add x y)");
   EXPECT_FALSE(Programming.Child2->NeedFitness()); // that of the parent
   tests::ExpectWhole(*Programming.Child2);
@@ -56,7 +56,7 @@ TEST(CopyingLaterTest, TheChildIsACopyWhenNothingIsCrossed) {
 TEST(CopyingLaterTest, AnOverrideThatLooksSeesTheCopy) {
   TProgramming Programming;
   Programming.Looks = true;
-  Programming.Reproduce();
+  Programming.ReproduceOnce();
   EXPECT_EQ(Programming.Seen, "(Add x y)");
   EXPECT_EQ(Program(*Programming.Child2), "(Add x y)");
 }
@@ -65,7 +65,7 @@ TEST(CopyingLaterTest, HandlersSeeTheCopy) {
   TProgramming Programming;
   std::string Seen;
   Programming.OnInitializeChild = [&](auto&, auto&, auto&, auto& Child) { Seen += Program(Child); };
-  Programming.Reproduce();
+  Programming.ReproduceOnce();
   EXPECT_EQ(Seen, "(Add x y)(Add x y)");
   Programming.OnInitializeChild = nullptr;
   Programming.SetCrossoverProbability(1);
@@ -73,7 +73,7 @@ TEST(CopyingLaterTest, HandlersSeeTheCopy) {
     EXPECT_EQ(Program(*Programming.Child2), "(Add x y)");
     Allowed = false;
   };
-  Programming.Reproduce();
+  Programming.ReproduceOnce();
   EXPECT_EQ(Program(*Programming.Child2), "(Add x y)");
 }
 
@@ -95,7 +95,7 @@ TEST(CopyingLaterTest, AParentThatIsAlsoAChildIsCopiedAtOnce) {
 TEST(CopyingLaterTest, WhenSomethingRaisesTheChildKeepsItsProgram) {
   TProgramming Programming;
   Programming.Raises = true;
-  EXPECT_THROW(Programming.Reproduce(), std::runtime_error);
+  EXPECT_THROW(Programming.ReproduceOnce(), std::runtime_error);
   EXPECT_EQ(Program(*Programming.Child2), "y");
   tests::ExpectWhole(*Programming.Child2);
   Programming.Population().Delete(0); // the parent
@@ -113,7 +113,7 @@ TEST(CopyingLaterTest, AssignmentsAfterTheCrossoverAreMadeAtOnce) {
     }
     Allowed = false;
   };
-  Programming.Reproduce();
+  Programming.ReproduceOnce();
   EXPECT_EQ(Program(*Programming.Child2), "(Neg 1.5)");
 }
 
