@@ -23,6 +23,7 @@ public:
   }
   void ReproduceOnce() { TArithmeticProgramming::Reproduce(*First, *Second, *Child1, *Child2); }
 
+  using TArithmeticProgramming::Crossover;
   bool Crossover(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Mine,
                  TQXIndividual& Other) override {
     if (Looks) {
