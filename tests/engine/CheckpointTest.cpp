@@ -150,6 +150,35 @@ TEST(CheckpointTest, CarriesWhatDocumentsLose) {
   EXPECT_EQ(Other.MaxProgramSize(), Programming.MaxProgramSize());
 }
 
+TEST(CheckpointTest, CarriesTheSharesOfAFitnessThatIsMeasuredAnewEachTime) {
+  TSmallAlgorithm Algorithm;
+  TSmallAlgorithm Other;
+  for (TSmallAlgorithm* const Each : {&Algorithm, &Other}) {
+    Each->SetSelectionMethod(smRoulette);
+    Each->SetFitnessMethod(fmWeightedMaximize);
+    Each->OnEvaluateWeightedFitness = [](auto&, auto& Item, double& Fitness) {
+      Fitness = Item.Fitness() + Random();
+    };
+  }
+  Algorithm.Evolve(2);
+  const std::string Text = CheckpointOf(Algorithm);
+  EXPECT_EQ(Text.find("CumulativeFitnesses = []"), std::string::npos);
+  Algorithm.Evolve(3);
+  const std::string Straight = CheckpointOf(Algorithm);
+  LoadCheckpoint(Other, Text);
+  Other.Evolve(3);
+  EXPECT_EQ(CheckpointOf(Other), Straight);
+}
+
+TEST(CheckpointTest, CarriesAFittestIndividualOfThePreviousGeneration) {
+  TSmallAlgorithm Algorithm;
+  Algorithm.SwapGenerations();
+  ASSERT_EQ(Algorithm.FittestIndividual(), &(*Algorithm.PreviousGeneration())[0]);
+  TSmallAlgorithm Other;
+  ExpectTakenUp(Algorithm, Other);
+  EXPECT_EQ(Other.FittestIndividual(), &(*Other.PreviousGeneration())[0]);
+}
+
 TEST(CheckpointTest, CarriesTheOrderThatInstructionsAreDrawnIn) {
   TArithmetic Programming;
   Programming.Instructions().GetItemByName("Mul").SetOperation(gpVariable);

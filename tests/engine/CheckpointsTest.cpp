@@ -110,6 +110,17 @@ TEST_F(CheckpointsTest, NoneIsNoErrorButNoneThatReadsIs) {
   EXPECT_EQ(CheckpointOf(Algorithm), Before);
 }
 
+TEST_F(CheckpointsTest, TheMillionthIsNewerThanTheOneBefore) {
+  TSmallAlgorithm Algorithm;
+  Algorithm.SaveCheckpoint(Folder.File("run.999999"));
+  Algorithm.SetGeneration(5);
+  TCheckpoints Checkpoints(Name);
+  Checkpoints.Write(Algorithm);
+  TSmallAlgorithm Other;
+  EXPECT_EQ(Checkpoints.Resume(Other), Folder.File("run.1000000"));
+  EXPECT_EQ(Other.Generation(), 5);
+}
+
 TEST_F(CheckpointsTest, FilesWithNumbersBeyondAllCountingAreNoneOfThem) {
   TSmallAlgorithm Algorithm;
   tests::WriteFile(Folder.File("run.9223372036854775807"), "");

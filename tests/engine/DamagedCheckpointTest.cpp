@@ -98,6 +98,8 @@ TEST_F(DamagedCheckpointTest, WithALineLessOrTheEndMissingIsRefused) {
 
 TEST_F(DamagedCheckpointTest, NamesWhatItRefuses) {
   const std::string Text = CheckpointOf(Component);
+  static_cast<void>(Random()); // so that the states of the generator differ
+  Before = CheckpointOf(Other);
   ExpectRefused("", "the stream ends before");
   ExpectRefused(Replaced(Text, "QXCheckpoint 1", "QXCheckpoint 2"), "begins with QXCheckpoint 1");
   ExpectRefused(Replaced(Text, Component.ClassName(), "TOther"),
@@ -134,6 +136,15 @@ TEST_F(DamagedCheckpointTest, NamesWhatItRefuses) {
   ExpectValueRefused("Program", "\"c\"=1.5.5", "it is no number");
   ExpectValueRefused("Program", "#6", "the program cannot be read from \"6\" on");
   ExpectValueRefused("Program", "\"x\"~\"more\"", "a TQXGPFloatNode has no state of its own");
+}
+
+TEST_F(DamagedCheckpointTest, GivesTheRankingBack) {
+  Other.SetSelectionMethod(smElitist);
+  Other.Evolve(2);
+  Before = CheckpointOf(Other);
+  ASSERT_NE(Before.find("Ranked = true"), std::string::npos);
+  EXPECT_THROW(LoadCheckpoint(Other, WithValue(CheckpointOf(Component), "Functions", "[]")), EPropertyError);
+  EXPECT_TRUE(CheckpointOf(Other) == Before);
 }
 
 TEST_F(DamagedCheckpointTest, FilesThatAreNotThereRaise) {
