@@ -103,7 +103,7 @@ public:
 
   void ParseEnd() {
     for (char C = 0; FStream.get(C); ++FBytes) {
-      if (Trimmed(std::string_view(&C, 1)) != "") {
+      if (!Trimmed(std::string_view(&C, 1)).empty()) {
         Refuse("something stands behind the checkpoint");
       }
     }

@@ -6,8 +6,8 @@
 #include <qx/platform/Random.h>
 #include <qx/platform/Variant.h>
 
+#include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -105,11 +105,13 @@ concept HasPropertyText = requires(const T& Value) {
   TPropertyText<T>::Make(Value);
 };
 
-/// Whether two values are the same to the last bit, or have the same text.
+/// Whether two values are the same: as numbers, sign of zero included (a NaN is a NaN), or as texts.
 template <class T>
 bool SameState(const T& Left, const T& Right) {
-  if constexpr (std::is_arithmetic_v<T>) {
-    return std::memcmp(&Left, &Right, sizeof(T)) == 0;
+  if constexpr (std::is_floating_point_v<T>) {
+    return std::isnan(Left) ? std::isnan(Right) : Left == Right && std::signbit(Left) == std::signbit(Right);
+  } else if constexpr (std::is_integral_v<T>) {
+    return Left == Right;
   } else {
     return TPropertyText<T>::Make(Left) == TPropertyText<T>::Make(Right);
   }

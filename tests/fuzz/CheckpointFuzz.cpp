@@ -3,6 +3,7 @@
 #include "FuzzSupport.h"
 #include <qx/genetic_programming/QXGeneticProgramming.h>
 #include <qx/platform/Random.h>
+
 #include <support/Streams.h>
 
 namespace qx::fuzz {

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <support/Streams.h>
 #include <support/SmallGeneticProgram.h>
+#include <support/Streams.h>
 
 namespace qx {
 namespace {

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
-#include <support/Streams.h>
 #include <support/SmallPrograms.h>
+#include <support/Streams.h>
 
 namespace qx::generics {
 namespace {

@@ -7,8 +7,8 @@
 #include <pthread.h>
 #include <sstream>
 #include <string>
-#include <support/Streams.h>
 #include <support/SmallGeneticProgram.h>
+#include <support/Streams.h>
 #include <utility>
 
 namespace qx::generics {
