@@ -150,24 +150,13 @@ TEST(CheckpointTest, CarriesWhatDocumentsLose) {
   EXPECT_EQ(Other.MaxProgramSize(), Programming.MaxProgramSize());
 }
 
-TEST(CheckpointTest, CarriesTheSharesOfAFitnessThatIsMeasuredAnewEachTime) {
+TEST(CheckpointTest, CarriesTheSharesThatSelectionHasPrepared) {
   TSmallAlgorithm Algorithm;
+  Algorithm.SetSelectionMethod(smRoulette);
+  Algorithm.EvaluateFitness();
+  EXPECT_NE(CheckpointOf(Algorithm).find("CumulativeFitnesses = [0."), std::string::npos);
   TSmallAlgorithm Other;
-  for (TSmallAlgorithm* const Each : {&Algorithm, &Other}) {
-    Each->SetSelectionMethod(smRoulette);
-    Each->SetFitnessMethod(fmWeightedMaximize);
-    Each->OnEvaluateWeightedFitness = [](auto&, auto& Item, double& Fitness) {
-      Fitness = Item.Fitness() + Random();
-    };
-  }
-  Algorithm.Evolve(2);
-  const std::string Text = CheckpointOf(Algorithm);
-  EXPECT_EQ(Text.find("CumulativeFitnesses = []"), std::string::npos);
-  Algorithm.Evolve(3);
-  const std::string Straight = CheckpointOf(Algorithm);
-  LoadCheckpoint(Other, Text);
-  Other.Evolve(3);
-  EXPECT_EQ(CheckpointOf(Other), Straight);
+  ExpectTakenUp(Algorithm, Other);
 }
 
 TEST(CheckpointTest, CarriesAFittestIndividualOfThePreviousGeneration) {
