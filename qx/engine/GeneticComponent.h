@@ -391,6 +391,8 @@ protected:
   /// Tells a load that begins how this component comes back when it fails. An override calls the inherited
   /// one first and adds its own fields.
   virtual void Remember(TLoadScope& Load);
+  /// Empties both generations until the load has succeeded.
+  void SetAsideGenerations(TLoadScope& Load);
   /// The load that is under way, or nullptr.
   TLoadScope* CurrentLoad() const { return FRestoring ? nullptr : FLoad; }
   /// Whether individuals come back as they were after a load that failed.
@@ -477,7 +479,7 @@ private:
   bool FStatisticsDue = false;
   // Children are being made: the statistics and the preparation of selection are those of the parents.
   bool FReproducing = false;
-  int FRunning = 0; // generations and initializations under way
+  int FRunning = 0; // generations, initializations and evaluations under way
   bool FRestoring = false;
   TLoadScope* FLoad = nullptr; // the load that is under way
   std::vector<std::string> FLoadWarnings;

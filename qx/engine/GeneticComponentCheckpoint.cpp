@@ -104,10 +104,7 @@ void TQXCustomGeneticComponent::DefineState(TFiler& Filer) {
   if (Filer.Applies()) {
     FLoad->OnFailure([Random = RandomState()] { SetRandomState(Random); });
     FLoad->SetRoom(std::numeric_limits<std::uint64_t>::max()); // as long as there are no individuals
-    FLoad->SetAside(Population());
-    if (FPreviousGeneration != nullptr) {
-      FLoad->SetAside(*FPreviousGeneration);
-    }
+    SetAsideGenerations(*FLoad);
   }
   TComponent::DefineState(Filer);
   if (Filer.Applies()) {

@@ -114,6 +114,13 @@ void TQXCustomGeneticComponent::InitializeEmpty() {
   FSettings.Generation = Generation;
 }
 
+void TQXCustomGeneticComponent::SetAsideGenerations(TLoadScope& Load) {
+  Load.SetAside(Population());
+  if (FPreviousGeneration != nullptr) {
+    Load.SetAside(*FPreviousGeneration);
+  }
+}
+
 void TQXCustomGeneticComponent::Remember(TLoadScope& Load) {
   Load.OnFailure([this, Settings = FSettings, Fitnesses = FFitnesses, Weighted = FWeightedFitnesses,
                   Fittest = FFittestIndividual, Due = FStatisticsDue, Cursor = FSelectionCursor,

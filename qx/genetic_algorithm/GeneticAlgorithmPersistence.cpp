@@ -134,10 +134,7 @@ void TQXCustomGeneticAlgorithm::SaveToXML(const TXMLGADomainType& Domain) {
 
 void TQXCustomGeneticAlgorithm::LoadFromXML(const TXMLGADomainType& Domain) {
   TLoadScope Load(this);
-  Load.SetAside(Population());
-  if (PreviousGeneration() != nullptr) {
-    Load.SetAside(*PreviousGeneration());
-  }
+  SetAsideGenerations(Load);
   InitializeEmpty();
   Genes().LoadFromXML(Domain.GenoType());
   Population().LoadFromXML(Domain.Chromosomes());

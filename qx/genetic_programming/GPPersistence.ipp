@@ -97,10 +97,7 @@ void TQXCustomGeneticProgramming<T>::SaveToXML(const TXMLGPDomainType& Domain) {
 template <class T>
 void TQXCustomGeneticProgramming<T>::LoadFromXML(const TXMLGPDomainType& Domain) {
   TLoadScope Load(this);
-  Load.SetAside(this->Population());
-  if (this->PreviousGeneration() != nullptr) {
-    Load.SetAside(*this->PreviousGeneration());
-  }
+  this->SetAsideGenerations(Load);
   this->InitializeEmpty();
   LoadFromXML(Domain.Instructions());
   this->Population().LoadFromXML(Domain.Population());
@@ -199,10 +196,7 @@ void TQXCustomGeneticProgramming<T>::DefineInstructions(TFiler& Filer) {
       [&](int /*Count*/) {
         RequireNoUse();
         TLoadScope& Load = *this->CurrentLoad();
-        Load.SetAside(this->Population());
-        if (this->PreviousGeneration() != nullptr) {
-          Load.SetAside(*this->PreviousGeneration());
-        }
+        this->SetAsideGenerations(Load);
         Reload.emplace(Set, Load);
         Update.emplace(Set);
       },
