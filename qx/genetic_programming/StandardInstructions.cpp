@@ -205,6 +205,22 @@ constexpr TStandard Standards[] = {
     {"Xor", "either x or y", sgBoolean, 2, Xor<TGAFloat>, Xor<Variant>},
 };
 
+// What a standard instruction has for `OnExecute`.
+template <class T>
+class THandler {
+public:
+  explicit THandler(const TStandard& Standard) : FOperation(OperationOf<T>(Standard)), FStandard(&Standard) {}
+  void operator()(TQXGPInstruction<T>& /*Sender*/, TQXGPNode<T>& Node, TQXGPContext<T>* Context,
+                  T& Result) const {
+    FOperation(Node, Context, Result);
+  }
+  const TStandard& Standard() const { return *FStandard; }
+
+private:
+  TOperation<T> FOperation;
+  const TStandard* FStandard;
+};
+
 bool IsIn(const TStandard& Standard, TStandardGroup Group) {
   return Standard.Group == Group || (Group == sgBoolean && Standard.Name == "If");
 }
@@ -218,9 +234,7 @@ TQXGPInstruction<T>& Add(TQXGPInstructions<T>& Set, const TStandard& Standard) {
   Added.SetName(Standard.Name);
   Added.SetComment(Standard.Comment);
   Added.SetArity(Standard.Arity);
-  Added.OnExecute = [Operation = OperationOf<T>(Standard)](auto&, TQXGPNode<T>& Node,
-                                                           TQXGPContext<T>* Context,
-                                                           T& Result) { Operation(Node, Context, Result); };
+  Added.OnExecute = THandler<T>(Standard);
   return Added;
 }
 
@@ -254,6 +268,13 @@ std::vector<std::string_view> StandardInstructionNames(TStandardGroup Group) {
     }
   }
   return Names;
+}
+
+std::string_view StandardInstructionName(const TQXGPInstruction<TGAFloat>& Instruction) {
+  const auto* const Handler = Instruction.OnExecute.Target<THandler<TGAFloat>>();
+  const bool IsAsAdded = Handler != nullptr && Instruction.Operation() == gpFunction &&
+                         Instruction.Arity() == Handler->Standard().Arity;
+  return IsAsAdded ? Handler->Standard().Name : std::string_view();
 }
 
 TQXGPInstruction<TGAFloat>& AddStandardInstruction(TQXGPInstructions<TGAFloat>& Set, std::string_view Name) {

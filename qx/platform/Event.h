@@ -61,6 +61,13 @@ public:
     return *this;
   }
 
+  /// The handler, when it is of that type, or nullptr.
+  template <class TCallable>
+  const TCallable* Target() const {
+    const auto* const Handler = dynamic_cast<const TCallableHandler<TCallable>*>(FHandler.get());
+    return Handler != nullptr ? &Handler->Held() : nullptr;
+  }
+
   explicit operator bool() const { return FHandler != nullptr; }
   friend bool operator==(const TQXEvent& Event, std::nullptr_t) { return Event.FHandler == nullptr; }
 
@@ -97,6 +104,7 @@ private:
   public:
     explicit TCallableHandler(TCallable Callable) : FCallable(std::move(Callable)) {}
     void Invoke(TArguments... Arguments) override { FCallable(static_cast<TArguments>(Arguments)...); }
+    const TCallable& Held() const { return FCallable; }
 
   private:
     TCallable FCallable;

@@ -1,0 +1,217 @@
+// Tables of numbers from text.
+
+#include <qx/platform/Numbers.h>
+#include <qx/platform/Text.h>
+#include <qx/symbolic_regression/DataSet.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <optional>
+#include <sstream>
+#include <system_error>
+#include <utility>
+
+namespace qx {
+
+EDataError::EDataError(const std::string& Message, int Line, int Column)
+    : std::runtime_error(Message), FLine(Line), FColumn(Column) {}
+
+namespace {
+
+// One line of cells, which goes over more than one line of the text where a quoted cell does.
+struct TRow {
+  int Line = 0;
+  std::vector<std::string> Cells;
+};
+
+class TCSVReader {
+public:
+  TCSVReader(std::string_view Text, const TCSVFormat& Format) : FRest(Text), FFormat(Format) {
+    constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
+    if (FRest.starts_with(ByteOrderMark)) {
+      FRest.remove_prefix(ByteOrderMark.size());
+    }
+    if (FFormat.Separator == 0) {
+      FFormat.Separator = UsualSeparator();
+    }
+  }
+
+  TQXDataSet Read() {
+    std::optional<TRow> Row = NextRow();
+    if (!Row) {
+      throw EDataError("The text has no columns", FLine, 0);
+    }
+    ReadNames(*Row);
+    FColumns.resize(FNames.size());
+    if (FFormat.Header) {
+      Row = NextRow();
+    }
+    for (; Row; Row = NextRow()) {
+      ReadValues(*Row);
+    }
+    TQXDataSet Result;
+    for (std::size_t I = 0; I < FNames.size(); ++I) {
+      Result.AddColumn(FNames[I], FColumns[I]);
+    }
+    return Result;
+  }
+
+private:
+  [[noreturn]] static void Raise(int Line, std::size_t Place, const std::string& What) {
+    const int Column = static_cast<int>(Place) + 1;
+    throw EDataError("Line " + std::to_string(Line) + ", column " + std::to_string(Column) + ": " + What,
+                     Line, Column);
+  }
+
+  char UsualSeparator() const {
+    const std::string_view First = FRest.substr(0, FRest.find('\n'));
+    constexpr std::string_view Candidates = ",;\t";
+    return *std::ranges::max_element(Candidates, {},
+                                     [&](char Candidate) { return std::ranges::count(First, Candidate); });
+  }
+
+  // The next line that is not empty.
+  std::optional<TRow> NextRow() {
+    while (!FRest.empty()) {
+      TRow Row{FLine, {}};
+      bool Ends = false;
+      while (!Ends) {
+        Row.Cells.push_back(NextCell(Row, Ends));
+      }
+      if (Row.Cells.size() > 1 || FWasQuoted || !Row.Cells.front().empty()) {
+        return Row;
+      }
+    }
+    return std::nullopt;
+  }
+
+  std::string NextCell(const TRow& Row, bool& EndsLine) {
+    const auto Start = std::min(FRest.find_first_not_of(' '), FRest.size());
+    FWasQuoted = Start < FRest.size() && FRest[Start] == FFormat.Quote;
+    std::string Cell;
+    if (FWasQuoted) {
+      FRest.remove_prefix(Start + 1);
+      Cell = QuotedText(Row);
+    }
+    const char Ends[] = {FFormat.Separator, '\n', 0};
+    const auto End = std::min(FRest.find_first_of(Ends), FRest.size());
+    std::string_view Text = FRest.substr(0, End);
+    EndsLine = End == FRest.size() || FRest[End] == '\n';
+    if (EndsLine && Text.ends_with('\r')) {
+      Text.remove_suffix(1);
+    }
+    if (FWasQuoted && !Trimmed(Text).empty()) {
+      Raise(FLine, Row.Cells.size(), "there is text after the closing quote");
+    }
+    FRest.remove_prefix(std::min(End + 1, FRest.size()));
+    FLine += EndsLine ? 1 : 0;
+    return FWasQuoted ? Cell : std::string(Trimmed(Text));
+  }
+
+  std::string QuotedText(const TRow& Row) {
+    std::string Text;
+    const int Line = FLine;
+    for (;;) {
+      const auto End = FRest.find(FFormat.Quote);
+      if (End == std::string_view::npos) {
+        Raise(Line, Row.Cells.size(), "the quote is not closed");
+      }
+      Text += FRest.substr(0, End);
+      FLine +=
+          static_cast<int>(std::count(FRest.begin(), FRest.begin() + static_cast<std::ptrdiff_t>(End), '\n'));
+      FRest.remove_prefix(End + 1);
+      if (!FRest.starts_with(FFormat.Quote)) {
+        return Text;
+      }
+      Text += FFormat.Quote;
+      FRest.remove_prefix(1);
+    }
+  }
+
+  void ReadNames(const TRow& Row) {
+    for (std::size_t I = 0; I < Row.Cells.size(); ++I) {
+      const std::string Name = FFormat.Header ? Row.Cells[I] : "x" + std::to_string(I + 1);
+      if (Name.empty()) {
+        Raise(Row.Line, I, "the column has no name");
+      }
+      if (std::ranges::find(FNames, Name) != FNames.end()) {
+        Raise(Row.Line, I, "there is a column \"" + Name + "\" already");
+      }
+      FNames.push_back(Name);
+    }
+  }
+
+  void ReadValues(const TRow& Row) {
+    if (Row.Cells.size() != FNames.size()) {
+      throw EDataError("Line " + std::to_string(Row.Line) + ": there are " +
+                           std::to_string(Row.Cells.size()) + " cells, not " + std::to_string(FNames.size()),
+                       Row.Line, 0);
+    }
+    FValues.clear();
+    bool Skipped = false;
+    for (std::size_t I = 0; I < Row.Cells.size(); ++I) {
+      FValues.push_back(ValueOf(Row, I));
+      Skipped |= FFormat.MissingValues == mvSkipRow && FValues.back() != FValues.back();
+    }
+    if (!Skipped) {
+      for (std::size_t I = 0; I < FValues.size(); ++I) {
+        FColumns[I].push_back(FValues[I]);
+      }
+    }
+  }
+
+  double ValueOf(const TRow& Row, std::size_t Place) const {
+    std::string Text = Row.Cells[Place];
+    const std::string Where = "\"" + FNames[Place] + "\" ";
+    if (Text.empty() || SameText(Text, "NA") || SameText(Text, "NaN")) {
+      if (FFormat.MissingValues == mvRefuse) {
+        Raise(Row.Line, Place, Where + "has no number");
+      }
+      return std::numeric_limits<double>::quiet_NaN();
+    }
+    if (FFormat.DecimalPoint != '.') { // a point is none then, and ends up where no number has one
+      std::ranges::replace(Text, '.', ' ');
+      std::ranges::replace(Text, FFormat.DecimalPoint, '.');
+    }
+    const auto Value = ParseReal(Text);
+    if (!Value) {
+      Raise(Row.Line, Place, Where + "is no number: \"" + Row.Cells[Place] + "\"");
+    }
+    return *Value;
+  }
+
+  std::string_view FRest;
+  TCSVFormat FFormat;
+  int FLine = 1;
+  bool FWasQuoted = false; // the last cell
+  std::vector<std::string> FNames;
+  std::vector<std::vector<double>> FColumns;
+  std::vector<double> FValues;
+};
+
+} // namespace
+
+TQXDataSet TQXDataSet::FromCSV(std::istream& Stream, const TCSVFormat& Format) {
+  const std::string Text{std::istreambuf_iterator<char>(Stream), {}};
+  return TCSVReader(Text, Format).Read();
+}
+
+TQXDataSet TQXDataSet::FromCSV(const std::string& FileName, const TCSVFormat& Format) {
+  errno = 0;
+  std::ifstream Stream(FileName, std::ios::binary);
+  if (!Stream) {
+    throw std::system_error(errno, std::generic_category(), "Cannot read \"" + FileName + "\"");
+  }
+  try {
+    return FromCSV(Stream, Format);
+  } catch (const EDataError& Error) {
+    throw EDataError(FileName + ": " + Error.what(), Error.Line(), Error.Column());
+  } catch (const std::ios_base::failure& Failure) { // a folder, say
+    throw std::system_error(Failure.code(), "Cannot read \"" + FileName + "\"");
+  }
+}
+
+} // namespace qx

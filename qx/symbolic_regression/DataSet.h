@@ -1,0 +1,121 @@
+#pragma once
+
+#include <qx/symbolic_regression/AlignedVector.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qx {
+
+/// A text that is no table of numbers: the line, and the number of the column in it, both from 1. The column
+/// is 0 where the line as a whole is at fault.
+class EDataError : public std::runtime_error {
+public:
+  EDataError(const std::string& Message, int Line, int Column);
+  int Line() const { return FLine; }
+  int Column() const { return FColumn; }
+
+private:
+  int FLine;
+  int FColumn;
+};
+
+/// What happens to cells without a number: those that are empty, "NA" or "NaN".
+enum TMissingValues : std::uint8_t {
+  /// They are errors.
+  mvRefuse,
+  /// They become NaN.
+  mvKeep,
+  /// Their rows are left out.
+  mvSkipRow
+};
+
+/// How a text holds a table.
+struct TCSVFormat {
+  /// Between cells; 0 stands for the one of comma, semicolon and tab that the first line has most of.
+  char Separator = 0;
+  char Quote = '"';
+  char DecimalPoint = '.';
+  /// Whether the first line names the columns; else they are called x1, x2 and so on.
+  bool Header = true;
+  TMissingValues MissingValues = mvRefuse;
+};
+
+struct TDataSplit;
+
+/// Named columns of numbers, all of one length: the rows. Names are unique and differ by the case of letters,
+/// as the variables of a program do.
+///
+/// Columns are aligned to 64 bytes, and followed by copies of their last value up to a whole number of such
+/// lines, so that kernels run over them without a rest.
+class TQXDataSet {
+public:
+  /// Reads a table from text: cells between separators, quoted where they hold a separator, a line feed or a
+  /// quote (which is doubled), blanks around them aside. Lines end in LF or CRLF; empty ones, and a UTF-8
+  /// mark at the beginning, are skipped. Raises EDataError for a cell that is no number, a row of another
+  /// length than the first line, a name that is empty or there twice, a quote that is not closed, and a text
+  /// without columns.
+  static TQXDataSet FromCSV(std::istream& Stream, const TCSVFormat& Format = {});
+  /// Raises std::system_error, which names the file, when it cannot be read. The message of an EDataError
+  /// names it too.
+  static TQXDataSet FromCSV(const std::string& FileName, const TCSVFormat& Format = {});
+
+  int RowCount() const { return FRowCount; }
+  int ColumnCount() const { return static_cast<int>(FColumns.size()); }
+  /// Raises std::out_of_range.
+  const std::string& ColumnName(int Index) const { return ColumnAt(Index).Name; }
+  /// Place of a column, or -1.
+  int IndexOf(std::string_view Name) const;
+  /// The values of a column, one for each row. Raises std::out_of_range, which names the column.
+  std::span<const double> Column(int Index) const;
+  std::span<const double> Column(std::string_view Name) const;
+
+  /// Adds a column; the first one decides how many rows there are. Raises std::invalid_argument, and changes
+  /// nothing, when the name is empty or taken or the length another one.
+  void AddColumn(std::string_view Name, std::span<const double> Values);
+  void AddColumn(std::string_view Name, std::initializer_list<double> Values) {
+    AddColumn(Name, std::span<const double>(Values.begin(), Values.size()));
+  }
+
+  /// The rows of those numbers, in their order, as a data set of its own. Raises std::out_of_range.
+  TQXDataSet Rows(std::span<const int> Indexes) const;
+  /// So many rows from one on.
+  TQXDataSet Rows(int First, int Count) const;
+
+  /// The first rows are for training, the others for testing. The share, 0 to 1, is rounded to whole rows;
+  /// raises std::invalid_argument for any other.
+  TDataSplit SplitByShare(double TrainingShare) const;
+  /// The same of the rows in an order that the seed decides, the same on every machine; nothing is drawn from
+  /// the process-wide generator.
+  TDataSplit SplitBySeed(double TrainingShare, std::uint64_t Seed) const;
+  /// So many rows from one on are for training, the others for testing. Raises std::out_of_range.
+  TDataSplit SplitByRange(int First, int Count) const;
+
+private:
+  struct TColumn {
+    std::string Name;
+    TAlignedVector<double> Values; // padded
+  };
+
+  const TColumn& ColumnAt(int Index) const;
+  void RequireRows(int First, int Count) const;
+  int TrainingRows(double Share) const;
+  TDataSplit Split(std::span<const int> Order, int TrainingCount) const;
+
+  int FRowCount = 0;
+  std::vector<TColumn> FColumns;
+};
+
+/// The rows that programs are evolved on, and those that they are judged by.
+struct TDataSplit {
+  TQXDataSet Training;
+  TQXDataSet Test;
+};
+
+} // namespace qx
