@@ -334,10 +334,11 @@ template <class T>
 inline T SineOfReduced(const TAngle& Angle) {
   const auto High = static_cast<T>(Angle.Rest.High);
   const auto Low = static_cast<T>(Angle.Rest.Low);
+  const auto Turns = static_cast<TBitsOf<T>>(Angle.Turns);
   const T Sine = SineOf(High, Low);
   const T Cosine = CosineOf(High, Low);
-  const double Value = static_cast<double>((Angle.Turns & 1) == 0 ? Sine : Cosine);
-  return static_cast<T>(FromBits(BitsOf(Value) ^ (Angle.Turns >> 1) << 63));
+  const T Value = (Turns & 1) == 0 ? Sine : Cosine;
+  return FromBits(static_cast<TBitsOf<T>>(BitsOf(Value) ^ (Turns >> 1) << (sizeof(T) * 8 - 1)));
 }
 
 template <class T>

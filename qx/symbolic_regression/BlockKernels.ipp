@@ -102,23 +102,36 @@ void OverRows(const TBlockArguments<T>& Arguments) {
   }
 }
 
+template <class T>
+bool AnyHugeAngle(const TBlockArguments<T>& Arguments) {
+  constexpr std::size_t Unit = BlockUnit<T>;
+  const T* X = Arguments.X.Values;
+  TBitsOf<T> Huge[Unit] = {};
+  for (std::size_t I = 0; I < Arguments.Units; ++I) {
+    for (std::size_t Lane = 0; Lane < Unit; ++Lane) {
+      Huge[Lane] |= IsHugeAngle(X[Lane]) ? 1 : 0;
+    }
+    X += Arguments.X.Stride;
+  }
+  TBitsOf<T> Any = 0;
+  for (std::size_t Lane = 0; Lane < Unit; ++Lane) {
+    Any |= Huge[Lane];
+  }
+  return Any != 0;
+}
+
 // Functions of an angle, of which few are huge.
 template <class TOperation, double (*OfHuge)(double), class T>
 void OverAngles(const TBlockArguments<T>& Arguments) {
   OverRows<TOperation>(Arguments);
+  if (!AnyHugeAngle(Arguments)) [[likely]] {
+    return;
+  }
   constexpr std::size_t Unit = BlockUnit<T>;
-  for (std::size_t I = 0; I < Arguments.Units; ++I) {
-    const T* const X = Arguments.X.Values + I * Arguments.X.Stride;
-    bool Huge = false;
-    for (std::size_t Lane = 0; Lane < Unit; ++Lane) {
-      Huge |= IsHugeAngle(X[Lane]);
-    }
-    if (Huge) [[unlikely]] {
-      for (std::size_t Lane = 0; Lane < Unit; ++Lane) {
-        if (IsHugeAngle(X[Lane])) {
-          Arguments.Results[I * Unit + Lane] = static_cast<T>(OfHuge(static_cast<double>(X[Lane])));
-        }
-      }
+  for (std::size_t I = 0; I < Arguments.Units * Unit; ++I) {
+    const T X = Arguments.X.Values[I / Unit * Arguments.X.Stride + I % Unit];
+    if (IsHugeAngle(X)) {
+      Arguments.Results[I] = static_cast<T>(OfHuge(static_cast<double>(X)));
     }
   }
 }

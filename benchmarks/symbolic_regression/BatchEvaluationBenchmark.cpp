@@ -1,0 +1,68 @@
+// Evaluation of random programs over rows of data: in blocks, in double and single precision, and tree by
+// tree. Items are node evaluations: nodes of the trees times rows.
+
+#include <qx/symbolic_regression/BatchEvaluator.h>
+
+#include <benchmark/benchmark.h>
+
+#include <benchmarks/symbolic_regression/RandomTrees.h>
+
+namespace qx::benchmarks {
+namespace {
+
+// Compilation to linear form included.
+template <class T, TFunctionSet Functions>
+void EvaluateInBlocks(benchmark::State& State) {
+  TRandomTrees Sample(Functions);
+  const TQXDataSet Data = RandomData(static_cast<int>(State.range(0)));
+  TQXBatchEvaluator<T> Evaluator(Data, Sample.Instructions());
+  for (auto _ : State) {
+    for (const auto& Tree : Sample.Trees()) {
+      benchmark::DoNotOptimize(Evaluator.Evaluate(*Tree).data());
+    }
+  }
+  State.SetItemsProcessed(State.iterations() * Sample.NodeCount() * State.range(0));
+}
+BENCHMARK(EvaluateInBlocks<double, fsArithmetic>)->ArgName("rows")->Arg(20)->Arg(1000)->Arg(10'000);
+BENCHMARK(EvaluateInBlocks<double, fsMixed>)->ArgName("rows")->Arg(20)->Arg(1000)->Arg(10'000);
+BENCHMARK(EvaluateInBlocks<float, fsArithmetic>)->ArgName("rows")->Arg(20)->Arg(1000)->Arg(10'000);
+BENCHMARK(EvaluateInBlocks<float, fsMixed>)->ArgName("rows")->Arg(20)->Arg(1000)->Arg(10'000);
+
+// A data set without rows leaves the compilation alone.
+template <TFunctionSet Functions>
+void CompileToLinearForm(benchmark::State& State) {
+  TRandomTrees Sample(Functions);
+  const TQXDataSet Data = RandomData(0);
+  TQXBatchEvaluator<double> Evaluator(Data, Sample.Instructions());
+  for (auto _ : State) {
+    for (const auto& Tree : Sample.Trees()) {
+      benchmark::DoNotOptimize(Evaluator.Evaluate(*Tree).data());
+    }
+  }
+  State.SetItemsProcessed(State.iterations() * static_cast<std::int64_t>(Sample.Trees().size()));
+}
+BENCHMARK(CompileToLinearForm<fsArithmetic>);
+BENCHMARK(CompileToLinearForm<fsMixed>);
+
+template <TFunctionSet Functions>
+void ExecuteRowByRow(benchmark::State& State) {
+  TRandomTrees Sample(Functions);
+  const TQXDataSet Data = RandomData(static_cast<int>(State.range(0)));
+  TQXGPFloatContext Context;
+  for (auto _ : State) {
+    for (const auto& Tree : Sample.Trees()) {
+      for (int Row = 0; Row < Data.RowCount(); ++Row) {
+        for (int I = 0; I < Data.ColumnCount(); ++I) {
+          Context.Values().AddOrSetValue(Data.ColumnName(I), Data.Column(I)[static_cast<std::size_t>(Row)]);
+        }
+        benchmark::DoNotOptimize(Tree->Execute(&Context));
+      }
+    }
+  }
+  State.SetItemsProcessed(State.iterations() * Sample.NodeCount() * State.range(0));
+}
+BENCHMARK(ExecuteRowByRow<fsArithmetic>)->ArgName("rows")->Arg(20)->Arg(1000);
+BENCHMARK(ExecuteRowByRow<fsMixed>)->ArgName("rows")->Arg(20)->Arg(1000);
+
+} // namespace
+} // namespace qx::benchmarks
