@@ -1,6 +1,8 @@
 #include <qx/genetic_programming/StandardInstructions.h>
 #include <qx/symbolic_regression/BatchPlan.h>
 
+#include <algorithm>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <typeinfo>

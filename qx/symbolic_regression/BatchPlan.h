@@ -5,7 +5,6 @@
 #include <qx/symbolic_regression/BlockKernels.h>
 #include <qx/symbolic_regression/DataSet.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -72,10 +71,18 @@ public:
   bool CallsHost(TNode& Program) const;
 
 private:
+  // Without a branch for each argument: which of one or two there are cannot be foreseen.
   static bool HasArguments(const TNode& Node, int Count) {
     const auto Slots = Node.Slots();
     const auto Wanted = static_cast<std::size_t>(Count);
-    return Slots.size() >= Wanted && std::ranges::find(Slots.first(Wanted), nullptr) == Slots.begin() + Count;
+    if (Slots.size() < Wanted) {
+      return false;
+    }
+    bool HasAll = (Slots[0] != nullptr) & (Slots[Wanted - 1] != nullptr);
+    for (std::size_t I = 2; I < Wanted; ++I) {
+      HasAll &= Slots[I - 1] != nullptr;
+    }
+    return HasAll;
   }
   static TEntry EntryFor(const TInstruction& Instruction, const TQXDataSet& Data,
                          const TQXBatchFunctions* Functions);

@@ -23,8 +23,6 @@ struct TProgramOperand {
   const T* Values = nullptr;
   std::uint32_t RowStep = 0; // 1 for a column: its block begins at the block's first row
   std::uint32_t Stride = 0;  // see `TBlockOperand`
-  std::int32_t Register = -1;
-  std::int32_t Step = -1; // that fills the register
 
   bool IsConstant() const { return Stride == 0; }
   TBlockOperand<T> At(std::size_t Row) const { return {Values + Row * RowStep, Stride}; }
@@ -33,12 +31,12 @@ struct TProgramOperand {
 /// One operation over a block of rows: a kernel, or a call.
 template <class T>
 struct TProgramStep {
-  TBlockKernel<T> Kernel = nullptr;
-  TBlockOperation Operation = boCopy;
-  std::uint32_t ResultRowStep = 0; // as that of an operand
-  T* Results = nullptr;
+  TBlockKernel<T> Kernel;
+  T* Results;
   TProgramOperand<T> Operands[3];
-  std::int32_t Call = -1; // place of the call, for a step without kernel
+  std::int32_t Call = -1;          // place of the call, for a step without kernel
+  std::uint32_t ResultRowStep = 0; // as that of an operand
+  TBlockOperation Operation;
 };
 
 /// What a step without kernel calls.
@@ -99,18 +97,21 @@ public:
   void SetLength(std::size_t Length) {
     if (Length != FLength) {
       FBlocks.clear();
+      FOwned.clear();
       FLength = Length;
     }
   }
   T* Block(std::size_t Index) {
     while (Index >= FBlocks.size()) {
-      FBlocks.emplace_back(FLength);
+      FOwned.emplace_back(FLength);
+      FBlocks.push_back(FOwned.back().data());
     }
-    return FBlocks[Index].data();
+    return FBlocks[Index];
   }
 
 private:
-  std::vector<TAlignedVector<T>> FBlocks;
+  std::vector<TAlignedVector<T>> FOwned;
+  std::vector<T*> FBlocks;
   std::size_t FLength = 0;
 };
 
@@ -133,6 +134,12 @@ private:
     TNode* Node;
     const TBatchPlan::TEntry* Entry;
   };
+  // A value that is known so far. A register is filled by a step, and free once it has been read.
+  struct TValue {
+    TOperand Operand;
+    std::int32_t Register = -1;
+    std::int32_t Step = -1;
+  };
   // A tree whose values a column is to get.
   struct TPending {
     TNode* Tree;
@@ -140,36 +147,42 @@ private:
     const TBatchPlan::TEntry* Column; // of a node whose function wants whole columns
   };
 
-  void Flatten(TNode& Tree);
+  void MakeRoom(std::size_t Nodes);
+  std::size_t Flatten(TNode& Tree);
   void AddStage(const TPending& Pending);
   void AddColumnCall(const TPending& Pending);
-  TOperand OperandFor(const TVisited& Visited);
-  TOperand Apply(TBlockOperation Operation, int Arity);
-  bool Fuse(TBlockOperation Outer, const TOperand* Operands, TOperand& Result);
-  TOperand Fold(TBlockOperation Operation, const TOperand* Operands, int Arity);
-  TOperand EmitKernel(TBlockOperation Operation, const TOperand* Operands, int Arity);
-  TOperand EmitCall(const TVisited& Visited);
+  TValue ValueOf(const TVisited& Visited);
+  TValue Apply(TBlockOperation Operation, int Arity);
+  bool Fuse(TBlockOperation Outer, const TValue* Operands);
+  TValue Fold(TBlockOperation Operation, const TValue* Operands, int Arity);
+  TValue EmitKernel(TBlockOperation Operation, const TValue* Operands, int Arity);
+  TValue EmitCall(const TVisited& Visited);
   std::int32_t NewCall(const TBatchFunction* Function, TNode* Node);
 
   T* NewConstant();
-  static TOperand ConstantAt(const T* Unit) { return {Unit, 0, 0, -1, -1}; }
-  static TOperand ColumnAt(const T* Values) { return {Values, 1, BlockUnit<T>, -1, -1}; }
-  TOperand NewRegister();
-  void Release(const TOperand& Operand);
-  TOperand Pop();
+  static TValue ConstantAt(const T* Unit) { return {{Unit, 0, 0}}; }
+  static TValue ColumnAt(const T* Values) { return {{Values, 1, BlockUnit<T>}}; }
+  TValue NewRegister();
+  void Release(const TValue& Value);
+  void Push(const TValue& Value) { FStack[FStackCount++] = Value; }
+  const TValue& Pop() { return FStack[--FStackCount]; }
 
   const TBatchPlan* FPlan = nullptr;
   const TBlockKernels<T>* FKernels = nullptr;
   std::vector<const T*> FColumns;
   TLinearProgram<T>* FProgram = nullptr;
+  // With room for all nodes of a tree.
   std::vector<TVisited> FVisited;
-  std::vector<TOperand> FStack;
+  std::vector<TNode*> FPendingNodes;
+  std::vector<TValue> FStack;
+  std::size_t FStackCount = 0;
   std::vector<TPending> FPending;
   TBlockPool<T> FConstants; // pages of many units
   std::size_t FConstantCount = 0;
   TBlockPool<T> FRegisters;
   std::size_t FRegisterCount = 0;
   std::vector<std::int32_t> FFreeRegisters;
+  std::size_t FFreeCount = 0;
   TBlockPool<T> FWholeColumns;
   std::size_t FWholeColumnCount = 0;
 };

@@ -1,6 +1,5 @@
 // From trees to linear programs.
 
-#include <qx/platform/SmallList.h>
 #include <qx/symbolic_regression/LinearProgram.h>
 
 #include <algorithm>
@@ -51,40 +50,56 @@ void TProgramCompiler<T>::Compile(TNode& Tree, T* Results, TLinearProgram<T>& Pr
   }
 }
 
-// Nodes before their arguments. Arguments that no step of this stage computes are left out.
 template <class T>
-void TProgramCompiler<T>::Flatten(TNode& Tree) {
-  constexpr std::size_t UsualCount = 64;
-  TSmallList<TNode*, UsualCount> Pending;
-  Pending.Push(&Tree);
-  FVisited.clear();
-  while (!Pending.Empty()) {
-    TNode* const Node = Pending.Pop();
+void TProgramCompiler<T>::MakeRoom(std::size_t Nodes) {
+  if (FVisited.size() < Nodes) {
+    FVisited.resize(Nodes);
+    FPendingNodes.resize(Nodes + 1);
+    FStack.resize(Nodes);
+    FFreeRegisters.resize(Nodes + 1);
+  }
+}
+
+// Writes the nodes before their arguments and tells how many there are. Arguments that no step of this stage
+// computes are left out.
+template <class T>
+std::size_t TProgramCompiler<T>::Flatten(TNode& Tree) {
+  MakeRoom(static_cast<std::size_t>(Tree.Size()));
+  TVisited* Visited = FVisited.data();
+  TNode** Pending = FPendingNodes.data();
+  *Pending++ = &Tree;
+  while (Pending != FPendingNodes.data()) {
+    TNode* const Node = *--Pending;
     const TBatchPlan::TEntry& Entry = FPlan->EntryOf(*Node);
-    FVisited.push_back({Node, &Entry});
+    *Visited++ = {Node, &Entry};
     if (Entry.Action == baKernel || Entry.Action == baBlockFunction) {
       const auto Arguments = Node->Slots();
-      for (auto I = static_cast<std::size_t>(Entry.Arity); I-- > 0;) {
-        Pending.Push(Arguments[I]);
+      const auto Arity = static_cast<std::size_t>(Entry.Arity);
+      for (std::size_t I = Arity; I-- > 2;) {
+        *Pending++ = Arguments[I];
       }
+      const std::size_t Rest = std::min(Arity, std::size_t(2)); // both stores, whether or not there are two
+      __builtin_prefetch(Arguments[Rest - 1]);
+      Pending[0] = Arguments[Rest - 1];
+      Pending[1] = Arguments[0];
+      Pending += Rest;
     }
   }
+  return static_cast<std::size_t>(Visited - FVisited.data());
 }
 
 // The visited nodes, from the last to the first, find their arguments on the stack, the first one on top.
 template <class T>
 void TProgramCompiler<T>::AddStage(const TPending& Pending) {
-  Flatten(*Pending.Tree);
-  FStack.clear();
-  FFreeRegisters.clear();
-  FRegisterCount = 0;
+  FStackCount = 0;
+  FFreeCount = FRegisterCount = 0;
   const std::size_t First = FProgram->Steps.size();
-  for (std::size_t I = FVisited.size(); I-- > 0;) {
-    FStack.push_back(OperandFor(FVisited[I]));
+  for (std::size_t I = Flatten(*Pending.Tree); I-- > 0;) {
+    Push(ValueOf(FVisited[I]));
   }
-  TOperand Root = Pop();
+  const TValue Root = Pop();
   if (Root.Step < 0) { // a column, or a constant
-    Root = EmitKernel(boCopy, &Root, 1);
+    EmitKernel(boCopy, &Root, 1);
   }
   FProgram->Steps.back().Results = Pending.Results;
   FProgram->Steps.back().ResultRowStep = 1;
@@ -98,17 +113,18 @@ void TProgramCompiler<T>::AddColumnCall(const TPending& Pending) {
   auto& Arguments = FProgram->Calls[static_cast<std::size_t>(Call)].Arguments;
   for (TNode* const Argument : Pending.Tree->Slots().first(static_cast<std::size_t>(Pending.Column->Arity))) {
     T* const Values = FWholeColumns.Block(FWholeColumnCount++);
-    Arguments.push_back(ColumnAt(Values));
+    Arguments.push_back(ColumnAt(Values).Operand);
     FPending.push_back({Argument, Values, nullptr});
   }
   FProgram->Stages.push_back({FProgram->Steps.size(), 1, true});
   TProgramStep<T>& Step = FProgram->Steps.emplace_back();
+  Step.Kernel = nullptr;
   Step.Results = Pending.Results;
   Step.Call = Call;
 }
 
 template <class T>
-auto TProgramCompiler<T>::OperandFor(const TVisited& Visited) -> TOperand {
+auto TProgramCompiler<T>::ValueOf(const TVisited& Visited) -> TValue {
   const TBatchPlan::TEntry& Entry = *Visited.Entry;
   switch (Entry.Action) {
   case baKernel:
@@ -135,50 +151,48 @@ auto TProgramCompiler<T>::OperandFor(const TVisited& Visited) -> TOperand {
 }
 
 template <class T>
-auto TProgramCompiler<T>::Apply(TBlockOperation Operation, int Arity) -> TOperand {
-  TOperand Operands[3];
+auto TProgramCompiler<T>::Apply(TBlockOperation Operation, int Arity) -> TValue {
+  TValue Operands[3];
   bool AllConstant = true;
   for (int I = 0; I < Arity; ++I) {
     Operands[I] = Pop();
-    AllConstant = AllConstant && Operands[I].IsConstant();
+    AllConstant = AllConstant && Operands[I].Operand.IsConstant();
   }
   if (AllConstant) {
     return Fold(Operation, Operands, Arity);
   }
-  TOperand Result;
-  if (IsFusable(Operation) && Fuse(Operation, Operands, Result)) {
-    return Result;
+  if (IsFusable(Operation) && Fuse(Operation, Operands)) {
+    return Operands[Operands[0].Step >= Operands[1].Step ? 0 : 1];
   }
   return EmitKernel(Operation, Operands, Arity);
 }
 
-// Makes one step out of the last one and an operation on its result.
+// Makes one step out of the last one and an operation on its result, which then is in the same register.
 template <class T>
-bool TProgramCompiler<T>::Fuse(TBlockOperation Outer, const TOperand* Operands, TOperand& Result) {
-  const auto Last = static_cast<std::int32_t>(FProgram->Steps.size()) - 1;
-  const bool IsFirst = Operands[0].Step == Last;
-  if (Last < 0 || (!IsFirst && Operands[1].Step != Last)) {
+bool TProgramCompiler<T>::Fuse(TBlockOperation Outer, const TValue* Operands) {
+  const bool IsFirst = Operands[0].Step >= Operands[1].Step;
+  const TValue& Inner = Operands[IsFirst ? 0 : 1];
+  if (Inner.Step < 0 || std::cmp_not_equal(Inner.Step + 1, FProgram->Steps.size())) {
     return false;
   }
   TProgramStep<T>& Step = FProgram->Steps.back();
   if (Step.Kernel == nullptr || !IsFusable(Step.Operation)) {
     return false;
   }
-  const TOperand& Other = Operands[IsFirst ? 1 : 0];
+  const TValue& Other = Operands[IsFirst ? 1 : 0];
   Step.Operation = IsFirst && Outer == boSub ? FusedLess(Step.Operation) : Fused(Outer, Step.Operation);
   Step.Kernel = FKernels->Operations[Step.Operation];
-  Step.Operands[2] = Other;
+  Step.Operands[2] = Other.Operand;
   Release(Other);
-  Result = Operands[IsFirst ? 0 : 1];
   return true;
 }
 
 template <class T>
-auto TProgramCompiler<T>::Fold(TBlockOperation Operation, const TOperand* Operands, int Arity) -> TOperand {
+auto TProgramCompiler<T>::Fold(TBlockOperation Operation, const TValue* Operands, int Arity) -> TValue {
   TBlockArguments<T> Arguments;
   TBlockOperand<T>* const Places[] = {&Arguments.X, &Arguments.Y, &Arguments.Z};
   for (int I = 0; I < Arity; ++I) {
-    *Places[I] = Operands[I].At(0);
+    *Places[I] = Operands[I].Operand.At(0);
   }
   Arguments.Results = NewConstant();
   Arguments.Units = 1;
@@ -187,35 +201,38 @@ auto TProgramCompiler<T>::Fold(TBlockOperation Operation, const TOperand* Operan
 }
 
 template <class T>
-auto TProgramCompiler<T>::EmitKernel(TBlockOperation Operation, const TOperand* Operands, int Arity)
-    -> TOperand {
+auto TProgramCompiler<T>::EmitKernel(TBlockOperation Operation, const TValue* Operands, int Arity) -> TValue {
   TProgramStep<T>& Step = FProgram->Steps.emplace_back();
   Step.Kernel = FKernels->Operations[Operation];
   Step.Operation = Operation;
-  const TOperand Result = NewRegister(); // while the operands' are taken: results overlap none of them
+  const TValue Result = NewRegister(); // while the operands' are taken: results overlap none of them
   for (int I = 0; I < Arity; ++I) {
-    Step.Operands[I] = Operands[I];
+    Step.Operands[I] = Operands[I].Operand;
     Release(Operands[I]);
   }
   return Result;
 }
 
 template <class T>
-auto TProgramCompiler<T>::EmitCall(const TVisited& Visited) -> TOperand {
+auto TProgramCompiler<T>::EmitCall(const TVisited& Visited) -> TValue {
   const bool Executes = Visited.Entry->Action == baExecute;
   const std::int32_t Call = NewCall(Executes ? nullptr : Visited.Entry->Function, Visited.Node);
   auto& Arguments = FProgram->Calls[static_cast<std::size_t>(Call)].Arguments;
+  std::vector<TValue> Values;
   for (int I = 0; !Executes && I < Visited.Entry->Arity; ++I) {
-    TOperand Argument = Pop();
-    if (Argument.IsConstant()) { // a function of the host gets rows of it
+    TValue Argument = Pop();
+    if (Argument.Operand.IsConstant()) { // a function of the host gets rows of it
       Argument = EmitKernel(boCopy, &Argument, 1);
     }
-    Arguments.push_back(Argument);
+    Arguments.push_back(Argument.Operand);
+    Values.push_back(Argument);
   }
-  FProgram->Steps.emplace_back().Call = Call;
-  const TOperand Result = NewRegister();
-  for (const TOperand& Argument : Arguments) {
-    Release(Argument);
+  TProgramStep<T>& Step = FProgram->Steps.emplace_back();
+  Step.Kernel = nullptr;
+  Step.Call = Call;
+  const TValue Result = NewRegister();
+  for (const TValue& Value : Values) {
+    Release(Value);
   }
   return Result;
 }
@@ -241,31 +258,23 @@ T* TProgramCompiler<T>::NewConstant() {
 
 // For the results of the last step.
 template <class T>
-auto TProgramCompiler<T>::NewRegister() -> TOperand {
+auto TProgramCompiler<T>::NewRegister() -> TValue {
   auto Register = static_cast<std::int32_t>(FRegisterCount);
-  if (FFreeRegisters.empty()) {
+  if (FFreeCount == 0) {
     ++FRegisterCount;
   } else {
-    Register = FFreeRegisters.back();
-    FFreeRegisters.pop_back();
+    Register = FFreeRegisters[--FFreeCount];
   }
   T* const Values = FRegisters.Block(static_cast<std::size_t>(Register));
   FProgram->Steps.back().Results = Values;
-  return {Values, 0, BlockUnit<T>, Register, static_cast<std::int32_t>(FProgram->Steps.size()) - 1};
+  const auto Step = static_cast<std::int32_t>(FProgram->Steps.size()) - 1;
+  return {{Values, 0, BlockUnit<T>}, Register, Step};
 }
 
 template <class T>
-void TProgramCompiler<T>::Release(const TOperand& Operand) {
-  if (Operand.Register >= 0) {
-    FFreeRegisters.push_back(Operand.Register);
-  }
-}
-
-template <class T>
-auto TProgramCompiler<T>::Pop() -> TOperand {
-  const TOperand Top = FStack.back();
-  FStack.pop_back();
-  return Top;
+void TProgramCompiler<T>::Release(const TValue& Value) {
+  FFreeRegisters[FFreeCount] = Value.Register;
+  FFreeCount += Value.Register >= 0 ? 1 : 0;
 }
 
 template class TProgramCompiler<double>;

@@ -1,0 +1,266 @@
+#include <qx/symbolic_regression/DataSet.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <numeric>
+#include <sstream>
+#include <string>
+#include <system_error>
+#include <tests/support/TemporaryFolder.h>
+#include <vector>
+
+namespace {
+
+using namespace qx;
+using tests::TTemporaryFolder;
+using tests::WriteFile;
+
+TQXDataSet FromText(const std::string& Text, const TCSVFormat& Format = {}) {
+  std::istringstream Stream(Text);
+  return TQXDataSet::FromCSV(Stream, Format);
+}
+
+std::vector<double> ColumnOf(const TQXDataSet& Data, std::string_view Name) {
+  const auto Values = Data.Column(Name);
+  return {Values.begin(), Values.end()};
+}
+
+using TValues = std::vector<double>;
+
+// What is wrong with a text: its line, its column and the message.
+void ExpectError(const std::string& Text, int Line, int Column, const std::string& Message,
+                 const TCSVFormat& Format = {}) {
+  try {
+    FromText(Text, Format);
+    ADD_FAILURE() << "no error for " << Text;
+  } catch (const EDataError& Error) {
+    EXPECT_EQ(Error.Line(), Line) << Error.what();
+    EXPECT_EQ(Error.Column(), Column) << Error.what();
+    EXPECT_EQ(std::string(Error.what()), Message);
+  }
+}
+
+TEST(DataSet, ReadsNamesAndNumbers) {
+  const auto Data = FromText("x,y\n1,2.5\n-3e2,+4\n");
+  EXPECT_EQ(Data.RowCount(), 2);
+  EXPECT_EQ(Data.ColumnCount(), 2);
+  EXPECT_EQ(Data.ColumnName(0), "x");
+  EXPECT_EQ(Data.ColumnName(1), "y");
+  EXPECT_EQ(ColumnOf(Data, "x"), (TValues{1, -300}));
+  EXPECT_EQ(ColumnOf(Data, "y"), (TValues{2.5, 4}));
+}
+
+TEST(DataSet, ReadsCarriageReturnsEmptyLinesMarksAndTextWithoutLastLineFeed) {
+  const auto Data = FromText("\xEF\xBB\xBFx,y\r\n\r\n1,2\r\n   \n3,4");
+  EXPECT_EQ(Data.ColumnName(0), "x");
+  EXPECT_EQ(ColumnOf(Data, "x"), (TValues{1, 3}));
+  EXPECT_EQ(ColumnOf(Data, "y"), (TValues{2, 4}));
+}
+
+TEST(DataSet, ReadsQuotedCells) {
+  const auto Data = FromText("\"a, b\",\"say \"\"x\"\"\", \"two\nlines\" \n 1 ,\"2\", \" 3 \"\n");
+  EXPECT_EQ(Data.ColumnName(0), "a, b");
+  EXPECT_EQ(Data.ColumnName(1), "say \"x\"");
+  EXPECT_EQ(Data.ColumnName(2), "two\nlines");
+  EXPECT_EQ(Data.Column(0)[0], 1);
+  EXPECT_EQ(Data.Column(1)[0], 2);
+  EXPECT_EQ(Data.Column(2)[0], 3);
+}
+
+TEST(DataSet, FindsTheSeparatorInTheFirstLine) {
+  EXPECT_EQ(ColumnOf(FromText("x;y,1;z\n1;2;3\n"), "y,1"), (TValues{2}));
+  EXPECT_EQ(ColumnOf(FromText("x\ty\n1\t2\n"), "y"), (TValues{2}));
+  EXPECT_EQ(ColumnOf(FromText("x\n1\n2\n"), "x"), (TValues{1, 2}));
+}
+
+TEST(DataSet, TakesSeparatorQuoteAndDecimalPointFromTheFormat) {
+  TCSVFormat Format;
+  Format.Separator = '|';
+  Format.Quote = '\'';
+  Format.DecimalPoint = ',';
+  const auto Data = FromText("'x|1'|y\n1,5|2,25e1\n", Format);
+  EXPECT_EQ(ColumnOf(Data, "x|1"), (TValues{1.5}));
+  EXPECT_EQ(ColumnOf(Data, "y"), (TValues{22.5}));
+  ExpectError("x|y\n1.5|2\n", 2, 1, "Line 2, column 1: \"x\" is no number: \"1.5\"", Format);
+}
+
+TEST(DataSet, ATabSeparatesEmptyCellsFromQuotedOnes) {
+  TCSVFormat Format;
+  Format.MissingValues = mvKeep;
+  const auto Data = FromText("x\ty\n\t\"2\"\n", Format);
+  EXPECT_TRUE(std::isnan(Data.Column("x")[0]));
+  EXPECT_EQ(Data.Column("y")[0], 2);
+}
+
+TEST(DataSet, NumbersTheColumnsOfATableWithoutHeader) {
+  TCSVFormat Format;
+  Format.Header = false;
+  const auto Data = FromText("1,2\n3,4\n", Format);
+  EXPECT_EQ(ColumnOf(Data, "x1"), (TValues{1, 3}));
+  EXPECT_EQ(ColumnOf(Data, "x2"), (TValues{2, 4}));
+}
+
+TEST(DataSet, NamesTheLineAndColumnOfWhatIsNoNumber) {
+  ExpectError("x,y\n1,2\n3,four\n", 3, 2, "Line 3, column 2: \"y\" is no number: \"four\"");
+  ExpectError("x,y\n\n1,2 3\n", 3, 2, "Line 3, column 2: \"y\" is no number: \"2 3\"");
+  ExpectError("\"x\n\",y\n1,-\n", 3, 2, "Line 3, column 2: \"y\" is no number: \"-\"");
+}
+
+TEST(DataSet, NamesTheLineOfARowOfAnotherLength) {
+  ExpectError("x,y\n1,2\n3\n", 3, 0, "Line 3: there are 1 cells, not 2");
+  ExpectError("x,y\n1,2,3\n", 2, 0, "Line 2: there are 3 cells, not 2");
+}
+
+TEST(DataSet, RefusesNamesThatAreEmptyOrThereTwice) {
+  ExpectError("x,y,x\n1,2,3\n", 1, 3, "Line 1, column 3: there is a column \"x\" already");
+  ExpectError("x,,z\n1,2,3\n", 1, 2, "Line 1, column 2: the column has no name");
+  EXPECT_EQ(FromText("x,X\n1,2\n").ColumnCount(), 2); // variables differ by the case of letters
+}
+
+TEST(DataSet, RefusesQuotesThatAreNotClosedOrFollowedByText) {
+  ExpectError("x,\"y\n1,2\n", 1, 2, "Line 1, column 2: the quote is not closed");
+  ExpectError("x,y\n1,\"2\"3\n", 2, 2, "Line 2, column 2: there is text after the closing quote");
+}
+
+TEST(DataSet, RefusesATextWithoutColumns) {
+  ExpectError("", 1, 0, "The text has no columns");
+  ExpectError("\n\r\n", 3, 0, "The text has no columns");
+}
+
+TEST(DataSet, AHeaderAloneMakesColumnsWithoutRows) {
+  const auto Data = FromText("x,y\n");
+  EXPECT_EQ(Data.ColumnCount(), 2);
+  EXPECT_EQ(Data.RowCount(), 0);
+}
+
+TEST(DataSet, MissingValuesAreErrorsUnlessTheFormatSaysOtherwise) {
+  const std::string Text = "x,y\n1,\n2,NA\n3,nan\n4,5\n";
+  ExpectError(Text, 2, 2, "Line 2, column 2: \"y\" has no number");
+  TCSVFormat Format;
+  Format.MissingValues = mvKeep;
+  const auto Kept = FromText(Text, Format);
+  EXPECT_EQ(Kept.RowCount(), 4);
+  for (std::size_t Row = 0; Row < 3; ++Row) {
+    EXPECT_TRUE(std::isnan(Kept.Column("y")[Row]));
+  }
+  Format.MissingValues = mvSkipRow;
+  const auto Whole = FromText(Text, Format);
+  EXPECT_EQ(ColumnOf(Whole, "x"), (TValues{4}));
+  EXPECT_EQ(ColumnOf(Whole, "y"), (TValues{5}));
+}
+
+TEST(DataSet, ReadsFilesAndNamesThemInErrors) {
+  const TTemporaryFolder Folder;
+  const std::string Name = Folder.File("data.csv");
+  WriteFile(Name, "x\n1\n2\n");
+  EXPECT_EQ(TQXDataSet::FromCSV(Name).RowCount(), 2);
+  WriteFile(Name, "x\none\n");
+  try {
+    TQXDataSet::FromCSV(Name);
+    ADD_FAILURE();
+  } catch (const EDataError& Error) {
+    EXPECT_EQ(std::string(Error.what()), Name + ": Line 2, column 1: \"x\" is no number: \"one\"");
+    EXPECT_EQ(Error.Line(), 2);
+  }
+  for (const std::string& Missing : {Folder.File("none.csv"), Folder.File("")}) {
+    try {
+      TQXDataSet::FromCSV(Missing);
+      ADD_FAILURE();
+    } catch (const std::system_error& Error) {
+      EXPECT_NE(std::string(Error.what()).find(Missing), std::string::npos) << Error.what();
+    }
+  }
+}
+
+TEST(DataSet, AColumnThatDoesNotFitChangesNothing) {
+  TQXDataSet Data;
+  Data.AddColumn("x", {1, 2, 3});
+  EXPECT_THROW(Data.AddColumn("x", {1, 2, 3}), std::invalid_argument);
+  EXPECT_THROW(Data.AddColumn("y", {1, 2}), std::invalid_argument);
+  EXPECT_THROW(Data.AddColumn("", {1, 2, 3}), std::invalid_argument);
+  EXPECT_EQ(Data.ColumnCount(), 1);
+  EXPECT_EQ(Data.RowCount(), 3);
+}
+
+TEST(DataSet, NamesTheColumnThatThereIsNot) {
+  TQXDataSet Data;
+  Data.AddColumn("x", {1});
+  EXPECT_EQ(Data.IndexOf("y"), -1);
+  EXPECT_THROW(Data.Column(1), std::out_of_range);
+  EXPECT_THROW(Data.ColumnName(-1), std::out_of_range);
+  try {
+    Data.Column("why");
+    ADD_FAILURE();
+  } catch (const std::out_of_range& Error) {
+    EXPECT_NE(std::string(Error.what()).find("why"), std::string::npos);
+  }
+}
+
+TEST(DataSet, ColumnsAreAlignedAndPaddedWithTheirLastValue) {
+  TQXDataSet Data;
+  Data.AddColumn("x", {1, 2, 3});
+  Data.AddColumn("y", {4, 5, 6});
+  for (const char* const Name : {"x", "y"}) {
+    const auto Values = Data.Column(Name);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(Values.data()) % 64, 0U);
+    for (std::size_t I = 3; I < 16; ++I) {
+      EXPECT_EQ(Values.data()[I], Values[2]);
+    }
+  }
+}
+
+TQXDataSet Numbered(int Rows) {
+  TValues Values(static_cast<std::size_t>(Rows));
+  std::iota(Values.begin(), Values.end(), 0);
+  TQXDataSet Data;
+  Data.AddColumn("n", Values);
+  return Data;
+}
+
+TEST(DataSet, SplitsByShare) {
+  const TDataSplit Split = Numbered(5).SplitByShare(0.5);
+  EXPECT_EQ(ColumnOf(Split.Training, "n"), (TValues{0, 1, 2})); // 2.5 rounded
+  EXPECT_EQ(ColumnOf(Split.Test, "n"), (TValues{3, 4}));
+  EXPECT_EQ(Numbered(5).SplitByShare(0).Training.RowCount(), 0);
+  EXPECT_EQ(Numbered(5).SplitByShare(1).Test.RowCount(), 0);
+  EXPECT_THROW(Numbered(5).SplitByShare(1.1), std::invalid_argument);
+  EXPECT_THROW(Numbered(5).SplitByShare(-0.1), std::invalid_argument);
+  EXPECT_THROW(Numbered(5).SplitByShare(NAN), std::invalid_argument);
+}
+
+TEST(DataSet, SplitsByRange) {
+  const TDataSplit Split = Numbered(6).SplitByRange(2, 3);
+  EXPECT_EQ(ColumnOf(Split.Training, "n"), (TValues{2, 3, 4}));
+  EXPECT_EQ(ColumnOf(Split.Test, "n"), (TValues{0, 1, 5}));
+  EXPECT_THROW(Numbered(6).SplitByRange(4, 3), std::out_of_range);
+  EXPECT_THROW(Numbered(6).SplitByRange(-1, 3), std::out_of_range);
+  EXPECT_THROW(Numbered(6).SplitByRange(2, -1), std::out_of_range);
+}
+
+TEST(DataSet, SplitsBySeedAlikeForEverySeedAndEveryRowOnce) {
+  const TQXDataSet Data = Numbered(100);
+  const TDataSplit Split = Data.SplitBySeed(0.7, 1);
+  EXPECT_EQ(Split.Training.RowCount(), 70);
+  TValues All = ColumnOf(Split.Training, "n");
+  const TValues Rest = ColumnOf(Split.Test, "n");
+  All.insert(All.end(), Rest.begin(), Rest.end());
+  EXPECT_FALSE(std::is_sorted(All.begin(), All.end()));
+  std::sort(All.begin(), All.end());
+  EXPECT_EQ(All, ColumnOf(Data, "n"));
+  EXPECT_EQ(ColumnOf(Data.SplitBySeed(0.7, 1).Test, "n"), Rest);
+  EXPECT_NE(ColumnOf(Data.SplitBySeed(0.7, 2).Test, "n"), Rest);
+  // The same on every machine.
+  EXPECT_EQ(ColumnOf(Numbered(8).SplitBySeed(0.5, 42).Training, "n"), (TValues{4, 3, 2, 0}));
+}
+
+TEST(DataSet, TakesRowsInAnyOrder) {
+  EXPECT_EQ(ColumnOf(Numbered(5).Rows(std::vector<int>{4, 0, 4}), "n"), (TValues{4, 0, 4}));
+  EXPECT_EQ(ColumnOf(Numbered(5).Rows(1, 2), "n"), (TValues{1, 2}));
+  EXPECT_THROW(Numbered(5).Rows(std::vector<int>{5}), std::out_of_range);
+  EXPECT_THROW(Numbered(5).Rows(4, 2), std::out_of_range);
+}
+
+} // namespace
