@@ -45,6 +45,8 @@ public:
   std::span<const T> Evaluate(TNode& Program);
   /// Whether the evaluation calls code of the host, be it a function or an `OnExecute`.
   bool CallsHost(TNode& Program) const { return FPlan.CallsHost(Program); }
+  /// What is done for each instruction.
+  const TBatchPlan& Plan() const { return FPlan; }
 
 private:
   void PrepareCompiler();

@@ -97,6 +97,21 @@ struct TBlockArguments {
 template <class T>
 using TBlockKernel = void (*)(const TBlockArguments<T>& Arguments);
 
+/// Passes the derivatives of a program's value back through an operation: what it is by the result times what
+/// the result is by each argument. Where a protected operation leaves its function, and where it has a step
+/// or a kink, the derivative is that of what is computed there, 0 at the very place.
+struct TDerivativeArguments {
+  TBlockOperand<double> X, Y, Z;
+  const double* Results = nullptr;
+  const double* ByResult = nullptr;
+  double* ByX = nullptr; // each has room for all rows, also where there is no such argument
+  double* ByY = nullptr;
+  double* ByZ = nullptr;
+  std::size_t Units = 0;
+};
+
+using TDerivativeKernel = void (*)(const TDerivativeArguments& Arguments);
+
 /// Predictions beside targets, in rows of which each counts with its weight; the weights of the rows that pad
 /// the last unit are 0. All are aligned to 64 bytes.
 template <class T>
@@ -125,6 +140,7 @@ template <class T>
 struct TBlockKernels {
   std::string_view Name; // of the instruction set
   TBlockKernel<T> Operations[BlockOperationCount];
+  TDerivativeKernel Derivatives[boXor + 1];
   double (*Sum)(const TErrorRows<T>& Rows); // of weighted predictions
   TCentredSums (*Centred)(const TErrorRows<T>& Rows, double PredictionCentre, double TargetCentre);
   TResidualSums (*Residuals)(const TErrorRows<T>& Rows, double Offset, double Scale);

@@ -75,6 +75,67 @@ constexpr auto SubLessOf = [](auto X, auto Y, auto Z) { return (X - Y) - Z; };
 constexpr auto MulLessOf = [](auto X, auto Y, auto Z) { return X * Y - Z; };
 constexpr auto CopyOf = [](auto X) { return X; };
 
+// --- Derivatives by the arguments, on one row --------------------------------------------------------------
+
+struct TPartials {
+  double X;
+  double Y = 0;
+  double Z = 0;
+};
+
+// What a result is by x, y and z.
+constexpr auto ByAdd = [](double, double, double, double) { return TPartials{1, 1}; };
+constexpr auto BySub = [](double, double, double, double) { return TPartials{1, -1}; };
+constexpr auto ByMul = [](double X, double Y, double, double) { return TPartials{Y, X}; };
+constexpr auto ByDiv = [](double, double Y, double, double Result) {
+  const double Inverse = 1 / Y;
+  return TPartials{Y == 0 ? 0 : Inverse, Y == 0 ? 0 : -Result * Inverse};
+};
+constexpr auto ByAQ = [](double, double Y, double, double Result) {
+  const double Square = 1 + Y * Y;
+  return TPartials{1 / SquareRoot(Square), -Result * Y / Square};
+};
+constexpr auto ByNeg = [](double, double, double, double) { return TPartials{-1}; };
+constexpr auto ByInv = [](double X, double, double, double Result) {
+  return TPartials{X == 0 ? 0 : -Result * Result};
+};
+constexpr auto BySquare = [](double X, double, double, double) { return TPartials{2 * X}; };
+constexpr auto ByCube = [](double X, double, double, double) { return TPartials{3 * X * X}; };
+constexpr auto BySqrt = [](double X, double, double, double Result) {
+  const double Slope = 0.5 / Result;
+  return TPartials{X == 0 ? 0 : WithSignOf(Slope, X)};
+};
+constexpr auto ByCbrt = [](double X, double, double, double Result) {
+  const double Slope = 1 / (3 * Result * Result);
+  return TPartials{X == 0 ? 0 : Slope};
+};
+constexpr auto ByPow = [](double X, double Y, double, double Result) {
+  const double Slope = Y * Result / X;
+  return TPartials{X == 0 ? 0 : Slope, Result * Log(X)};
+};
+constexpr auto ByExp = [](double, double, double, double Result) { return TPartials{Result}; };
+constexpr auto ByLog = [](double X, double, double, double) {
+  const double Slope = 1 / X;
+  return TPartials{X == 0 ? 0 : Slope};
+};
+constexpr auto BySin = [](double X, double, double, double) { return TPartials{Cos(X)}; };
+constexpr auto ByCos = [](double X, double, double, double) { return TPartials{-Sin(X)}; };
+constexpr auto ByTan = [](double, double, double, double Result) { return TPartials{1 + Result * Result}; };
+constexpr auto ByTanh = [](double, double, double, double Result) { return TPartials{1 - Result * Result}; };
+constexpr auto ByAbs = [](double X, double, double, double) {
+  return TPartials{X == 0 ? 0 : WithSignOf(1.0, X)};
+};
+constexpr auto ByMin = [](double X, double Y, double, double) {
+  return TPartials{Y < X ? 0.0 : 1.0, Y < X ? 1.0 : 0.0};
+};
+constexpr auto ByMax = [](double X, double Y, double, double) {
+  return TPartials{Y > X ? 0.0 : 1.0, Y > X ? 1.0 : 0.0};
+};
+constexpr auto ByIf = [](double X, double, double, double) {
+  return TPartials{0, X > 0 ? 1.0 : 0.0, X > 0 ? 0.0 : 1.0};
+};
+constexpr auto ByTruth = [](double, double, double, double) { return TPartials{0}; };
+
 // --- Loops over rows ---------------------------------------------------------------------------------------
 
 template <class TOperation, class T>
@@ -133,6 +194,31 @@ void OverAngles(const TBlockArguments<T>& Arguments) {
     if (IsHugeAngle(X)) {
       Arguments.Results[I] = static_cast<T>(OfHuge(static_cast<double>(X)));
     }
+  }
+}
+
+template <class TOperation>
+void OverDerivatives(const TDerivativeArguments& Arguments) {
+  constexpr TOperation Operation{};
+  constexpr std::size_t Unit = BlockUnit<double>;
+  const double* X = Arguments.X.Values;
+  const double* Y = Arguments.Y.Values;
+  const double* Z = Arguments.Z.Values;
+  double* __restrict ByX = Arguments.ByX;
+  double* __restrict ByY = Arguments.ByY;
+  double* __restrict ByZ = Arguments.ByZ;
+  for (std::size_t I = 0; I < Arguments.Units; ++I) {
+    for (std::size_t Lane = 0; Lane < Unit; ++Lane) {
+      const std::size_t Row = I * Unit + Lane;
+      const double ByResult = Arguments.ByResult[Row];
+      const TPartials By = Operation(X[Lane], Y[Lane], Z[Lane], Arguments.Results[Row]);
+      ByX[Row] = ByResult * By.X;
+      ByY[Row] = ByResult * By.Y;
+      ByZ[Row] = ByResult * By.Z;
+    }
+    X += Arguments.X.Stride;
+    Y += Arguments.Y.Stride;
+    Z += Arguments.Z.Stride;
   }
 }
 
@@ -210,58 +296,71 @@ constexpr TBlockKernel<T> Rows(TOperation /*Operation*/) {
   return &OverRows<TOperation, T>;
 }
 
+template <class TOperation>
+constexpr TDerivativeKernel Derivative(TOperation /*Operation*/) {
+  return &OverDerivatives<TOperation>;
+}
+
 template <class T>
-constexpr TBlockKernels<T> Kernels = {QX_KERNEL_NAME,
-                                      {Rows<T>(AddOf),
-                                       Rows<T>(SubOf),
-                                       Rows<T>(MulOf),
-                                       Rows<T>(DivOf),
-                                       Rows<T>(AQOf),
-                                       Rows<T>(NegOf),
-                                       Rows<T>(InvOf),
-                                       Rows<T>(SquareOf),
-                                       Rows<T>(CubeOf),
-                                       Rows<T>(SqrtOf),
-                                       Rows<T>(CbrtOf),
-                                       Rows<T>(PowOf),
-                                       Rows<T>(ExpOf),
-                                       Rows<T>(LogOf),
-                                       &OverAngles<decltype(SinOf), SinOfHuge, T>,
-                                       &OverAngles<decltype(CosOf), CosOfHuge, T>,
-                                       &OverAngles<decltype(TanOf), TanOfHuge, T>,
-                                       Rows<T>(TanhOf),
-                                       Rows<T>(AbsOf),
-                                       Rows<T>(MinOf),
-                                       Rows<T>(MaxOf),
-                                       Rows<T>(LessOf),
-                                       Rows<T>(LessOrEqualOf),
-                                       Rows<T>(GreaterOf),
-                                       Rows<T>(GreaterOrEqualOf),
-                                       Rows<T>(EqualOf),
-                                       Rows<T>(NotEqualOf),
-                                       Rows<T>(IfOf),
-                                       Rows<T>(AndOf),
-                                       Rows<T>(OrOf),
-                                       Rows<T>(NotOf),
-                                       Rows<T>(NandOf),
-                                       Rows<T>(NorOf),
-                                       Rows<T>(XorOf),
-                                       Rows<T>(AddAddOf),
-                                       Rows<T>(AddSubOf),
-                                       Rows<T>(AddMulOf),
-                                       Rows<T>(SubAddOf),
-                                       Rows<T>(SubSubOf),
-                                       Rows<T>(SubMulOf),
-                                       Rows<T>(MulAddOf),
-                                       Rows<T>(MulSubOf),
-                                       Rows<T>(MulMulOf),
-                                       Rows<T>(AddLessOf),
-                                       Rows<T>(SubLessOf),
-                                       Rows<T>(MulLessOf),
-                                       Rows<T>(CopyOf)},
-                                      &Sum<T>,
-                                      &Centred<T>,
-                                      &Residuals<T>};
+constexpr TBlockKernels<T> Kernels = {
+    QX_KERNEL_NAME,
+    {Rows<T>(AddOf),
+     Rows<T>(SubOf),
+     Rows<T>(MulOf),
+     Rows<T>(DivOf),
+     Rows<T>(AQOf),
+     Rows<T>(NegOf),
+     Rows<T>(InvOf),
+     Rows<T>(SquareOf),
+     Rows<T>(CubeOf),
+     Rows<T>(SqrtOf),
+     Rows<T>(CbrtOf),
+     Rows<T>(PowOf),
+     Rows<T>(ExpOf),
+     Rows<T>(LogOf),
+     &OverAngles<decltype(SinOf), SinOfHuge, T>,
+     &OverAngles<decltype(CosOf), CosOfHuge, T>,
+     &OverAngles<decltype(TanOf), TanOfHuge, T>,
+     Rows<T>(TanhOf),
+     Rows<T>(AbsOf),
+     Rows<T>(MinOf),
+     Rows<T>(MaxOf),
+     Rows<T>(LessOf),
+     Rows<T>(LessOrEqualOf),
+     Rows<T>(GreaterOf),
+     Rows<T>(GreaterOrEqualOf),
+     Rows<T>(EqualOf),
+     Rows<T>(NotEqualOf),
+     Rows<T>(IfOf),
+     Rows<T>(AndOf),
+     Rows<T>(OrOf),
+     Rows<T>(NotOf),
+     Rows<T>(NandOf),
+     Rows<T>(NorOf),
+     Rows<T>(XorOf),
+     Rows<T>(AddAddOf),
+     Rows<T>(AddSubOf),
+     Rows<T>(AddMulOf),
+     Rows<T>(SubAddOf),
+     Rows<T>(SubSubOf),
+     Rows<T>(SubMulOf),
+     Rows<T>(MulAddOf),
+     Rows<T>(MulSubOf),
+     Rows<T>(MulMulOf),
+     Rows<T>(AddLessOf),
+     Rows<T>(SubLessOf),
+     Rows<T>(MulLessOf),
+     Rows<T>(CopyOf)},
+    {Derivative(ByAdd),   Derivative(BySub),   Derivative(ByMul),    Derivative(ByDiv),   Derivative(ByAQ),
+     Derivative(ByNeg),   Derivative(ByInv),   Derivative(BySquare), Derivative(ByCube),  Derivative(BySqrt),
+     Derivative(ByCbrt),  Derivative(ByPow),   Derivative(ByExp),    Derivative(ByLog),   Derivative(BySin),
+     Derivative(ByCos),   Derivative(ByTan),   Derivative(ByTanh),   Derivative(ByAbs),   Derivative(ByMin),
+     Derivative(ByMax),   Derivative(ByTruth), Derivative(ByTruth),  Derivative(ByTruth), Derivative(ByTruth),
+     Derivative(ByTruth), Derivative(ByTruth), Derivative(ByIf),     Derivative(ByTruth), Derivative(ByTruth),
+     Derivative(ByTruth), Derivative(ByTruth), Derivative(ByTruth),  Derivative(ByTruth)},
+    &Sum<T>,
+    &Centred<T>,
+    &Residuals<T>};
 
 } // namespace
 

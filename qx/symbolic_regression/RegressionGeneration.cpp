@@ -1,0 +1,241 @@
+// A generation of symbolic regression: evaluated at once, its constants refined, its best models kept.
+
+#include <qx/symbolic_regression/ParallelFor.h>
+#include <qx/symbolic_regression/RegressionWorker.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <numeric>
+#include <utility>
+
+namespace qx {
+
+namespace {
+
+double Now() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+// Errors that are no numbers come last.
+bool IsBetter(double Error, double Other) {
+  return Error < Other || (std::isnan(Other) && !std::isnan(Error));
+}
+
+} // namespace
+
+void TQXSymbolicRegression::Initialize() {
+  RequireData();
+  FFront.Clear();
+  FRun = {};
+  FStart = Now();
+  TQXTypedGeneticProgramming::Initialize();
+  TellRecord();
+}
+
+void TQXSymbolicRegression::DoFinishEvolve() {
+  TQXTypedGeneticProgramming::DoFinishEvolve();
+  TellRecord();
+}
+
+bool TQXSymbolicRegression::IsFinished() {
+  return (FSettings.StoppingPatience > 0 && FTest.Data.RowCount() > 0 &&
+          FRun.GenerationsWithoutBetter >= FSettings.StoppingPatience) ||
+         TQXTypedGeneticProgramming::IsFinished();
+}
+
+bool TQXSymbolicRegression::DoCrossover(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
+                                        TQXIndividual* Child2) {
+  const bool IsFair = BloatStrategy() == bsSizeFairCrossover || BloatStrategy() == bsDepthFairCrossover;
+  if (IsFair || CrossoverMethod() != cmSubtree) {
+    return TQXTypedGeneticProgramming::DoCrossover(Parent1, Parent2, Child1, Child2);
+  }
+  auto& Child = static_cast<TIndividual&>(Child1);
+  auto& Donor = static_cast<TIndividual&>(Child2 != nullptr ? *Child2 : Parent2);
+  TNode* const Mine = Child.SelectNode(SelectionNonTerminalsProbability());
+  TNode* const Theirs = Donor.SelectNode(SelectionNonTerminalsProbability());
+  if (Mine == nullptr || Theirs == nullptr) {
+    return false;
+  }
+  TNodePointer Former = Child.Replace(*Mine, Theirs->Clone());
+  if (Child2 != nullptr) {
+    Donor.Replace(*Theirs, std::move(Former));
+  }
+  return true;
+}
+
+void TQXSymbolicRegression::DoCalculateFitnessStatistics() {
+  if (HasOwnFitness()) {
+    EvaluateGeneration();
+  }
+  TQXTypedGeneticProgramming::DoCalculateFitnessStatistics();
+}
+
+// Evaluates the stale individuals of the population.
+void TQXSymbolicRegression::EvaluateGeneration() {
+  PrepareWorkers();
+  std::vector<TJob> Jobs;
+  for (TIndividual& Individual : Population()) {
+    if (Individual.NeedFitness() && Individual.DNA() != nullptr) {
+      Jobs.push_back({&Individual, Individual.DNA(), {}, 0});
+    }
+  }
+  EvaluateJobs(Jobs);
+  RefineBest(Jobs);
+  KeepBest(Jobs);
+  for (const TJob& Job : Jobs) {
+    FEvaluated = Job.Individual;
+    FEvaluatedError = Job.Error;
+    Job.Individual->EvaluateFitness();
+  }
+  FEvaluated = nullptr;
+  UpdateFront(Jobs);
+}
+
+void TQXSymbolicRegression::PrepareWorkers() {
+  RequireData();
+  FWorkers.resize(static_cast<std::size_t>(FThreads));
+  for (auto& Worker : FWorkers) {
+    if (Worker == nullptr) {
+      Worker = std::make_unique<TWorker>();
+    }
+    Worker->Prepare(*this, Instructions());
+  }
+}
+
+auto TQXSymbolicRegression::JobFor(TIndividual& Individual) -> TJob {
+  PrepareWorkers();
+  TJob Jobs[] = {{&Individual, Individual.DNA(), {}, std::numeric_limits<double>::infinity()}};
+  if (Jobs[0].Program != nullptr) {
+    EvaluateJobs(Jobs);
+  }
+  return Jobs[0];
+}
+
+// Programs that call code of the host are evaluated on the caller's thread, after the others.
+void TQXSymbolicRegression::EvaluateJobs(std::span<TJob> Jobs) {
+  std::vector<TJob*> Own;
+  std::vector<TJob*> OfHost;
+  for (TJob& Job : Jobs) {
+    (FWorkers.front()->CallsHost(*Job.Program) ? OfHost : Own).push_back(&Job);
+  }
+  ParallelFor(Own.size(), FWorkers.size(),
+              [&](std::size_t Thread, std::size_t Index) { FWorkers[Thread]->Evaluate(*Own[Index]); });
+  for (TJob* const Job : OfHost) {
+    FWorkers.front()->Evaluate(*Job);
+  }
+  FRun.Evaluations += static_cast<std::int64_t>(Jobs.size());
+}
+
+// Values are found on all threads, and stored on the caller's.
+void TQXSymbolicRegression::RefineBest(std::vector<TJob>& Jobs) {
+  const double Wanted = FSettings.RefinementShare * Population().Count();
+  const std::size_t Count = std::min(Jobs.size(), static_cast<std::size_t>(std::ceil(Wanted)));
+  if (FSettings.RefinementSteps == 0 || Count == 0) {
+    return;
+  }
+  std::vector<std::size_t> Order(Jobs.size());
+  std::iota(Order.begin(), Order.end(), std::size_t(0));
+  std::partial_sort(Order.begin(), Order.begin() + static_cast<std::ptrdiff_t>(Count), Order.end(),
+                    [&](std::size_t A, std::size_t B) {
+                      return IsBetter(Jobs[A].Error, Jobs[B].Error) ||
+                             (!IsBetter(Jobs[B].Error, Jobs[A].Error) && A < B);
+                    });
+  std::vector<std::vector<TConstantRefinement::TConstant>> Found(Count);
+  ParallelFor(Count, FWorkers.size(), [&](std::size_t Thread, std::size_t Index) {
+    Found[Index] = FWorkers[Thread]->Refine(*Jobs[Order[Index]].Program);
+  });
+  std::vector<TJob> Refined;
+  for (std::size_t I = 0; I < Count; ++I) {
+    for (const auto& Constant : Found[I]) {
+      Constant.Node->SetValue(Constant.Value);
+    }
+    if (!Found[I].empty()) {
+      Refined.push_back(Jobs[Order[I]]);
+    }
+  }
+  EvaluateJobs(Refined);
+  for (std::size_t I = 0, Next = 0; I < Count; ++I) {
+    if (!Found[I].empty()) {
+      Jobs[Order[I]] = Refined[Next++];
+    }
+  }
+}
+
+// Puts the best program of all so far, if the generation has lost it, in the place of the worst new one.
+void TQXSymbolicRegression::KeepBest(std::span<TJob> Jobs) {
+  if (!FSettings.KeepsBest || FFront.Empty() || Jobs.empty()) {
+    return;
+  }
+  const TRegressionModel& Best = FFront[FFront.Count() - 1];
+  for (TIndividual& Individual : Population()) {
+    if (!Individual.NeedFitness() && Individual.Fitness() <= Best.Error) {
+      return;
+    }
+  }
+  const auto ByError = [](const TJob& A, const TJob& B) { return IsBetter(A.Error, B.Error); };
+  if (std::ranges::min_element(Jobs, ByError)->Error <= Best.Error) {
+    return;
+  }
+  TJob& Worst = *std::ranges::max_element(Jobs, ByError);
+  Worst.Individual->SetDNA(*Best.Program);
+  Worst.Program = Worst.Individual->DNA();
+  Worst.Error = Best.Error;
+  Worst.Scaling = Best.Scaling;
+}
+
+void TQXSymbolicRegression::UpdateFront(std::span<const TJob> Jobs) {
+  bool Better = false;
+  for (const TJob& Job : Jobs) {
+    if (!FFront.Wants(Job.Program->Size(), Job.Error)) {
+      continue;
+    }
+    TRegressionModel Model{Job.Program->Clone(), Job.Scaling, Job.Error,
+                           std::numeric_limits<double>::quiet_NaN()};
+    if (FTest.Data.RowCount() > 0) {
+      TQXBatchEvaluator<double> Evaluator(FTest.Data, Instructions(), &FFunctions);
+      Model.TestError = FTest.Target.Error(FSettings.ErrorMeasure, Evaluator.Evaluate(*Model.Program).data(),
+                                           Model.Scaling);
+      Better |= Model.TestError < FRun.BestTestError;
+      FRun.BestTestError = std::min(FRun.BestTestError, Model.TestError);
+    }
+    FFront.Add(std::move(Model));
+  }
+  FRun.GenerationsWithoutBetter = Better ? 0 : FRun.GenerationsWithoutBetter + 1;
+}
+
+void TQXSymbolicRegression::TellRecord() {
+  if (!OnRecord) {
+    return;
+  }
+  TRegressionRecord Record;
+  std::vector<double> Errors;
+  for (TIndividual& Individual : Population()) {
+    if (Individual.Fitness() < UnfitFitness()) {
+      Errors.push_back(Individual.Fitness());
+    }
+  }
+  const auto Count = static_cast<double>(Population().Count());
+  Record.Generation = Generation();
+  Record.UnfitCount = Population().Count() - static_cast<int>(Errors.size());
+  std::ranges::sort(Errors);
+  Record.BestError = Errors.empty() ? UnfitFitness() : Errors.front();
+  Record.MeanError = Errors.empty() ? UnfitFitness()
+                                    : std::accumulate(Errors.begin(), Errors.end(), 0.0) /
+                                          static_cast<double>(Errors.size());
+  Errors.erase(std::unique(Errors.begin(), Errors.end()), Errors.end());
+  Record.Diversity = Count > 0 ? static_cast<double>(Errors.size()) / Count : 0;
+  const TRegressionModel* const Best = BestModel();
+  Record.BestTestError = Best != nullptr ? Best->TestError : std::numeric_limits<double>::quiet_NaN();
+  Record.MinSize = MinProgramSize();
+  Record.MaxSize = MaxProgramSize();
+  Record.AvgSize = static_cast<double>(AvgProgramSize());
+  Record.MinDepth = MinProgramDepth();
+  Record.MaxDepth = MaxProgramDepth();
+  Record.AvgDepth = static_cast<double>(AvgProgramDepth());
+  Record.Evaluations = FRun.Evaluations;
+  Record.Seconds = Now() - FStart;
+  OnRecord(*this, Record);
+}
+
+} // namespace qx

@@ -1,0 +1,43 @@
+#include <qx/symbolic_regression/RegressionModel.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace qx {
+
+bool TRegressionFront::Wants(int Size, double Error) const {
+  const auto Larger = std::ranges::upper_bound(FModels, Size, {}, &TRegressionModel::Size);
+  return std::isfinite(Error) && (Larger == FModels.begin() || Error < std::prev(Larger)->Error);
+}
+
+void TRegressionFront::Add(TRegressionModel Model) {
+  if (!Wants(Model.Size(), Model.Error)) {
+    return;
+  }
+  const auto First = std::ranges::lower_bound(FModels, Model.Size(), {}, &TRegressionModel::Size);
+  const auto Last = std::find_if(First, FModels.end(),
+                                 [&](const TRegressionModel& Other) { return Other.Error < Model.Error; });
+  FModels.insert(FModels.erase(First, Last), std::move(Model));
+}
+
+TRegressionFront TRegressionFront::Clone() const {
+  TRegressionFront Copy;
+  for (const TRegressionModel& Model : FModels) {
+    Copy.FModels.push_back(Model.Clone());
+  }
+  return Copy;
+}
+
+const TRegressionModel* TRegressionFront::Best() const {
+  const TRegressionModel* Best = nullptr;
+  for (const TRegressionModel& Model : FModels) {
+    const bool Tested = !std::isnan(Model.TestError);
+    if (Best == nullptr || (Tested ? !(Best->TestError <= Model.TestError) : Model.Error < Best->Error)) {
+      Best = &Model;
+    }
+  }
+  return Best;
+}
+
+} // namespace qx

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <qx/genetic_programming/GPFloat.h>
+#include <qx/symbolic_regression/ErrorMeasure.h>
+
+#include <limits>
+#include <vector>
+
+namespace qx {
+
+/// A formula for the target: `Scaling` of the program's value.
+struct TRegressionModel {
+  using TNode = generics::TQXGPNode<TGAFloat>;
+
+  TNode::TPointer Program;
+  TLinearScaling Scaling;
+  /// On the training rows, by the component's error measure.
+  double Error = std::numeric_limits<double>::infinity();
+  /// On the test rows; NaN when there are none.
+  double TestError = std::numeric_limits<double>::quiet_NaN();
+
+  int Size() const { return Program->Size(); }
+  TRegressionModel Clone() const { return {Program->Clone(), Scaling, Error, TestError}; }
+};
+
+/// The models of which none is both smaller and better than another: the least error for each size of
+/// program, by growing size and falling error.
+class TRegressionFront {
+public:
+  /// Whether a model of that size and error would come in: it is better than all that are no larger.
+  bool Wants(int Size, double Error) const;
+  /// Takes a model in, and drops those that it beats; one that is not wanted is left out.
+  void Add(TRegressionModel Model);
+  void Clear() { FModels.clear(); }
+  TRegressionFront Clone() const;
+
+  int Count() const { return static_cast<int>(FModels.size()); }
+  bool Empty() const { return FModels.empty(); }
+  /// Raises std::out_of_range.
+  const TRegressionModel& operator[](int Index) const { return FModels.at(static_cast<std::size_t>(Index)); }
+  auto begin() const { return FModels.begin(); }
+  auto end() const { return FModels.end(); }
+  /// The model with the least error on the test rows or, without such rows, on the training rows; nullptr
+  /// when the front is empty. The smaller one of equals.
+  const TRegressionModel* Best() const;
+
+private:
+  std::vector<TRegressionModel> FModels;
+};
+
+} // namespace qx

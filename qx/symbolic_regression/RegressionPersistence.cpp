@@ -1,0 +1,98 @@
+// Component streams and checkpoints of symbolic regression.
+
+#include <qx/engine/LoadScope.h>
+#include <qx/foundation/EnumPropertyText.h>
+#include <qx/platform/Filer.h>
+#include <qx/symbolic_regression/RegressionDefaults.h>
+
+#include <memory>
+#include <utility>
+
+namespace qx {
+
+// The front goes before the instructions that its programs refer to.
+void TQXSymbolicRegression::InstructionUpdate(TInstruction* Instruction) {
+  FFront.Clear();
+  TQXTypedGeneticProgramming::InstructionUpdate(Instruction);
+}
+
+void TQXSymbolicRegression::InstructionNotify(TInstruction& Instruction, TCollectionNotification Action) {
+  FFront.Clear();
+  TQXTypedGeneticProgramming::InstructionNotify(Instruction, Action);
+}
+
+// What errors depend on comes first: individuals that are read have theirs already.
+void TQXSymbolicRegression::DefineProperties(TFiler& Filer) {
+  const TSettings Defaults;
+  const TSettings& S = FSettings;
+  const auto Define = [&](std::string_view Name, const auto& Value, const auto& Default, auto Setter) {
+    Filer.Property(Name, Value, Value != Default, [&](const auto& Read) { (this->*Setter)(Read); });
+  };
+  Define("ErrorMeasure", S.ErrorMeasure, Defaults.ErrorMeasure, &TQXSymbolicRegression::SetErrorMeasure);
+  Define("LinearScaling", S.LinearScaling, Defaults.LinearScaling, &TQXSymbolicRegression::SetLinearScaling);
+  Define("SinglePrecision", S.SinglePrecision, Defaults.SinglePrecision,
+         &TQXSymbolicRegression::SetSinglePrecision);
+  Define("RefinementShare", S.RefinementShare, Defaults.RefinementShare,
+         &TQXSymbolicRegression::SetRefinementShare);
+  Define("RefinementSteps", S.RefinementSteps, Defaults.RefinementSteps,
+         &TQXSymbolicRegression::SetRefinementSteps);
+  Define("KeepsBest", S.KeepsBest, Defaults.KeepsBest, &TQXSymbolicRegression::SetKeepsBest);
+  Define("StoppingPatience", S.StoppingPatience, Defaults.StoppingPatience,
+         &TQXSymbolicRegression::SetStoppingPatience);
+  Define("Threads", FThreads, 1, &TQXSymbolicRegression::SetThreads);
+  TQXTypedGeneticProgramming::DefineProperties(Filer);
+  if (!Filer.Exact()) { // an inherited setting that is the plain default, and so not stored, is not the own
+                        // one
+    const TQXGeneticProgramming Plain;
+    VisitDefaults(
+        *this, Plain,
+        [&](std::string_view Name, auto Value, auto PlainDefault, decltype(Value) Default, auto Setter) {
+          Filer.Property(Name, Value, Value == PlainDefault && Value != Default,
+                         [&](const auto& Read) { (this->*Setter)(Read); });
+        });
+  }
+}
+
+void TQXSymbolicRegression::DefineState(TFiler& Filer) {
+  TQXTypedGeneticProgramming::DefineState(Filer);
+  auto Evaluations = static_cast<double>(FRun.Evaluations);
+  Filer.Field("Evaluations", Evaluations);
+  FRun.Evaluations = static_cast<std::int64_t>(Evaluations);
+  Filer.Field("BestTestError", FRun.BestTestError);
+  Filer.Field("GenerationsWithoutBetter", FRun.GenerationsWithoutBetter);
+  DefineFront(Filer);
+}
+
+void TQXSymbolicRegression::DefineFront(TFiler& Filer) {
+  std::vector<std::string> Programs;
+  std::vector<double> Numbers; // four for each model
+  for (const TRegressionModel& Model : FFront) {
+    Programs.push_back(Model.Program->StateText());
+    Numbers.insert(Numbers.end(), {Model.Scaling.Offset, Model.Scaling.Scale, Model.Error, Model.TestError});
+  }
+  Filer.Field("FrontPrograms", Programs);
+  Filer.Property("Front", Numbers, true, [&](const std::vector<double>& Read) {
+    constexpr std::size_t PerModel = 4;
+    if (Read.size() != PerModel * Programs.size()) {
+      throw std::invalid_argument("there are not four numbers for each program of the front");
+    }
+    FFront.Clear();
+    for (std::size_t I = 0; I < Programs.size(); ++I) {
+      const double* const Of = &Read[PerModel * I];
+      FFront.Add({TNode::FromStateText(Programs[I], *this), {Of[0], Of[1]}, Of[2], Of[3]});
+    }
+  });
+}
+
+void TQXSymbolicRegression::Remember(TLoadScope& Load) {
+  TQXTypedGeneticProgramming::Remember(Load);
+  auto Front = std::make_shared<TRegressionFront>(FFront.Clone());
+  Load.OnFailure([this, Settings = FSettings, Threads = FThreads, Run = FRun, Front] {
+    FSettings = Settings;
+    FThreads = Threads;
+    FRun = Run;
+    FFront = std::move(*Front);
+  });
+}
+
+} // namespace qx

@@ -1,0 +1,264 @@
+// Settings, data and results of symbolic regression.
+
+#include <qx/platform/Text.h>
+#include <qx/symbolic_regression/RegressionDefaults.h>
+#include <qx/symbolic_regression/RegressionWorker.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+#include <utility>
+
+namespace qx {
+
+template <>
+std::span<const std::string_view> EnumNames<TErrorMeasure>() {
+  static constexpr std::string_view Names[] = {"emMSE", "emRMSE", "emNMSE", "emMAE", "emR2", "emCorrelation"};
+  return Names;
+}
+
+// Gives individuals their errors. While a generation is evaluated they are known.
+class TQXSymbolicRegression::TFitnessHandler {
+public:
+  explicit TFitnessHandler(TQXSymbolicRegression& Regression) : FRegression(&Regression) {}
+  void operator()(TQXCustomGeneticComponent& /*Sender*/, TQXIndividual& Item, TGAFitness& Fitness) const {
+    const bool IsKnown = &Item == FRegression->FEvaluated;
+    const double Error =
+        IsKnown ? FRegression->FEvaluatedError : FRegression->ErrorOf(static_cast<TIndividual&>(Item));
+    Fitness = std::isfinite(Error) ? Error : FRegression->UnfitFitness();
+  }
+
+private:
+  TQXSymbolicRegression* FRegression;
+};
+
+TQXSymbolicRegression::TQXSymbolicRegression(TComponent* Owner) : TQXTypedGeneticProgramming(Owner) {
+  const TQXGeneticProgramming Plain;
+  VisitDefaults(*this, Plain,
+                [&](std::string_view, const auto&, const auto&, const auto& Default, auto Setter) {
+                  (this->*Setter)(Default);
+                });
+  TQXCustomGeneticComponent::OnEvaluateFitness = TFitnessHandler(*this);
+  OnConstantMutation = TGaussianConstantMutation(ConstantDeviation);
+}
+
+// Instructions that go tell this object, as long as it is one.
+TQXSymbolicRegression::~TQXSymbolicRegression() { FreeGenerations(); }
+
+// --- Data --------------------------------------------------------------------------------------------------
+
+auto TQXSymbolicRegression::RowsFor(TQXDataSet Data, std::string_view Target, std::string_view Weights)
+    -> TRows {
+  const auto TargetValues = Data.Column(Target);
+  const auto WeightValues = Weights.empty() ? std::span<const double>() : Data.Column(Weights);
+  TRegressionTarget Targets(TargetValues, WeightValues);
+  return {std::move(Data), std::move(Targets)};
+}
+
+void TQXSymbolicRegression::SetData(TQXDataSet Data, std::string_view Target, std::string_view Weights) {
+  TQXDataSet None;
+  for (int I = 0; I < Data.ColumnCount(); ++I) {
+    None.AddColumn(Data.ColumnName(I), {});
+  }
+  SetData({std::move(Data), std::move(None)}, Target, Weights);
+}
+
+void TQXSymbolicRegression::SetData(TDataSplit Split, std::string_view Target, std::string_view Weights) {
+  if (Split.Training.RowCount() == 0) {
+    throw std::invalid_argument("There are no rows to learn from");
+  }
+  TRows Training = RowsFor(std::move(Split.Training), Target, Weights);
+  TRows Test = RowsFor(std::move(Split.Test), Target, Weights);
+  std::string TargetName(Target);
+  std::string WeightsName(Weights);
+  std::vector<std::string> Inputs;
+  for (int I = 0; I < Training.Data.ColumnCount(); ++I) {
+    if (const std::string& Name = Training.Data.ColumnName(I); Name != Target && Name != Weights) {
+      Inputs.push_back(Name);
+    }
+  }
+  RequireFreeNames(Inputs);
+  TUpdateScope Update(Instructions());
+  DeclareVariables(Inputs);
+  DeclareRest();
+  Update.End();
+  FTraining = std::move(Training);
+  FTest = std::move(Test);
+  FTargetName = std::move(TargetName);
+  FWeightsName = std::move(WeightsName);
+  ForgetErrors();
+}
+
+namespace {
+
+bool IsVariable(const TBatchPlan::TInstruction& Instruction) {
+  return Instruction.Operation() == gpVariable && !Instruction.OnExecute;
+}
+
+bool Contains(const std::vector<std::string>& Names, const std::string& Name) {
+  return std::ranges::find(Names, Name) != Names.end();
+}
+
+} // namespace
+
+// The names of instructions differ by more than the case of letters.
+void TQXSymbolicRegression::RequireFreeNames(const std::vector<std::string>& Inputs) {
+  for (auto Input = Inputs.begin(); Input != Inputs.end(); ++Input) {
+    const int Place = Instructions().IndexOf(*Input);
+    const bool Taken = Place >= 0 && !IsVariable(Instructions()[Place]);
+    const bool Repeated =
+        std::any_of(Inputs.begin(), Input, [&](const auto& Other) { return SameText(Other, *Input); });
+    if (Taken || Repeated) {
+      throw EGPException("The column \"" + *Input + "\" has the name of another instruction");
+    }
+  }
+}
+
+void TQXSymbolicRegression::DeclareVariables(const std::vector<std::string>& Inputs) {
+  auto& Set = Instructions();
+  for (int I = Set.Count(); I-- > 0;) {
+    if (IsVariable(Set[I]) && !Contains(Inputs, Set[I].Name())) {
+      Set.Delete(I);
+    }
+  }
+  for (const std::string& Input : Inputs) {
+    if (Set.IndexOf(Input) < 0) {
+      Set.Add().SetName(Input);
+    }
+  }
+}
+
+// Functions and a constant, where there are none.
+void TQXSymbolicRegression::DeclareRest() {
+  auto& Set = Instructions();
+  const auto Has = [&](TGPGeneticInstruction Operation) {
+    return std::ranges::any_of(Set,
+                               [&](const auto& Instruction) { return Instruction.Operation() == Operation; });
+  };
+  if (!Has(gpFunction)) {
+    for (const std::string_view Name : RegressionFunctions) {
+      if (Set.IndexOf(Name) < 0) { // a column may be called so
+        AddStandardInstruction(Set, Name);
+      }
+    }
+  }
+  if (!Has(gpConstant)) {
+    std::string Name = "Constant";
+    while (Set.IndexOf(Name) >= 0) {
+      Name += '_';
+    }
+    AddEphemeralConstant(Set, Name, -GreatestConstant, GreatestConstant);
+  }
+}
+
+// Errors mean something else now.
+void TQXSymbolicRegression::ForgetErrors() {
+  FFront.Clear();
+  FRun = {};
+  for (auto* const Generation : {&Population(), PreviousGeneration()}) {
+    for (int I = 0; Generation != nullptr && I < Generation->Count(); ++I) {
+      (*Generation)[I].MarkStale();
+    }
+  }
+}
+
+void TQXSymbolicRegression::RequireData() const {
+  if (FTraining.Data.RowCount() == 0) {
+    throw EGAException("There are no data to learn from: SetData comes first");
+  }
+}
+
+bool TQXSymbolicRegression::HasOwnFitness() const {
+  return TQXCustomGeneticComponent::OnEvaluateFitness.Target<TFitnessHandler>() != nullptr;
+}
+
+// --- Settings ----------------------------------------------------------------------------------------------
+
+namespace {
+
+template <class T>
+bool Changes(T& Setting, T Value) {
+  return std::exchange(Setting, Value) != Value;
+}
+
+} // namespace
+
+void TQXSymbolicRegression::SetErrorMeasure(TErrorMeasure Value) {
+  if (Changes(FSettings.ErrorMeasure, CheckedEnum(Value, "ErrorMeasure"))) {
+    ForgetErrors();
+  }
+}
+
+void TQXSymbolicRegression::SetLinearScaling(bool Value) {
+  if (Changes(FSettings.LinearScaling, Value)) {
+    ForgetErrors();
+  }
+}
+
+void TQXSymbolicRegression::SetSinglePrecision(bool Value) {
+  if (Changes(FSettings.SinglePrecision, Value)) {
+    ForgetErrors();
+  }
+}
+
+void TQXSymbolicRegression::SetRefinementShare(TGAProbability Value) {
+  if (std::isnan(Value)) {
+    throw std::invalid_argument("RefinementShare must be a number, not NaN");
+  }
+  FSettings.RefinementShare = std::clamp(Value, 0.0, 1.0);
+}
+
+void TQXSymbolicRegression::Assign(const TPersistent& Source) {
+  if (const auto* const Regression = dynamic_cast<const TQXSymbolicRegression*>(&Source);
+      Regression != nullptr && Regression != this) {
+    FSettings = Regression->FSettings;
+    FThreads = Regression->FThreads;
+  }
+  TQXTypedGeneticProgramming::Assign(Source);
+}
+
+// --- Results -----------------------------------------------------------------------------------------------
+
+namespace {
+
+void RequireColumns(TRegressionModel::TNode& Program, const TQXDataSet& Data) {
+  Program.ForEach([&](const TRegressionModel::TNode& Node) {
+    const auto* const Instruction = Node.Instruction();
+    if (Instruction != nullptr && IsVariable(*Instruction) && Data.IndexOf(Instruction->Name()) < 0) {
+      throw std::invalid_argument("The data have no column \"" + Instruction->Name() + "\"");
+    }
+  });
+}
+
+} // namespace
+
+std::vector<double> TQXSymbolicRegression::Predict(const TRegressionModel& Model, const TQXDataSet& Data) {
+  RequireColumns(*Model.Program, Data);
+  TQXBatchEvaluator<double> Evaluator(Data, Instructions(), &FFunctions);
+  const auto Values = Evaluator.Evaluate(*Model.Program);
+  std::vector<double> Predictions(Values.begin(), Values.end());
+  for (double& Value : Predictions) {
+    Value = Model.Scaling.Offset + Model.Scaling.Scale * Value;
+  }
+  return Predictions;
+}
+
+double TQXSymbolicRegression::Error(const TRegressionModel& Model, const TQXDataSet& Data,
+                                    TErrorMeasure Measure) {
+  RequireColumns(*Model.Program, Data);
+  const bool HasWeights = !FWeightsName.empty() && Data.IndexOf(FWeightsName) >= 0;
+  const TRegressionTarget Target(Data.Column(FTargetName),
+                                 HasWeights ? Data.Column(FWeightsName) : std::span<const double>());
+  TQXBatchEvaluator<double> Evaluator(Data, Instructions(), &FFunctions);
+  return Target.Error(CheckedEnum(Measure, "Measure"), Evaluator.Evaluate(*Model.Program).data(),
+                      Model.Scaling);
+}
+
+double TQXSymbolicRegression::ErrorOf(TIndividual& Individual) { return JobFor(Individual).Error; }
+
+TLinearScaling TQXSymbolicRegression::ScalingOf(TIndividual& Individual) {
+  return JobFor(Individual).Scaling;
+}
+
+} // namespace qx
