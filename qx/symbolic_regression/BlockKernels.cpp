@@ -61,6 +61,10 @@ int ArityOf(TBlockOperation Operation) {
   return Operation == boCopy ? 1 : 3;
 }
 
+std::string_view NameOf(TBlockOperation Operation) {
+  return static_cast<std::size_t>(Operation) < std::size(Names) ? Names[Operation].Name : std::string_view();
+}
+
 TBlockOperation BlockOperationOf(std::string_view Name) {
   const auto* const Found = std::ranges::find(Names, Name, &TOperationName::Name);
   if (Found == std::end(Names)) {

@@ -173,6 +173,8 @@ std::span<const TBlockKernels<float>* const> AllBlockKernels();
 
 /// Number of arguments of an operation.
 int ArityOf(TBlockOperation Operation);
+/// The name of the standard instruction that an operation is; empty for the others.
+std::string_view NameOf(TBlockOperation Operation);
 /// The operation that a standard instruction of floating-point programs is. Raises std::invalid_argument when
 /// there is none of that name.
 TBlockOperation BlockOperationOf(std::string_view Name);

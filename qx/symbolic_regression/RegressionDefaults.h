@@ -8,8 +8,8 @@ namespace qx {
 
 /// The functions that `TQXSymbolicRegression::SetData` declares, the bounds of its constants, and the
 /// standard deviation of the steps by which they mutate.
-inline constexpr std::string_view RegressionFunctions[] = {"Add", "Sub", "Mul", "Div", "Sin",
-                                                           "Cos", "Exp", "Log", "Sqrt"};
+inline constexpr std::string_view RegressionFunctions[] = {"Add",  "Sub", "Mul", "Div", "Square", "Cube",
+                                                           "Sqrt", "Sin", "Cos", "Exp", "Log"};
 inline constexpr double GreatestConstant = 5;
 inline constexpr double ConstantDeviation = 0.5;
 

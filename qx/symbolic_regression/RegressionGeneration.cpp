@@ -26,11 +26,26 @@ bool IsBetter(double Error, double Other) {
 
 void TQXSymbolicRegression::Initialize() {
   RequireData();
-  FFront.Clear();
+  ForgetModels();
   FRun = {};
   FStart = Now();
   TQXTypedGeneticProgramming::Initialize();
   TellRecord();
+}
+
+void TQXSymbolicRegression::DoEvolve() {
+  const bool Stands =
+      FSettings.RestartPatience > 0 && FRun.GenerationsWithoutStep >= FSettings.RestartPatience;
+  if (Stands && Initialized() && !IsFinished()) {
+    FBest.Clear();
+    ++FRun.Starts;
+    FRun.LeastError = std::numeric_limits<double>::infinity();
+    FRun.GenerationsWithoutStep = 0;
+    const int Former = Generation();
+    TQXTypedGeneticProgramming::Initialize();
+    SetGeneration(Former);
+  }
+  TQXTypedGeneticProgramming::DoEvolve();
 }
 
 void TQXSymbolicRegression::DoFinishEvolve() {
@@ -42,6 +57,39 @@ bool TQXSymbolicRegression::IsFinished() {
   return (FSettings.StoppingPatience > 0 && FTest.Data.RowCount() > 0 &&
           FRun.GenerationsWithoutBetter >= FSettings.StoppingPatience) ||
          TQXTypedGeneticProgramming::IsFinished();
+}
+
+// The most nodes that children may have under bsSizeLimit: more with each start, until all that are allowed.
+int TQXSymbolicRegression::SizeLimit() const {
+  constexpr double Least = 12;
+  constexpr double Growth = 4.0 / 3;
+  if (FSettings.RestartPatience == 0 || BloatLimit() <= Least) {
+    return BloatLimit();
+  }
+  const int Stages = static_cast<int>(std::ceil(std::log(BloatLimit() / Least) / std::log(Growth))) + 1;
+  const double Limit = Least * std::pow(Growth, FRun.Starts % Stages);
+  return std::min(BloatLimit(), static_cast<int>(std::lround(Limit)));
+}
+
+void TQXSymbolicRegression::LimitSize(TIndividual& Child, TQXIndividual& Parent) {
+  if (BloatStrategy() == bsSizeLimit && Child.DNA() != nullptr && Child.DNA()->Size() > SizeLimit()) {
+    Child.Assign(Parent);
+  }
+}
+
+bool TQXSymbolicRegression::DoReproduce(TQXIndividual& Parent1, TQXIndividual& Parent2,
+                                        TQXIndividual& Child1) {
+  const bool Performed = TQXTypedGeneticProgramming::DoReproduce(Parent1, Parent2, Child1);
+  LimitSize(static_cast<TIndividual&>(Child1), Parent1);
+  return Performed;
+}
+
+bool TQXSymbolicRegression::DoReproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
+                                        TQXIndividual& Child2) {
+  const bool Performed = TQXTypedGeneticProgramming::DoReproduce(Parent1, Parent2, Child1, Child2);
+  LimitSize(static_cast<TIndividual&>(Child1), Parent1);
+  LimitSize(static_cast<TIndividual&>(Child2), Parent2);
+  return Performed;
 }
 
 bool TQXSymbolicRegression::DoCrossover(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
@@ -89,6 +137,7 @@ void TQXSymbolicRegression::EvaluateGeneration() {
     Job.Individual->EvaluateFitness();
   }
   FEvaluated = nullptr;
+  UpdateBest(Jobs);
   UpdateFront(Jobs);
 }
 
@@ -162,12 +211,13 @@ void TQXSymbolicRegression::RefineBest(std::vector<TJob>& Jobs) {
   }
 }
 
-// Puts the best program of all so far, if the generation has lost it, in the place of the worst new one.
+// Puts the best program since the last start, if the generation has lost it, in the place of the worst new
+// one.
 void TQXSymbolicRegression::KeepBest(std::span<TJob> Jobs) {
-  if (!FSettings.KeepsBest || FFront.Empty() || Jobs.empty()) {
+  if (!FSettings.KeepsBest || FBest.Empty() || Jobs.empty()) {
     return;
   }
-  const TRegressionModel& Best = FFront[FFront.Count() - 1];
+  const TRegressionModel& Best = FBest[0];
   for (TIndividual& Individual : Population()) {
     if (!Individual.NeedFitness() && Individual.Fitness() <= Best.Error) {
       return;
@@ -182,6 +232,21 @@ void TQXSymbolicRegression::KeepBest(std::span<TJob> Jobs) {
   Worst.Program = Worst.Individual->DNA();
   Worst.Error = Best.Error;
   Worst.Scaling = Best.Scaling;
+}
+
+void TQXSymbolicRegression::UpdateBest(std::span<const TJob> Jobs) {
+  for (const TJob& Job : Jobs) {
+    if (std::isfinite(Job.Error) && (FBest.Empty() || Job.Error < FBest[0].Error)) {
+      FBest.Clear();
+      FBest.Add({Job.Program->Clone(), Job.Scaling, Job.Error, std::numeric_limits<double>::quiet_NaN()});
+    }
+  }
+  constexpr double Step = 0.99;
+  const bool Steps = !FBest.Empty() && !(FBest[0].Error >= Step * FRun.LeastError);
+  if (Steps) {
+    FRun.LeastError = FBest[0].Error;
+  }
+  FRun.GenerationsWithoutStep = Steps ? 0 : FRun.GenerationsWithoutStep + 1;
 }
 
 void TQXSymbolicRegression::UpdateFront(std::span<const TJob> Jobs) {

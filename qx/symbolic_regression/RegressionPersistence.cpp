@@ -10,14 +10,19 @@
 
 namespace qx {
 
-// The front goes before the instructions that its programs refer to.
-void TQXSymbolicRegression::InstructionUpdate(TInstruction* Instruction) {
+void TQXSymbolicRegression::ForgetModels() {
   FFront.Clear();
+  FBest.Clear();
+}
+
+// Models go before the instructions that its programs refer to.
+void TQXSymbolicRegression::InstructionUpdate(TInstruction* Instruction) {
+  ForgetModels();
   TQXTypedGeneticProgramming::InstructionUpdate(Instruction);
 }
 
 void TQXSymbolicRegression::InstructionNotify(TInstruction& Instruction, TCollectionNotification Action) {
-  FFront.Clear();
+  ForgetModels();
   TQXTypedGeneticProgramming::InstructionNotify(Instruction, Action);
 }
 
@@ -37,6 +42,8 @@ void TQXSymbolicRegression::DefineProperties(TFiler& Filer) {
   Define("RefinementSteps", S.RefinementSteps, Defaults.RefinementSteps,
          &TQXSymbolicRegression::SetRefinementSteps);
   Define("KeepsBest", S.KeepsBest, Defaults.KeepsBest, &TQXSymbolicRegression::SetKeepsBest);
+  Define("RestartPatience", S.RestartPatience, Defaults.RestartPatience,
+         &TQXSymbolicRegression::SetRestartPatience);
   Define("StoppingPatience", S.StoppingPatience, Defaults.StoppingPatience,
          &TQXSymbolicRegression::SetStoppingPatience);
   Define("Threads", FThreads, 1, &TQXSymbolicRegression::SetThreads);
@@ -60,26 +67,30 @@ void TQXSymbolicRegression::DefineState(TFiler& Filer) {
   FRun.Evaluations = static_cast<std::int64_t>(Evaluations);
   Filer.Field("BestTestError", FRun.BestTestError);
   Filer.Field("GenerationsWithoutBetter", FRun.GenerationsWithoutBetter);
-  DefineFront(Filer);
+  Filer.Field("Starts", FRun.Starts);
+  Filer.Field("LeastError", FRun.LeastError);
+  Filer.Field("GenerationsWithoutStep", FRun.GenerationsWithoutStep);
+  DefineFront(Filer, "Front", FFront);
+  DefineFront(Filer, "Best", FBest);
 }
 
-void TQXSymbolicRegression::DefineFront(TFiler& Filer) {
+void TQXSymbolicRegression::DefineFront(TFiler& Filer, const std::string& Name, TRegressionFront& Front) {
   std::vector<std::string> Programs;
   std::vector<double> Numbers; // four for each model
-  for (const TRegressionModel& Model : FFront) {
+  for (const TRegressionModel& Model : Front) {
     Programs.push_back(Model.Program->StateText());
     Numbers.insert(Numbers.end(), {Model.Scaling.Offset, Model.Scaling.Scale, Model.Error, Model.TestError});
   }
-  Filer.Field("FrontPrograms", Programs);
-  Filer.Property("Front", Numbers, true, [&](const std::vector<double>& Read) {
+  Filer.Field(Name + "Programs", Programs);
+  Filer.Property(Name + "Numbers", Numbers, true, [&](const std::vector<double>& Read) {
     constexpr std::size_t PerModel = 4;
     if (Read.size() != PerModel * Programs.size()) {
-      throw std::invalid_argument("there are not four numbers for each program of the front");
+      throw std::invalid_argument("there are not four numbers for each program");
     }
-    FFront.Clear();
+    Front.Clear();
     for (std::size_t I = 0; I < Programs.size(); ++I) {
       const double* const Of = &Read[PerModel * I];
-      FFront.Add({TNode::FromStateText(Programs[I], *this), {Of[0], Of[1]}, Of[2], Of[3]});
+      Front.Add({TNode::FromStateText(Programs[I], *this), {Of[0], Of[1]}, Of[2], Of[3]});
     }
   });
 }
@@ -87,11 +98,13 @@ void TQXSymbolicRegression::DefineFront(TFiler& Filer) {
 void TQXSymbolicRegression::Remember(TLoadScope& Load) {
   TQXTypedGeneticProgramming::Remember(Load);
   auto Front = std::make_shared<TRegressionFront>(FFront.Clone());
-  Load.OnFailure([this, Settings = FSettings, Threads = FThreads, Run = FRun, Front] {
+  auto Best = std::make_shared<TRegressionFront>(FBest.Clone());
+  Load.OnFailure([this, Settings = FSettings, Threads = FThreads, Run = FRun, Front, Best] {
     FSettings = Settings;
     FThreads = Threads;
     FRun = Run;
     FFront = std::move(*Front);
+    FBest = std::move(*Best);
   });
 }
 

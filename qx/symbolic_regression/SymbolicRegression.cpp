@@ -154,7 +154,7 @@ void TQXSymbolicRegression::DeclareRest() {
 
 // Errors mean something else now.
 void TQXSymbolicRegression::ForgetErrors() {
-  FFront.Clear();
+  ForgetModels();
   FRun = {};
   for (auto* const Generation : {&Population(), PreviousGeneration()}) {
     for (int I = 0; Generation != nullptr && I < Generation->Count(); ++I) {

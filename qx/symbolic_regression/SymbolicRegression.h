@@ -93,7 +93,7 @@ public:
   bool SinglePrecision() const { return FSettings.SinglePrecision; }
   void SetSinglePrecision(bool Value);
   /// Share of the population, the best ones among those that are new, whose constants are refined in each
-  /// generation; see `TConstantRefinement`. Default 0.05, clamped to 0..1; raises std::invalid_argument for
+  /// generation; see `TConstantRefinement`. Default 0.2, clamped to 0..1; raises std::invalid_argument for
   /// NaN.
   TGAProbability RefinementShare() const { return FSettings.RefinementShare; }
   void SetRefinementShare(TGAProbability Value);
@@ -104,6 +104,12 @@ public:
   /// true.
   bool KeepsBest() const { return FSettings.KeepsBest; }
   void SetKeepsBest(bool Value) { FSettings.KeepsBest = Value; }
+  /// Generations in which the least error has not fallen by a hundredth, after which the population is made
+  /// anew. Programs may then become a third larger than before, from 12 nodes up to `BloatLimit` and again
+  /// from 12 on: small formulas are found among small programs. Default 20; 0 for no such start, and for the
+  /// full size at once. Negative values become 0.
+  int RestartPatience() const { return FSettings.RestartPatience; }
+  void SetRestartPatience(int Value) { FSettings.RestartPatience = std::max(Value, 0); }
   /// Generations without a better error on the test rows after which a run is finished; 0, the default, for
   /// no such end. Negative values become 0.
   int StoppingPatience() const { return FSettings.StoppingPatience; }
@@ -143,7 +149,11 @@ protected:
   bool DoCrossover(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
                    TQXIndividual* Child2) override;
   void DoCalculateFitnessStatistics() override;
+  void DoEvolve() override;
   void DoFinishEvolve() override;
+  bool DoReproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1) override;
+  bool DoReproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
+                   TQXIndividual& Child2) override;
   void InstructionUpdate(TInstruction* Instruction) override;
   void InstructionNotify(TInstruction& Instruction, TCollectionNotification Action) override;
   void DefineProperties(TFiler& Filer) override;
@@ -158,8 +168,9 @@ private:
     bool LinearScaling = true;
     bool SinglePrecision = false;
     bool KeepsBest = true;
-    TGAProbability RefinementShare = 0.05;
+    TGAProbability RefinementShare = 0.2;
     int RefinementSteps = 8;
+    int RestartPatience = 20;
     int StoppingPatience = 0;
   };
   struct TRows {
@@ -169,7 +180,11 @@ private:
   struct TRun {
     std::int64_t Evaluations = 0;
     double BestTestError = std::numeric_limits<double>::infinity();
-    int GenerationsWithoutBetter = 0;
+    int GenerationsWithoutBetter = 0; // on the test rows
+    // Since the population was last made:
+    int Starts = 0;                                              // before that
+    double LeastError = std::numeric_limits<double>::infinity(); // that counted as a step forward
+    int GenerationsWithoutStep = 0;
   };
   // A program that is being evaluated.
   struct TJob {
@@ -186,6 +201,7 @@ private:
   void DeclareVariables(const std::vector<std::string>& Inputs);
   void DeclareRest();
   void ForgetErrors();
+  void ForgetModels();
   void RequireData() const;
   bool HasOwnFitness() const;
   void EvaluateGeneration();
@@ -194,9 +210,12 @@ private:
   void RefineBest(std::vector<TJob>& Jobs);
   void KeepBest(std::span<TJob> Jobs);
   void UpdateFront(std::span<const TJob> Jobs);
+  void UpdateBest(std::span<const TJob> Jobs);
+  int SizeLimit() const;
+  void LimitSize(TIndividual& Child, TQXIndividual& Parent);
   TJob JobFor(TIndividual& Individual);
   void TellRecord();
-  void DefineFront(TFiler& Filer);
+  void DefineFront(TFiler& Filer, const std::string& Name, TRegressionFront& Front);
 
   TSettings FSettings;
   int FThreads = 1;
@@ -206,6 +225,7 @@ private:
   std::string FWeightsName;
   TQXBatchFunctions FFunctions;
   TRegressionFront FFront;
+  TRegressionFront FBest; // the best program since the last start, if there is one
   TRun FRun;
   double FStart = 0;                         // seconds
   const TQXIndividual* FEvaluated = nullptr; // whose error is known

@@ -1,0 +1,583 @@
+// Formulas in several languages. Each has a writer, which makes the text of a term out of those of its
+// arguments.
+
+#include <qx/platform/Numbers.h>
+#include <qx/platform/Text.h>
+#include <qx/symbolic_regression/Formula.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <map>
+#include <set>
+#include <stdexcept>
+#include <utility>
+
+namespace qx {
+
+namespace {
+
+using TTerm = TQXFormula::TTerm;
+
+// How tightly a text holds together.
+enum TBinding : std::uint8_t { biComparison, biSum, biProduct, biSign, biPower, biWhole };
+
+struct TPiece {
+  std::string Text;
+  TBinding Binding = biWhole;
+
+  std::string Within(TBinding Least) const { return Binding < Least ? "(" + Text + ")" : Text; }
+};
+
+using TPieces = std::vector<TPiece>;
+
+TPiece Infix(const TPieces& A, const char* Sign, TBinding Binding) {
+  const bool Reorders = Binding == biComparison; // neither side may hold another one
+  return {A[0].Within(static_cast<TBinding>(Binding + (Reorders ? 1 : 0))) + " " + Sign + " " +
+              A[1].Within(static_cast<TBinding>(Binding + 1)),
+          Binding};
+}
+
+TPiece Called(std::string_view Name, const TPieces& Arguments) {
+  std::string Text = std::string(Name) + "(";
+  for (const TPiece& Argument : Arguments) {
+    Text += (&Argument == &Arguments.front() ? "" : ", ") + Argument.Text;
+  }
+  return {Text + ")", biWhole};
+}
+
+TPiece Signed(const TPiece& Value) { return {"-" + Value.Within(biSign), biSum}; }
+
+TPiece NumberPiece(double Value, const char* Infinite, const char* NoNumber) {
+  std::string Text = NumberText(std::fabs(Value));
+  if (std::isnan(Value)) {
+    return {NoNumber, biWhole};
+  }
+  if (std::isinf(Value)) {
+    Text = Infinite;
+  }
+  return std::signbit(Value) ? TPiece{"-" + Text, biSum} : TPiece{Text, biWhole};
+}
+
+const char* ComparisonSign(TBlockOperation Operator) {
+  constexpr const char* Signs[] = {"<", "<=", ">", ">=", "==", "!="};
+  return Operator >= boLess && Operator <= boNotEqual ? Signs[Operator - boLess] : nullptr;
+}
+
+// --- Infix -------------------------------------------------------------------------------------------------
+
+class TInfixWriter {
+public:
+  TPiece Number(double Value) const { return NumberPiece(Value, "inf", "nan"); }
+  TPiece Variable(const std::string& Name) const { return {Name, biWhole}; }
+  TPiece Call(const std::string& Name, const TPieces& A) const { return Called(Name, A); }
+  TPiece Operation(TBlockOperation Operator, const TPieces& A) const {
+    switch (Operator) {
+    case boAdd:
+      return Infix(A, "+", biSum);
+    case boSub:
+      return Infix(A, "-", biSum);
+    case boMul:
+      return Infix(A, "*", biProduct);
+    case boDiv:
+      return Infix(A, "/", biProduct);
+    case boInv:
+      return Infix({{"1", biWhole}, A[0]}, "/", biProduct);
+    case boNeg:
+      return Signed(A[0]);
+    case boPow:
+      return {Called("abs", {A[0]}).Text + "^" + A[1].Within(biWhole), biPower};
+    case boSquare:
+      return {A[0].Within(biWhole) + "^2", biPower};
+    case boCube:
+      return {A[0].Within(biWhole) + "^3", biPower};
+    case boSqrt:
+    case boLog:
+      return Called(LowerText(NameOf(Operator)), {Called("abs", {A[0]})});
+    default:
+      break;
+    }
+    if (const char* const Sign = ComparisonSign(Operator)) {
+      return Infix(A, Sign, biComparison);
+    }
+    return Called(LowerText(NameOf(Operator)), A);
+  }
+};
+
+// --- LaTeX -------------------------------------------------------------------------------------------------
+
+class TLaTeXWriter {
+public:
+  TPiece Number(double Value) const {
+    TPiece Piece = NumberPiece(Value, "\\infty", "\\mathrm{NaN}");
+    if (const auto Exponent = Piece.Text.find('e'); std::isfinite(Value) && Exponent != std::string::npos) {
+      std::string Power = Piece.Text.substr(Exponent + 1);
+      Power.erase(0, Power.find_first_not_of('+'));
+      return {Piece.Text.substr(0, Exponent) + " \\cdot 10^{" + Power + "}",
+              std::min(Piece.Binding, biProduct)};
+    }
+    return Piece;
+  }
+  TPiece Variable(const std::string& Name) const {
+    const auto Digits = Name.find_last_not_of("0123456789") + 1;
+    if (Digits == 1 && Digits < Name.size()) {
+      return {Escaped(Name.substr(0, 1)) + "_{" + Name.substr(1) + "}", biWhole};
+    }
+    return {Name.size() == 1 ? Escaped(Name) : "\\mathrm{" + Escaped(Name) + "}", biWhole};
+  }
+  TPiece Call(const std::string& Name, const TPieces& A) const {
+    return InBrackets("\\operatorname{" + Escaped(Name) + "}", A);
+  }
+  TPiece Operation(TBlockOperation Operator, const TPieces& A) const {
+    switch (Operator) {
+    case boAdd:
+      return Infix(A, "+", biSum);
+    case boSub:
+      return Infix(A, "-", biSum);
+    case boMul:
+      return Infix(A, "\\cdot", biProduct);
+    case boDiv:
+      return Fraction(A[0].Text, A[1].Text);
+    case boInv:
+      return Fraction("1", A[0].Text);
+    case boAQ:
+      return Fraction(A[0].Text, "\\sqrt{1 + " + Raised(A[1], "2").Text + "}");
+    case boNeg:
+      return Signed(A[0]);
+    case boSquare:
+      return Raised(A[0], "2");
+    case boCube:
+      return Raised(A[0], "3");
+    case boSqrt:
+      return {"\\sqrt{" + Bars(A[0]) + "}", biWhole};
+    case boCbrt:
+      return {"\\sqrt[3]{" + A[0].Text + "}", biWhole};
+    case boPow:
+      return {Bars(A[0]) + "^{" + A[1].Text + "}", biPower};
+    case boExp:
+      return {"e^{" + A[0].Text + "}", biPower};
+    case boLog:
+      return {"\\ln " + Bars(A[0]), biPower};
+    case boAbs:
+      return {Bars(A[0]), biWhole};
+    case boIf:
+      return {"\\begin{cases} " + A[1].Text + " & \\text{if } " + A[0].Within(biSum) + " > 0 \\\\ " +
+                  A[2].Text + " & \\text{otherwise} \\end{cases}",
+              biComparison};
+    default:
+      return Other(Operator, A);
+    }
+  }
+
+private:
+  static std::string Escaped(const std::string& Text) {
+    std::string Result;
+    for (const char C : Text) {
+      switch (C) {
+      case '\\':
+        Result += "\\backslash ";
+        break;
+      case '~':
+      case '^':
+        Result += std::string("\\") + C + "{}";
+        break;
+      case '#':
+      case '$':
+      case '%':
+      case '&':
+      case '_':
+      case '{':
+      case '}':
+        Result += '\\';
+        [[fallthrough]];
+      default:
+        Result += C;
+      }
+    }
+    return Result;
+  }
+  static std::string Bars(const TPiece& Value) { return "\\left|" + Value.Text + "\\right|"; }
+  static TPiece Fraction(const std::string& Above, const std::string& Below) {
+    return {"\\frac{" + Above + "}{" + Below + "}", biWhole};
+  }
+  static TPiece Raised(const TPiece& Value, const char* Power) {
+    return {Value.Within(biWhole) + "^{" + Power + "}", biPower};
+  }
+  static TPiece InBrackets(const std::string& Name, const TPieces& A) {
+    const std::string Arguments = Called("", A).Text;
+    return {Name + "\\left(" + Arguments.substr(1, Arguments.size() - 2) + "\\right)", biWhole};
+  }
+  static TPiece Other(TBlockOperation Operator, const TPieces& A) {
+    constexpr const char* Signs[] = {"<", "\\le", ">", "\\ge", "=", "\\ne"};
+    if (ComparisonSign(Operator) != nullptr) { // 1 where it holds (Iverson's brackets)
+      return {"\\left[" + Infix(A, Signs[Operator - boLess], biComparison).Text + "\\right]", biWhole};
+    }
+    const std::string Name = LowerText(NameOf(Operator));
+    constexpr std::string_view Own[] = {"sin", "cos", "tan", "tanh", "min", "max"};
+    const bool IsOwn = std::ranges::find(Own, Name) != std::end(Own);
+    return InBrackets(IsOwn ? "\\" + Name : "\\operatorname{" + Name + "}", A);
+  }
+};
+
+// --- C++ and Python ----------------------------------------------------------------------------------------
+
+// Names as identifiers, different ones for different names.
+class TIdentifiers {
+public:
+  const std::string& Of(const std::string& Name) {
+    const auto [Place, IsNew] = FNames.try_emplace(Name);
+    if (IsNew) {
+      std::string Identifier;
+      for (const char C : Name) {
+        const bool Fits = (C >= 'a' && C <= 'z') || (C >= 'A' && C <= 'Z') || (C >= '0' && C <= '9');
+        Identifier += Fits ? C : '_';
+      }
+      if (Identifier.empty() || Identifier[0] == '_' || (Identifier[0] >= '0' && Identifier[0] <= '9')) {
+        Identifier = "v" + Identifier;
+      }
+      while (IsReserved(Identifier) || !FTaken.insert(Identifier).second) {
+        Identifier += '_';
+      }
+      Place->second = Identifier;
+    }
+    return Place->second;
+  }
+
+private:
+  // Of both languages, and what the written functions use themselves.
+  static bool IsReserved(const std::string& Name) {
+    static const std::set<std::string> Reserved = {"and",
+                                                   "as",
+                                                   "asm",
+                                                   "assert",
+                                                   "async",
+                                                   "auto",
+                                                   "await",
+                                                   "bool",
+                                                   "break",
+                                                   "case",
+                                                   "catch",
+                                                   "char",
+                                                   "class",
+                                                   "const",
+                                                   "continue",
+                                                   "def",
+                                                   "default",
+                                                   "del",
+                                                   "delete",
+                                                   "do",
+                                                   "double",
+                                                   "elif",
+                                                   "else",
+                                                   "enum",
+                                                   "except",
+                                                   "explicit",
+                                                   "export",
+                                                   "extern",
+                                                   "false",
+                                                   "finally",
+                                                   "float",
+                                                   "for",
+                                                   "friend",
+                                                   "from",
+                                                   "global",
+                                                   "goto",
+                                                   "if",
+                                                   "import",
+                                                   "in",
+                                                   "inline",
+                                                   "int",
+                                                   "is",
+                                                   "lambda",
+                                                   "long",
+                                                   "mutable",
+                                                   "namespace",
+                                                   "new",
+                                                   "None",
+                                                   "nonlocal",
+                                                   "noexcept",
+                                                   "not",
+                                                   "np",
+                                                   "nullptr",
+                                                   "operator",
+                                                   "or",
+                                                   "pass",
+                                                   "private",
+                                                   "protected",
+                                                   "public",
+                                                   "raise",
+                                                   "register",
+                                                   "requires",
+                                                   "concept",
+                                                   "return",
+                                                   "short",
+                                                   "signed",
+                                                   "sizeof",
+                                                   "static",
+                                                   "std",
+                                                   "struct",
+                                                   "switch",
+                                                   "template",
+                                                   "this",
+                                                   "throw",
+                                                   "true",
+                                                   "True",
+                                                   "False",
+                                                   "try",
+                                                   "typedef",
+                                                   "typeid",
+                                                   "typename",
+                                                   "union",
+                                                   "unsigned",
+                                                   "using",
+                                                   "virtual",
+                                                   "void",
+                                                   "volatile",
+                                                   "while",
+                                                   "with",
+                                                   "xor",
+                                                   "yield",
+                                                   "bitand",
+                                                   "bitor",
+                                                   "compl",
+                                                   "and_eq",
+                                                   "or_eq",
+                                                   "xor_eq",
+                                                   "not_eq",
+                                                   "constexpr",
+                                                   "consteval",
+                                                   "constinit",
+                                                   "decltype",
+                                                   "dynamic_cast",
+                                                   "static_cast",
+                                                   "const_cast",
+                                                   "reinterpret_cast",
+                                                   "static_assert",
+                                                   "thread_local",
+                                                   "alignas",
+                                                   "alignof",
+                                                   "char8_t",
+                                                   "char16_t",
+                                                   "char32_t",
+                                                   "wchar_t",
+                                                   "co_await",
+                                                   "co_return",
+                                                   "co_yield",
+                                                   "INFINITY",
+                                                   "NAN",
+                                                   "print",
+                                                   "formula"};
+    return Reserved.contains(Name);
+  }
+
+  std::map<std::string, std::string> FNames;
+  std::set<std::string> FTaken;
+};
+
+// A function that a source needs besides the formula.
+struct THelper {
+  TBlockOperation Operator;
+  const char* Name;
+  const char* Cpp;
+  const char* Python;
+};
+
+constexpr THelper Helpers[] = {
+    {boDiv, "protected_div", "(double x, double y) { return y == 0 ? 1 : x / y; }",
+     "(x, y):\n    return np.where(np.equal(y, 0), 1.0, np.divide(x, y))\n"},
+    {boAQ, "analytic_quotient", "(double x, double y) { return x / std::sqrt(1 + y * y); }",
+     "(x, y):\n    return x / np.sqrt(1 + y * y)\n"},
+    {boInv, "protected_inv", "(double x) { return x == 0 ? 1 : 1 / x; }",
+     "(x):\n    return np.where(np.equal(x, 0), 1.0, np.divide(1.0, x))\n"},
+    {boSquare, "square", "(double x) { return x * x; }", "(x):\n    return x * x\n"},
+    {boCube, "cube", "(double x) { return x * x * x; }", "(x):\n    return x * x * x\n"},
+    {boSqrt, "protected_sqrt", "(double x) { return std::sqrt(std::fabs(x)); }",
+     "(x):\n    return np.sqrt(np.abs(x))\n"},
+    {boPow, "protected_pow", "(double x, double y) { return x == 0 ? 0 : std::pow(std::fabs(x), y); }",
+     "(x, y):\n    return np.where(np.equal(x, 0), 0.0, np.power(np.abs(x) * 1.0, y))\n"},
+    {boLog, "protected_log", "(double x) { return x == 0 ? 0 : std::log(std::fabs(x)); }",
+     "(x):\n    return np.where(np.equal(x, 0), 0.0, np.log(np.abs(x)))\n"},
+    {boMin, "lesser", "(double x, double y) { return y < x ? y : x; }",
+     "(x, y):\n    return np.where(np.less(y, x), y, x)\n"},
+    {boMax, "greater", "(double x, double y) { return y > x ? y : x; }",
+     "(x, y):\n    return np.where(np.greater(y, x), y, x)\n"},
+    {boIf, "choose", "(double x, double y, double z) { return x > 0 ? y : z; }",
+     "(x, y, z):\n    return np.where(np.greater(x, 0), y, z)\n"},
+    {boAnd, "both", "(double x, double y) { return x > 0 && y > 0 ? 1 : 0; }",
+     "(x, y):\n    return np.where(np.greater(x, 0) & np.greater(y, 0), 1.0, 0.0)\n"},
+    {boOr, "either", "(double x, double y) { return x > 0 || y > 0 ? 1 : 0; }",
+     "(x, y):\n    return np.where(np.greater(x, 0) | np.greater(y, 0), 1.0, 0.0)\n"},
+    {boNot, "negation", "(double x) { return x > 0 ? 0 : 1; }",
+     "(x):\n    return np.where(np.greater(x, 0), 0.0, 1.0)\n"},
+    {boNand, "not_both", "(double x, double y) { return x > 0 && y > 0 ? 0 : 1; }",
+     "(x, y):\n    return np.where(np.greater(x, 0) & np.greater(y, 0), 0.0, 1.0)\n"},
+    {boNor, "neither", "(double x, double y) { return x > 0 || y > 0 ? 0 : 1; }",
+     "(x, y):\n    return np.where(np.greater(x, 0) | np.greater(y, 0), 0.0, 1.0)\n"},
+    {boXor, "one_of_both", "(double x, double y) { return (x > 0) != (y > 0) ? 1 : 0; }",
+     "(x, y):\n    return np.where(np.not_equal(np.greater(x, 0), np.greater(y, 0)), 1.0, 0.0)\n"}};
+
+const THelper* HelperFor(TBlockOperation Operator) {
+  const auto* const Found = std::ranges::find(Helpers, Operator, &THelper::Operator);
+  return Found != std::end(Helpers) ? Found : nullptr;
+}
+
+class TSourceWriter {
+public:
+  TSourceWriter(TFormulaStyle Style, TIdentifiers& Identifiers)
+      : FIsPython(Style == fsPython), FIdentifiers(Identifiers) {}
+
+  TPiece Number(double Value) const {
+    TPiece Piece = NumberPiece(Value, FIsPython ? "np.inf" : "INFINITY", FIsPython ? "np.nan" : "NAN");
+    if (std::isfinite(Value) && Piece.Text.find_first_of(".e") == std::string::npos) {
+      Piece.Text += ".0";
+    }
+    return Piece;
+  }
+  TPiece Variable(const std::string& Name) const { return {FIdentifiers.Of(Name), biWhole}; }
+  TPiece Call(const std::string& Name, const TPieces& A) const { return Called(FIdentifiers.Of(Name), A); }
+  TPiece Operation(TBlockOperation Operator, const TPieces& A) const {
+    switch (Operator) {
+    case boAdd:
+      return Infix(A, "+", biSum);
+    case boSub:
+      return Infix(A, "-", biSum);
+    case boMul:
+      return Infix(A, "*", biProduct);
+    case boNeg:
+      return Signed(A[0]);
+    default:
+      break;
+    }
+    if (const THelper* const Helper = HelperFor(Operator)) {
+      return Called(Helper->Name, A);
+    }
+    if (const char* const Sign = ComparisonSign(Operator)) {
+      const std::string Condition = Infix(A, Sign, biComparison).Text;
+      return {FIsPython ? "np.where(" + Condition + ", 1.0, 0.0)" : "(" + Condition + " ? 1.0 : 0.0)",
+              biWhole};
+    }
+    const std::string Name = Operator == boAbs ? (FIsPython ? "abs" : "fabs") : LowerText(NameOf(Operator));
+    return Called((FIsPython ? "np." : "std::") + Name, A);
+  }
+
+private:
+  bool FIsPython;
+  TIdentifiers& FIdentifiers;
+};
+
+// The text of the last term.
+template <class TWriter>
+std::string Written(const std::vector<TTerm>& Terms, const TWriter& Writer) {
+  TPieces Texts;
+  for (const TTerm& Term : Terms) {
+    TPieces Arguments;
+    for (const std::size_t Argument : Term.Arguments) {
+      Arguments.push_back(Texts[Argument]);
+    }
+    switch (Term.Kind) {
+    case TQXFormula::Constant:
+      Texts.push_back(Writer.Number(Term.Value));
+      break;
+    case TQXFormula::Variable:
+      Texts.push_back(Writer.Variable(Term.Name));
+      break;
+    case TQXFormula::Call:
+      Texts.push_back(Writer.Call(Term.Name, Arguments));
+      break;
+    case TQXFormula::Operation:
+      Texts.push_back(Writer.Operation(Term.Operator, Arguments));
+      break;
+    }
+  }
+  return Texts.back().Text;
+}
+
+std::string Source(const TQXFormula& Formula, TFormulaStyle Style, const std::string& Name) {
+  const bool IsPython = Style == fsPython;
+  TIdentifiers Identifiers;
+  std::string Head;
+  for (const THelper& Helper : Helpers) {
+    Identifiers.Of(Helper.Name); // so that no variable gets it
+    const bool IsUsed = std::ranges::any_of(Formula.Terms(), [&](const TTerm& Term) {
+      return Term.Kind == TQXFormula::Operation && Term.Operator == Helper.Operator;
+    });
+    if (IsUsed) {
+      Head += IsPython ? "def " + std::string(Helper.Name) + Helper.Python + "\n\n"
+                       : "static inline double " + std::string(Helper.Name) + Helper.Cpp + "\n";
+    }
+  }
+  std::string Parameters;
+  for (const std::string& Variable : Formula.Variables()) {
+    Parameters +=
+        (Parameters.empty() ? "" : ", ") + std::string(IsPython ? "" : "double ") + Identifiers.Of(Variable);
+  }
+  const std::string Value = Written(Formula.Terms(), TSourceWriter(Style, Identifiers));
+  if (IsPython) {
+    return "import numpy as np\n\n\n" + Head + "def " + Name + "(" + Parameters + "):\n    return " + Value +
+           "\n";
+  }
+  return "#include <cmath>\n\n" + Head + (Head.empty() ? "" : "\n") + "double " + Name + "(" + Parameters +
+         ") { return " + Value + "; }\n";
+}
+
+// --- DOT ---------------------------------------------------------------------------------------------------
+
+std::string DotLabel(const TTerm& Term) {
+  std::string Text = Term.Name;
+  if (Term.Kind == TQXFormula::Constant) {
+    Text = NumberText(Term.Value);
+  } else if (Term.Kind == TQXFormula::Operation) {
+    constexpr std::string_view Signs[] = {"+", "-", "*", "/"};
+    Text = Term.Operator <= boDiv ? Signs[Term.Operator] : NameOf(Term.Operator);
+  }
+  std::string Quoted = "\"";
+  for (const char C : Text) {
+    Quoted += C == '"' || C == '\\' ? std::string("\\") + C : C == '\n' ? "\\n" : std::string(1, C);
+  }
+  return Quoted + "\"";
+}
+
+// A node for each place that a term has in the tree.
+std::string Graph(const std::vector<TTerm>& Terms, const std::string& Name) {
+  struct TPlace {
+    std::size_t Term;
+    int Parent;
+  };
+  std::string Text = "digraph " + Name + " {\n";
+  std::vector<TPlace> Pending = {{Terms.size() - 1, -1}};
+  for (int Number = 0; !Pending.empty(); ++Number) {
+    const TPlace Place = Pending.back();
+    Pending.pop_back();
+    const TTerm& Term = Terms[Place.Term];
+    const std::string Own = "n" + std::to_string(Number);
+    Text += "  " + Own + " [label=" + DotLabel(Term) + (Term.Arguments.empty() ? ", shape=box" : "") + "];\n";
+    if (Place.Parent >= 0) {
+      Text += "  n" + std::to_string(Place.Parent) + " -> " + Own + ";\n";
+    }
+    for (auto Argument = Term.Arguments.rbegin(); Argument != Term.Arguments.rend(); ++Argument) {
+      Pending.push_back({*Argument, Number});
+    }
+  }
+  return Text + "}\n";
+}
+
+} // namespace
+
+std::string TQXFormula::Text(TFormulaStyle Style, std::string_view Name) const {
+  TIdentifiers Names;
+  const std::string Identifier = Name == "formula" ? std::string(Name) : Names.Of(std::string(Name));
+  switch (Style) {
+  case fsInfix:
+    return Written(FTerms, TInfixWriter());
+  case fsLaTeX:
+    return Written(FTerms, TLaTeXWriter());
+  case fsCpp:
+  case fsPython:
+    return Source(*this, Style, Identifier);
+  case fsDOT:
+    return Graph(FTerms, Identifier);
+  }
+  throw std::out_of_range("Style: there is no value " + std::to_string(static_cast<int>(Style)));
+}
+
+} // namespace qx
