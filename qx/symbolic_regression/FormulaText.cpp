@@ -25,8 +25,15 @@ enum TBinding : std::uint8_t { biComparison, biSum, biProduct, biSign, biPower, 
 struct TPiece {
   std::string Text;
   TBinding Binding = biWhole;
+  bool HasTallBrackets = false; // that grow with what they hold
 
-  std::string Within(TBinding Least) const { return Binding < Least ? "(" + Text + ")" : Text; }
+  // In brackets where it holds together less tightly than what it comes into.
+  std::string Within(TBinding Least) const {
+    if (Binding >= Least) {
+      return Text;
+    }
+    return HasTallBrackets ? "\\left(" + Text + "\\right)" : "(" + Text + ")";
+  }
 };
 
 using TPieces = std::vector<TPiece>;
@@ -68,6 +75,7 @@ const char* ComparisonSign(TBlockOperation Operator) {
 
 class TInfixWriter {
 public:
+  static constexpr bool HasTallBrackets = false;
   TPiece Number(double Value) const { return NumberPiece(Value, "inf", "nan"); }
   TPiece Variable(const std::string& Name) const { return {Name, biWhole}; }
   TPiece Call(const std::string& Name, const TPieces& A) const { return Called(Name, A); }
@@ -108,12 +116,14 @@ public:
 
 class TLaTeXWriter {
 public:
+  static constexpr bool HasTallBrackets = true;
   TPiece Number(double Value) const {
     TPiece Piece = NumberPiece(Value, "\\infty", "\\mathrm{NaN}");
     if (const auto Exponent = Piece.Text.find('e'); std::isfinite(Value) && Exponent != std::string::npos) {
       std::string Power = Piece.Text.substr(Exponent + 1);
-      Power.erase(0, Power.find_first_not_of('+'));
-      return {Piece.Text.substr(0, Exponent) + " \\cdot 10^{" + Power + "}",
+      const std::string Sign = Power[0] == '-' ? "-" : "";
+      Power.erase(0, Power.find_first_not_of("+-0"));
+      return {Piece.Text.substr(0, Exponent) + " \\cdot 10^{" + Sign + Power + "}",
               std::min(Piece.Binding, biProduct)};
     }
     return Piece;
@@ -423,6 +433,7 @@ const THelper* HelperFor(TBlockOperation Operator) {
 
 class TSourceWriter {
 public:
+  static constexpr bool HasTallBrackets = false;
   TSourceWriter(TFormulaStyle Style, TIdentifiers& Identifiers)
       : FIsPython(Style == fsPython), FIdentifiers(Identifiers) {}
 
@@ -488,6 +499,7 @@ std::string Written(const std::vector<TTerm>& Terms, const TWriter& Writer) {
       Texts.push_back(Writer.Operation(Term.Operator, Arguments));
       break;
     }
+    Texts.back().HasTallBrackets = TWriter::HasTallBrackets;
   }
   return Texts.back().Text;
 }
