@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 preset=${1:-release}
 
-tools=(g++ cmake ninja-build pkg-config libpugixml-dev libgtest-dev libbenchmark-dev libxml2-utils locales)
+tools=(g++ cmake ninja-build pkg-config libpugixml-dev libgtest-dev libbenchmark-dev libxml2-utils locales python3-numpy)
 [ "$preset" = clang ] && tools+=(clang)
 scripts/install-tools.sh "${tools[@]}"
 

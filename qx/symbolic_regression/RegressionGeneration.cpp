@@ -59,7 +59,8 @@ bool TQXSymbolicRegression::IsFinished() {
          TQXTypedGeneticProgramming::IsFinished();
 }
 
-// The most nodes that children may have under bsSizeLimit: more with each start, until all that are allowed.
+// The most nodes that children may have under bsSizeLimit: one stage, two stages, and so on, until all stages up to
+// what is allowed are gone through each time.
 int TQXSymbolicRegression::SizeLimit() const {
   constexpr double Least = 12;
   constexpr double Growth = 4.0 / 3;
@@ -67,8 +68,11 @@ int TQXSymbolicRegression::SizeLimit() const {
     return BloatLimit();
   }
   const int Stages = static_cast<int>(std::ceil(std::log(BloatLimit() / Least) / std::log(Growth))) + 1;
-  const double Limit = Least * std::pow(Growth, FRun.Starts % Stages);
-  return std::min(BloatLimit(), static_cast<int>(std::lround(Limit)));
+  int Stage = FRun.Starts;
+  for (int Length = 1; Stage >= Length; Length = std::min(Length + 1, Stages)) {
+    Stage -= Length;
+  }
+  return std::min(BloatLimit(), static_cast<int>(std::lround(Least * std::pow(Growth, Stage))));
 }
 
 void TQXSymbolicRegression::LimitSize(TIndividual& Child, TQXIndividual& Parent) {
@@ -168,8 +172,12 @@ void TQXSymbolicRegression::EvaluateJobs(std::span<TJob> Jobs) {
   for (TJob& Job : Jobs) {
     (FWorkers.front()->CallsHost(*Job.Program) ? OfHost : Own).push_back(&Job);
   }
-  ParallelFor(Own.size(), FWorkers.size(),
-              [&](std::size_t Thread, std::size_t Index) { FWorkers[Thread]->Evaluate(*Own[Index]); });
+  ParallelFor(Own.size(), FWorkers.size(), [&](std::size_t Thread, std::size_t Index) {
+    if (const std::size_t Next = Index + FWorkers.size(); Next < Own.size()) {
+      Own[Next]->Individual->FetchNodes(); // while this one is evaluated
+    }
+    FWorkers[Thread]->Evaluate(*Own[Index]);
+  });
   for (TJob* const Job : OfHost) {
     FWorkers.front()->Evaluate(*Job);
   }
@@ -241,7 +249,7 @@ void TQXSymbolicRegression::UpdateBest(std::span<const TJob> Jobs) {
       FBest.Add({Job.Program->Clone(), Job.Scaling, Job.Error, std::numeric_limits<double>::quiet_NaN()});
     }
   }
-  constexpr double Step = 0.99;
+  constexpr double Step = 0.9;
   const bool Steps = !FBest.Empty() && !(FBest[0].Error >= Step * FRun.LeastError);
   if (Steps) {
     FRun.LeastError = FBest[0].Error;
@@ -261,8 +269,11 @@ void TQXSymbolicRegression::UpdateFront(std::span<const TJob> Jobs) {
       TQXBatchEvaluator<double> Evaluator(FTest.Data, Instructions(), &FFunctions);
       Model.TestError = FTest.Target.Error(FSettings.ErrorMeasure, Evaluator.Evaluate(*Model.Program).data(),
                                            Model.Scaling);
-      Better |= Model.TestError < FRun.BestTestError;
-      FRun.BestTestError = std::min(FRun.BestTestError, Model.TestError);
+      if (FTested.Empty() || Model.TestError < FTested[0].TestError) {
+        FTested.Clear();
+        FTested.Add(Model.Clone());
+        Better = true;
+      }
     }
     FFront.Add(std::move(Model));
   }

@@ -29,15 +29,4 @@ TRegressionFront TRegressionFront::Clone() const {
   return Copy;
 }
 
-const TRegressionModel* TRegressionFront::Best() const {
-  const TRegressionModel* Best = nullptr;
-  for (const TRegressionModel& Model : FModels) {
-    const bool Tested = !std::isnan(Model.TestError);
-    if (Best == nullptr || (Tested ? !(Best->TestError <= Model.TestError) : Model.Error < Best->Error)) {
-      Best = &Model;
-    }
-  }
-  return Best;
-}
-
 } // namespace qx

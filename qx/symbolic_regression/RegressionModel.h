@@ -40,9 +40,8 @@ public:
   const TRegressionModel& operator[](int Index) const { return FModels.at(static_cast<std::size_t>(Index)); }
   auto begin() const { return FModels.begin(); }
   auto end() const { return FModels.end(); }
-  /// The model with the least error on the test rows or, without such rows, on the training rows; nullptr
-  /// when the front is empty. The smaller one of equals.
-  const TRegressionModel* Best() const;
+  /// The largest model, whose error is the least; nullptr when the front is empty.
+  const TRegressionModel* Last() const { return FModels.empty() ? nullptr : &FModels.back(); }
 
 private:
   std::vector<TRegressionModel> FModels;

@@ -12,6 +12,7 @@ namespace qx {
 
 void TQXSymbolicRegression::ForgetModels() {
   FFront.Clear();
+  FTested.Clear();
   FBest.Clear();
 }
 
@@ -65,12 +66,12 @@ void TQXSymbolicRegression::DefineState(TFiler& Filer) {
   auto Evaluations = static_cast<double>(FRun.Evaluations);
   Filer.Field("Evaluations", Evaluations);
   FRun.Evaluations = static_cast<std::int64_t>(Evaluations);
-  Filer.Field("BestTestError", FRun.BestTestError);
   Filer.Field("GenerationsWithoutBetter", FRun.GenerationsWithoutBetter);
   Filer.Field("Starts", FRun.Starts);
   Filer.Field("LeastError", FRun.LeastError);
   Filer.Field("GenerationsWithoutStep", FRun.GenerationsWithoutStep);
   DefineFront(Filer, "Front", FFront);
+  DefineFront(Filer, "Tested", FTested);
   DefineFront(Filer, "Best", FBest);
 }
 
@@ -97,14 +98,17 @@ void TQXSymbolicRegression::DefineFront(TFiler& Filer, const std::string& Name, 
 
 void TQXSymbolicRegression::Remember(TLoadScope& Load) {
   TQXTypedGeneticProgramming::Remember(Load);
-  auto Front = std::make_shared<TRegressionFront>(FFront.Clone());
-  auto Best = std::make_shared<TRegressionFront>(FBest.Clone());
-  Load.OnFailure([this, Settings = FSettings, Threads = FThreads, Run = FRun, Front, Best] {
+  struct TModels {
+    TRegressionFront Front, Tested, Best;
+  };
+  auto Models = std::make_shared<TModels>(TModels{FFront.Clone(), FTested.Clone(), FBest.Clone()});
+  Load.OnFailure([this, Settings = FSettings, Threads = FThreads, Run = FRun, Models] {
     FSettings = Settings;
     FThreads = Threads;
     FRun = Run;
-    FFront = std::move(*Front);
-    FBest = std::move(*Best);
+    FFront = std::move(Models->Front);
+    FTested = std::move(Models->Tested);
+    FBest = std::move(Models->Best);
   });
 }
 

@@ -79,10 +79,7 @@ void TQXSymbolicRegression::SetData(TDataSplit Split, std::string_view Target, s
     }
   }
   RequireFreeNames(Inputs);
-  TUpdateScope Update(Instructions());
-  DeclareVariables(Inputs);
-  DeclareRest();
-  Update.End();
+  Declare(Inputs);
   FTraining = std::move(Training);
   FTest = std::move(Test);
   FTargetName = std::move(TargetName);
@@ -115,41 +112,50 @@ void TQXSymbolicRegression::RequireFreeNames(const std::vector<std::string>& Inp
   }
 }
 
-void TQXSymbolicRegression::DeclareVariables(const std::vector<std::string>& Inputs) {
-  auto& Set = Instructions();
-  for (int I = Set.Count(); I-- > 0;) {
-    if (IsVariable(Set[I]) && !Contains(Inputs, Set[I].Name())) {
-      Set.Delete(I);
-    }
-  }
-  for (const std::string& Input : Inputs) {
-    if (Set.IndexOf(Input) < 0) {
-      Set.Add().SetName(Input);
-    }
-  }
-}
-
-// Functions and a constant, where there are none.
-void TQXSymbolicRegression::DeclareRest() {
+// The variables become the inputs; functions and a constant are added where there are none. Programs live on
+// when nothing of that is a change.
+void TQXSymbolicRegression::Declare(const std::vector<std::string>& Inputs) {
   auto& Set = Instructions();
   const auto Has = [&](TGPGeneticInstruction Operation) {
     return std::ranges::any_of(Set,
                                [&](const auto& Instruction) { return Instruction.Operation() == Operation; });
   };
-  if (!Has(gpFunction)) {
+  const auto IsUnwanted = [&](const auto& Instruction) {
+    return IsVariable(Instruction) && !Contains(Inputs, Instruction.Name());
+  };
+  const auto IsMissing = [&](const std::string& Input) { return Set.IndexOf(Input) < 0; };
+  const bool HasFunctions = Has(gpFunction);
+  const bool HasConstants = Has(gpConstant);
+  if (HasFunctions && HasConstants && std::ranges::none_of(Set, IsUnwanted) &&
+      std::ranges::none_of(Inputs, IsMissing)) {
+    return;
+  }
+  TUpdateScope Update(Set);
+  for (int I = Set.Count(); I-- > 0;) {
+    if (IsUnwanted(Set[I])) {
+      Set.Delete(I);
+    }
+  }
+  for (const std::string& Input : Inputs) {
+    if (IsMissing(Input)) {
+      Set.Add().SetName(Input);
+    }
+  }
+  if (!HasFunctions) {
     for (const std::string_view Name : RegressionFunctions) {
       if (Set.IndexOf(Name) < 0) { // a column may be called so
         AddStandardInstruction(Set, Name);
       }
     }
   }
-  if (!Has(gpConstant)) {
+  if (!HasConstants) {
     std::string Name = "Constant";
     while (Set.IndexOf(Name) >= 0) {
       Name += '_';
     }
     AddEphemeralConstant(Set, Name, -GreatestConstant, GreatestConstant);
   }
+  Update.End();
 }
 
 // Errors mean something else now.

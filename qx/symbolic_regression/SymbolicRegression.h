@@ -26,7 +26,7 @@ struct TRegressionRecord {
   double MeanError = 0;     // of the programs whose error is a number
   int UnfitCount = 0;       // programs without such an error, or ruled out
   double Diversity = 0;     // the share of different errors, 0 to 1
-  double BestTestError = 0; // of the front; NaN without test rows
+  double BestTestError = 0; // that of the best model; NaN without test rows
   int MinSize = 0;
   int MaxSize = 0;
   double AvgSize = 0;
@@ -104,10 +104,10 @@ public:
   /// true.
   bool KeepsBest() const { return FSettings.KeepsBest; }
   void SetKeepsBest(bool Value) { FSettings.KeepsBest = Value; }
-  /// Generations in which the least error has not fallen by a hundredth, after which the population is made
-  /// anew. Programs may then become a third larger than before, from 12 nodes up to `BloatLimit` and again
-  /// from 12 on: small formulas are found among small programs. Default 20; 0 for no such start, and for the
-  /// full size at once. Negative values become 0.
+  /// Generations in which the least error has not fallen by a tenth, after which the population is made anew. It
+  /// then works up again from programs of 12 nodes, a third more at each start, to larger ones than before, until
+  /// `BloatLimit`: small formulas are found among small programs. Default 10; 0 for no such start, and for the full
+  /// size at once. Negative values become 0.
   int RestartPatience() const { return FSettings.RestartPatience; }
   void SetRestartPatience(int Value) { FSettings.RestartPatience = std::max(Value, 0); }
   /// Generations without a better error on the test rows after which a run is finished; 0, the default, for
@@ -122,8 +122,9 @@ public:
 
   /// The best programs of the run by size.
   const TRegressionFront& Front() const { return FFront; }
-  /// See `TRegressionFront::Best`.
-  const TRegressionModel* BestModel() const { return FFront.Best(); }
+  /// Of all models that have come into the front, the one with the least error on the test rows or, without
+  /// such rows, on the training rows; nullptr when there is none.
+  const TRegressionModel* BestModel() const { return FTested.Empty() ? FFront.Last() : &FTested[0]; }
   /// What a model says for the rows of a data set, one value for each; columns count by their names. Raises
   /// std::invalid_argument, which names it, for a variable of the model that the data have no column for.
   std::vector<double> Predict(const TRegressionModel& Model, const TQXDataSet& Data);
@@ -170,7 +171,7 @@ private:
     bool KeepsBest = true;
     TGAProbability RefinementShare = 0.2;
     int RefinementSteps = 8;
-    int RestartPatience = 20;
+    int RestartPatience = 10;
     int StoppingPatience = 0;
   };
   struct TRows {
@@ -179,7 +180,6 @@ private:
   };
   struct TRun {
     std::int64_t Evaluations = 0;
-    double BestTestError = std::numeric_limits<double>::infinity();
     int GenerationsWithoutBetter = 0; // on the test rows
     // Since the population was last made:
     int Starts = 0;                                              // before that
@@ -198,8 +198,7 @@ private:
 
   static TRows RowsFor(TQXDataSet Data, std::string_view Target, std::string_view Weights);
   void RequireFreeNames(const std::vector<std::string>& Inputs);
-  void DeclareVariables(const std::vector<std::string>& Inputs);
-  void DeclareRest();
+  void Declare(const std::vector<std::string>& Inputs);
   void ForgetErrors();
   void ForgetModels();
   void RequireData() const;
@@ -225,7 +224,8 @@ private:
   std::string FWeightsName;
   TQXBatchFunctions FFunctions;
   TRegressionFront FFront;
-  TRegressionFront FBest; // the best program since the last start, if there is one
+  TRegressionFront FTested; // the model with the least test error, if there is one
+  TRegressionFront FBest;   // the best program since the last start, if there is one
   TRun FRun;
   double FStart = 0;                         // seconds
   const TQXIndividual* FEvaluated = nullptr; // whose error is known

@@ -16,7 +16,7 @@ grep -q 'int main' "$work/readme.cpp" || { echo "the README has no program"; exi
 runs() { "$1" | grep -qE '^[0-9.]+ ' || { echo "$1 printed no result"; exit 1; }; }
 
 cmake --install "$build" --prefix "$work/prefix" >/dev/null
-if find "$work/prefix" -name 'RandomKernels.h' -o -name 'XMLTree.h' -o -name 'GenesReload.h' | grep -q .; then echo "an internal header was installed"; exit 1; fi
+if find "$work/prefix" -name 'RandomKernels.h' -o -name 'XMLTree.h' -o -name 'GenesReload.h' -o -name 'BlockKernels.ipp' -o -name 'RegressionWorker.h' | grep -q .; then echo "an internal header was installed"; exit 1; fi
 
 echo "find_package ..."
 cmake -S "$here/stranger" -B "$work/found" -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$work/prefix" \

@@ -1,0 +1,515 @@
+#include <qx/platform/Filer.h>
+#include <qx/platform/Random.h>
+#include <qx/symbolic_regression/Formula.h>
+#include <qx/symbolic_regression/SymbolicRegression.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace qx;
+
+// Rows of y = f(x), x even from -1 to 1, with a second column that does not matter.
+TQXDataSet DataOf(int Rows, const std::function<double(double)>& Function) {
+  std::vector<double> X;
+  std::vector<double> Other;
+  std::vector<double> Y;
+  for (int I = 0; I < Rows; ++I) {
+    X.push_back(2.0 * I / (Rows - 1) - 1);
+    Other.push_back(2 + std::cos(7 * I));
+    Y.push_back(Function(X.back()));
+  }
+  TQXDataSet Data;
+  Data.AddColumn("x", X);
+  Data.AddColumn("other", Other);
+  Data.AddColumn("y", Y);
+  return Data;
+}
+
+double Wave(double X) { return std::sin(3 * X) + X * X; }
+
+// A regression that is quick.
+void Prepare(TQXSymbolicRegression& Regression, int Rows = 40) {
+  SeedRandom(1);
+  Regression.SetInitialPopulation(60);
+  Regression.SetData(DataOf(Rows, Wave), "y");
+}
+
+std::vector<std::string> NamesOf(TQXSymbolicRegression& Regression) {
+  std::vector<std::string> Names;
+  for (const auto& Instruction : Regression.Instructions()) {
+    Names.push_back(Instruction.Name());
+  }
+  return Names;
+}
+
+TEST(SymbolicRegression, FindsAFormulaByItself) {
+  SeedRandom(2);
+  TQXSymbolicRegression Regression;
+  Regression.SetData(DataOf(20, [](double X) { return X * X * X + X * X + X; }), "y");
+  Regression.Evolve(500);
+  ASSERT_NE(Regression.BestModel(), nullptr);
+  EXPECT_LT(Regression.BestModel()->Error, 1e-20) << TQXFormula(*Regression.BestModel()).Text(fsInfix);
+  EXPECT_LT(Regression.Generation(), 500); // stopped by the cutoff
+}
+
+TEST(SymbolicRegression, DeclaresVariablesFunctionsAndAConstant) {
+  TQXSymbolicRegression Regression;
+  Regression.SetData(DataOf(5, Wave), "y", "other");
+  EXPECT_EQ(NamesOf(Regression), (std::vector<std::string>{"x", "Add", "Sub", "Mul", "Div", "Square", "Cube",
+                                                           "Sqrt", "Sin", "Cos", "Exp", "Log", "Constant"}));
+  Regression.SetData(DataOf(5, Wave), "x"); // other variables, the same functions
+  EXPECT_EQ(NamesOf(Regression),
+            (std::vector<std::string>{"Add", "Sub", "Mul", "Div", "Square", "Cube", "Sqrt", "Sin", "Cos",
+                                      "Exp", "Log", "Constant", "other", "y"}));
+}
+
+TEST(SymbolicRegression, KeepsTheInstructionsOfTheHost) {
+  TQXSymbolicRegression Regression;
+  AddStandardInstruction(Regression.Instructions(), "Tanh");
+  auto& Constant = Regression.Instructions().Add();
+  Constant.SetName("pi");
+  Constant.SetOperation(gpConstant);
+  Regression.SetData(DataOf(5, Wave), "y");
+  EXPECT_EQ(NamesOf(Regression), (std::vector<std::string>{"Tanh", "pi", "x", "other"}));
+}
+
+TEST(SymbolicRegression, RefusesDataThatDoNotServeAndChangesNothing) {
+  TQXSymbolicRegression Regression;
+  Prepare(Regression);
+  const auto Names = NamesOf(Regression);
+  EXPECT_THROW(Regression.SetData(DataOf(5, Wave), "z"), std::out_of_range);
+  EXPECT_THROW(Regression.SetData(DataOf(5, Wave), "y", "z"), std::out_of_range);
+  EXPECT_THROW(Regression.SetData(DataOf(5, Wave), "y", "x"), std::invalid_argument); // negative weights
+  EXPECT_THROW(Regression.SetData(TQXDataSet(), "y"), std::invalid_argument);
+  EXPECT_THROW(Regression.SetData(DataOf(5, Wave).Rows(0, 0), "y"), std::invalid_argument);
+  EXPECT_THROW(Regression.SetData(DataOf(5, [](double) { return NAN; }), "y"), std::invalid_argument);
+  for (const char* const Name : {"Sin", "X"}) {
+    TQXDataSet Data = DataOf(5, Wave);
+    Data.AddColumn(Name, {1, 2, 3, 4, 5});
+    EXPECT_THROW(Regression.SetData(Data, "y"), EGPException) << Name;
+  }
+  EXPECT_EQ(NamesOf(Regression), Names);
+  EXPECT_EQ(Regression.TrainingData().RowCount(), 40);
+  EXPECT_EQ(Regression.TargetName(), "y");
+}
+
+TEST(SymbolicRegression, WithoutDataThereIsNothingToLearnFrom) {
+  TQXSymbolicRegression Regression;
+  EXPECT_THROW(Regression.Evolve(), EGAException);
+  EXPECT_EQ(Regression.BestModel(), nullptr);
+}
+
+TEST(SymbolicRegression, FitnessIsTheErrorOfTheScaledProgram) {
+  TQXSymbolicRegression Regression;
+  Prepare(Regression);
+  Regression.Evolve(3);
+  auto& Fittest = *Regression.FittestIndividual();
+  const auto Scaling = Regression.ScalingOf(Fittest);
+  TQXGPFloatContext Context;
+  double Squares = 0;
+  double Sum = 0;
+  double TargetSquares = 0;
+  const auto& Data = Regression.TrainingData();
+  for (const double Value : Data.Column("y")) {
+    Sum += Value / Data.RowCount();
+  }
+  for (std::size_t Row = 0; Row < 40; ++Row) {
+    Context.Values().AddOrSetValue("x", Data.Column("x")[Row]);
+    Context.Values().AddOrSetValue("other", Data.Column("other")[Row]);
+    const double Target = Data.Column("y")[Row];
+    Squares += std::pow(Target - (Scaling.Offset + Scaling.Scale * Fittest.Execute(&Context)), 2);
+    TargetSquares += std::pow(Target - Sum, 2);
+  }
+  EXPECT_NEAR(Fittest.Fitness(), Squares / TargetSquares, 1e-12);
+  EXPECT_EQ(Regression.ErrorOf(Fittest), Fittest.Fitness());
+}
+
+TEST(SymbolicRegression, ProgramsWithoutFiniteValuesAreUnfit) {
+  TQXSymbolicRegression Regression;
+  Prepare(Regression);
+  Regression.Initialize();
+  auto& Individual = Regression.Population()[0];
+  auto Program = Regression.CreateNode(&Regression.Instructions()[Regression.Instructions().IndexOf("Exp")]);
+  Program
+      ->AddChild(
+          Regression.CreateNode(&Regression.Instructions()[Regression.Instructions().IndexOf("Constant")]))
+      .SetValue(1e6);
+  Individual.AssignDNA(std::move(Program));
+  EXPECT_EQ(Individual.Fitness(), Regression.UnfitFitness());
+  EXPECT_FALSE(std::isfinite(Regression.ErrorOf(Individual)));
+}
+
+// What a run has come to, in text.
+std::string Outcome(TQXSymbolicRegression& Regression) {
+  std::ostringstream Text;
+  Text.precision(17);
+  for (const auto& Individual : Regression.Population()) {
+    Text << Individual.DNA()->StateText() << ' ' << Individual.Fitness() << '\n';
+  }
+  for (const TRegressionModel& Model : Regression.Front()) {
+    Text << Model.Program->StateText() << ' ' << Model.Error << ' ' << Model.TestError << ' '
+         << Model.Scaling.Offset << ' ' << Model.Scaling.Scale << '\n';
+  }
+  Text << Regression.Evaluations() << ' ' << Random();
+  return Text.str();
+}
+
+TEST(SymbolicRegression, IsTheSameOnAnyNumberOfThreads) {
+  std::string Expected;
+  for (const int Threads : {1, 2, 3, 8}) {
+    TQXSymbolicRegression Regression;
+    Regression.SetThreads(Threads);
+    Prepare(Regression, 600);
+    Regression.Evolve(12);
+    const std::string Reached = Outcome(Regression);
+    if (Expected.empty()) {
+      Expected = Reached;
+    }
+    EXPECT_TRUE(Reached == Expected) << Threads;
+  }
+}
+
+TEST(SymbolicRegression, CodeOfTheHostRunsOnTheCallersThread) {
+  TQXSymbolicRegression Regression;
+  const auto Caller = std::this_thread::get_id();
+  bool Elsewhere = false;
+  int Calls = 0;
+  auto& Own = Regression.Instructions().Add();
+  Own.SetName("Own");
+  Own.SetArity(1);
+  Own.OnExecute = [&](auto&, auto& Node, auto* Context, double& Result) {
+    Elsewhere |= std::this_thread::get_id() != Caller;
+    ++Calls;
+    Result = Node.ExecuteChild(0, Context) / 2;
+  };
+  AddStandardInstruction(Regression.Instructions(), "Add");
+  AddStandardInstruction(Regression.Instructions(), "Sin");
+  Regression.SetThreads(4);
+  Prepare(Regression);
+  Regression.Evolve(5);
+  EXPECT_FALSE(Elsewhere);
+  EXPECT_GT(Calls, 0);
+}
+
+TEST(SymbolicRegression, ErrorsOfHostCodeEndTheGenerationAndTheRunGoesOnAfterwards) {
+  TQXSymbolicRegression Regression;
+  auto& Own = Regression.Instructions().Add();
+  Own.SetName("Own");
+  Own.SetArity(1);
+  bool Raises = true;
+  Own.OnExecute = [&](auto&, auto& Node, auto* Context, double& Result) {
+    if (Raises) {
+      throw std::runtime_error("not now");
+    }
+    Result = Node.ExecuteChild(0, Context);
+  };
+  AddStandardInstruction(Regression.Instructions(), "Add");
+  Prepare(Regression);
+  EXPECT_THROW(Regression.Evolve(), std::runtime_error);
+  Raises = false;
+  EXPECT_EQ(Regression.Evolve(3), 3);
+}
+
+TEST(SymbolicRegression, TheFrontHasTheLeastErrorForEachSize) {
+  TQXSymbolicRegression Regression;
+  Prepare(Regression);
+  std::vector<double> Least(200, std::numeric_limits<double>::infinity()); // by size
+  Regression.SetKeepsBest(false);
+  Regression.OnEvolve = [&](auto& Sender) {
+    for (auto& Individual : Sender.Population()) {
+      double& Error = Least[static_cast<std::size_t>(Individual.DNA()->Size())];
+      Error = std::min(Error, Individual.Fitness());
+    }
+  };
+  Regression.Initialize();
+  Regression.OnEvolve(Regression);
+  Regression.Evolve(15);
+  double Best = std::numeric_limits<double>::infinity();
+  int Count = 0;
+  for (std::size_t Size = 0; Size < Least.size(); ++Size) {
+    if (Least[Size] < Best && Least[Size] < Regression.UnfitFitness()) {
+      Best = Least[Size];
+      ASSERT_LT(Count, Regression.Front().Count());
+      EXPECT_EQ(Regression.Front()[Count].Size(), static_cast<int>(Size));
+      EXPECT_EQ(Regression.Front()[Count].Error, Best);
+      ++Count;
+    }
+  }
+  EXPECT_EQ(Regression.Front().Count(), Count);
+  EXPECT_EQ(Regression.BestModel(), &Regression.Front()[Count - 1]); // there are no test rows
+}
+
+TEST(SymbolicRegression, TestRowsJudgeTheModels) {
+  SeedRandom(3);
+  TQXSymbolicRegression Regression;
+  Regression.SetInitialPopulation(80);
+  Regression.SetData(DataOf(60, Wave).SplitBySeed(0.5, 1), "y");
+  Regression.Evolve(10);
+  const TRegressionModel& Best = *Regression.BestModel();
+  for (const TRegressionModel& Model : Regression.Front()) {
+    EXPECT_GE(Model.TestError, Best.TestError); // of all that have been in the front
+    EXPECT_NEAR(Regression.Error(Model, Regression.TestData(), emNMSE), Model.TestError, 1e-12);
+    EXPECT_NEAR(Regression.Error(Model, Regression.TrainingData(), emNMSE), Model.Error, 1e-12);
+  }
+  const auto Predictions = Regression.Predict(Best, Regression.TestData());
+  ASSERT_EQ(Predictions.size(), 30U);
+  EXPECT_NEAR(Predictions[0], Regression.TestData().Column("y")[0], 1);
+}
+
+TEST(SymbolicRegression, StopsWhenTheTestErrorStands) {
+  SeedRandom(4);
+  TQXSymbolicRegression Regression;
+  Regression.SetInitialPopulation(50);
+  Regression.SetStoppingPatience(5);
+  int Row = 0;
+  Regression.SetData(DataOf(60, [&](double) { return (++Row * 7919) % 101; }).SplitBySeed(0.5, 1), "y");
+  int Stands = -1; // not the initial generation
+  double Least = std::numeric_limits<double>::infinity();
+  Regression.OnRecord = [&](auto&, const TRegressionRecord& Record) {
+    Stands = Record.BestTestError < Least ? 0 : Stands + 1; // the least one is never lost
+    Least = std::min(Least, Record.BestTestError);
+  };
+  Regression.Evolve(1000);
+  EXPECT_LT(Regression.Generation(), 1000);
+  EXPECT_EQ(Stands, 5);
+}
+
+TEST(SymbolicRegression, PredictionNamesTheColumnThatIsMissing) {
+  TQXSymbolicRegression Regression;
+  Prepare(Regression);
+  Regression.Evolve(5);
+  TQXDataSet Data;
+  Data.AddColumn("y", {1, 2});
+  const auto Model = Regression.BestModel()->Clone();
+  ASSERT_FALSE(TQXFormula(Model).Variables().empty());
+  EXPECT_THROW(Regression.Predict(Model, Data), std::invalid_argument);
+}
+
+TEST(SymbolicRegression, RecordsTellWhatAGenerationCameTo) {
+  TQXSymbolicRegression Regression;
+  Prepare(Regression);
+  std::vector<TRegressionRecord> Records;
+  Regression.OnRecord = [&](auto& Sender, const TRegressionRecord& Record) {
+    Records.push_back(Record);
+    EXPECT_EQ(Record.Generation, Sender.Generation());
+    EXPECT_EQ(Record.BestError, Sender.MinFitness());
+    EXPECT_EQ(Record.MaxSize, Sender.MaxProgramSize());
+    EXPECT_EQ(Record.Evaluations, Sender.Evaluations());
+    std::set<double> Errors;
+    double Sum = 0;
+    int Unfit = 0;
+    for (auto& Individual : Sender.Population()) {
+      if (Individual.Fitness() < Sender.UnfitFitness()) {
+        Errors.insert(Individual.Fitness());
+        Sum += Individual.Fitness();
+      } else {
+        ++Unfit;
+      }
+    }
+    EXPECT_EQ(Record.UnfitCount, Unfit);
+    EXPECT_NEAR(Record.MeanError, Sum / (60 - Unfit), 1e-9 * Record.MeanError);
+    EXPECT_DOUBLE_EQ(Record.Diversity, static_cast<double>(Errors.size()) / 60);
+  };
+  Regression.Evolve(4);
+  ASSERT_EQ(Records.size(), 5U);
+  for (std::size_t I = 0; I < Records.size(); ++I) {
+    EXPECT_EQ(Records[I].Generation, static_cast<int>(I));
+    EXPECT_TRUE(std::isnan(Records[I].BestTestError));
+    EXPECT_GE(Records[I].Seconds, I == 0 ? 0 : Records[I - 1].Seconds);
+  }
+}
+
+TEST(SymbolicRegression, TheBestProgramIsKept) {
+  TQXSymbolicRegression Regression;
+  Prepare(Regression);
+  Regression.SetRestartPatience(0);
+  double Least = std::numeric_limits<double>::infinity();
+  Regression.OnEvolve = [&](auto& Sender) {
+    EXPECT_LE(Sender.MinFitness(), Least);
+    Least = Sender.MinFitness();
+  };
+  Regression.Evolve(25);
+}
+
+TEST(SymbolicRegression, ARunThatStandsStartsAnewWithLargerPrograms) {
+  TQXSymbolicRegression Regression;
+  Prepare(Regression);
+  Regression.SetRestartPatience(12);
+  int Starts = 0;
+  Regression.OnInitialization = [&](auto& Sender,
+                                    bool& Filled) { // small programs, which reproduction enlarges
+    const auto Node = [&](const char* Name) {
+      return Sender.CreateNode(&Sender.Instructions()[Sender.Instructions().IndexOf(Name)]);
+    };
+    for (auto& Individual : Sender.Population()) {
+      auto Sum = Node("Add");
+      Sum->AddChild(Node("other"));
+      Sum->AddChild(Node("other"));
+      Individual.AssignDNA(std::move(Sum));
+    }
+    Filled = true;
+    ++Starts;
+  };
+  constexpr int Limits[] = {12, 12, 16, 12, 16, 21, 12, 16, 21, 28};
+  std::vector<int> Largest;
+  Regression.OnRecord = [&](auto&, const TRegressionRecord& Record) {
+    Largest.resize(static_cast<std::size_t>(Starts));
+    Largest.back() = std::max(Largest.back(), Record.MaxSize);
+  };
+  while (Starts < 10) {
+    Regression.Evolve();
+  }
+  for (std::size_t Start = 0; Start + 1 < Largest.size(); ++Start) {
+    EXPECT_LE(Largest[Start], Limits[Start]) << Start;
+  }
+  EXPECT_GT(*std::ranges::max_element(Largest), 16);
+  EXPECT_GT(Regression.Generation(), 9 * 12);
+}
+
+TEST(SymbolicRegression, ChangesOfWhatErrorsDependOnMakeIndividualsStale) {
+  TQXSymbolicRegression Regression;
+  Prepare(Regression);
+  for (const auto& Change : std::vector<std::function<void()>>{
+           [&] { Regression.SetErrorMeasure(emMAE); }, [&] { Regression.SetLinearScaling(false); },
+           [&] { Regression.SetSinglePrecision(true); },
+           [&] { Regression.SetData(DataOf(30, Wave), "y"); }}) {
+    Regression.Evolve(2);
+    EXPECT_FALSE(Regression.Population()[0].NeedFitness());
+    EXPECT_FALSE(Regression.Front().Empty());
+    Change();
+    EXPECT_TRUE(Regression.Population()[0].NeedFitness());
+    EXPECT_TRUE(Regression.Front().Empty());
+  }
+  Regression.SetErrorMeasure(emMAE); // no change
+  Regression.Evolve(1);
+  EXPECT_FALSE(Regression.Front().Empty());
+  EXPECT_THROW(Regression.SetErrorMeasure(static_cast<TErrorMeasure>(6)), std::out_of_range);
+  EXPECT_THROW(Regression.SetRefinementShare(NAN), std::invalid_argument);
+}
+
+TEST(SymbolicRegression, AChangeOfInstructionsDropsTheModels) {
+  TQXSymbolicRegression Regression;
+  Prepare(Regression);
+  Regression.Evolve(2);
+  Regression.Instructions().Delete(Regression.Instructions().IndexOf("Sin"));
+  EXPECT_TRUE(Regression.Front().Empty());
+  EXPECT_EQ(Regression.BestModel(), nullptr);
+  Regression.Evolve(2);
+  EXPECT_EQ(Regression.Generation(), 2); // of a new run
+}
+
+TEST(SymbolicRegression, AHandlerOfTheHostTakesTheFitnessPlace) {
+  TQXSymbolicRegression Regression;
+  Prepare(Regression);
+  Regression.OnEvaluateFitness = [](auto& Sender, auto& Item, double& Fitness) {
+    Fitness = Sender.ErrorOf(Item) + Item.DNA()->Size();
+  };
+  Regression.Evolve(2);
+  auto& Fittest = *Regression.FittestIndividual();
+  EXPECT_EQ(Fittest.Fitness(), Regression.ErrorOf(Fittest) + Fittest.DNA()->Size());
+}
+
+TEST(SymbolicRegression, SinglePrecisionLearnsToo) {
+  TQXSymbolicRegression Regression;
+  Prepare(Regression);
+  Regression.SetSinglePrecision(true);
+  Regression.Evolve(20);
+  EXPECT_LT(Regression.BestModel()->Error, 0.05);
+}
+
+TEST(SymbolicRegression, AStreamHoldsTheSettingsThatAreNotItsOwnDefaults) {
+  TQXSymbolicRegression Regression;
+  std::ostringstream Plain;
+  WriteComponent(Plain, Regression);
+  EXPECT_EQ(Plain.str().find("Refinement"), std::string::npos) << Plain.str();
+  Regression.SetErrorMeasure(emMAE);
+  Regression.SetLinearScaling(false);
+  Regression.SetRefinementShare(0.5);
+  Regression.SetRefinementSteps(3);
+  Regression.SetKeepsBest(false);
+  Regression.SetRestartPatience(7);
+  Regression.SetStoppingPatience(9);
+  Regression.SetThreads(2);
+  Regression.SetInitialPopulation(100); // the default of other components
+  Regression.SetBloatStrategy(bsNone);
+  std::stringstream Stream;
+  WriteComponent(Stream, Regression);
+  TQXSymbolicRegression Other;
+  ReadComponent(Stream, Other);
+  EXPECT_EQ(Other.ErrorMeasure(), emMAE);
+  EXPECT_FALSE(Other.LinearScaling());
+  EXPECT_EQ(Other.RefinementShare(), 0.5);
+  EXPECT_EQ(Other.RefinementSteps(), 3);
+  EXPECT_FALSE(Other.KeepsBest());
+  EXPECT_EQ(Other.RestartPatience(), 7);
+  EXPECT_EQ(Other.StoppingPatience(), 9);
+  EXPECT_EQ(Other.Threads(), 2);
+  EXPECT_EQ(Other.InitialPopulation(), 100);
+  EXPECT_EQ(Other.BloatStrategy(), bsNone);
+}
+
+TEST(SymbolicRegression, GoesOnFromACheckpointAsIfItHadNotStopped) {
+  std::stringstream Checkpoint;
+  TQXSymbolicRegression Whole;
+  Prepare(Whole);
+  Whole.SetRestartPatience(4);
+  Whole.Evolve(15);
+  Whole.SaveCheckpoint(Checkpoint);
+  Whole.Evolve(15);
+  const std::string Expected = Outcome(Whole);
+
+  TQXSymbolicRegression Other;
+  Prepare(Other);
+  Other.LoadCheckpoint(Checkpoint);
+  EXPECT_FALSE(Other.Front().Empty());
+  Other.Evolve(15);
+  EXPECT_TRUE(Outcome(Other) == Expected);
+}
+
+TEST(SymbolicRegression, ACheckpointThatDoesNotReadLeavesTheModels) {
+  std::stringstream Checkpoint;
+  TQXSymbolicRegression Regression;
+  Prepare(Regression);
+  Regression.Evolve(3);
+  Regression.SaveCheckpoint(Checkpoint);
+  std::string Text = Checkpoint.str();
+  const auto Place = Text.find("FrontNumbers = [");
+  ASSERT_NE(Place, std::string::npos);
+  Text.insert(Place + 16, "1 ");
+  Regression.Evolve(2);
+  const auto Former = Regression.Front().Count();
+  const double Error = Regression.BestModel()->Error;
+  std::istringstream Damaged(Text);
+  EXPECT_THROW(Regression.LoadCheckpoint(Damaged), EPropertyError);
+  EXPECT_EQ(Regression.Front().Count(), Former);
+  EXPECT_EQ(Regression.BestModel()->Error, Error);
+  EXPECT_EQ(Regression.Evolve(2), 2);
+}
+
+TEST(SymbolicRegression, AnAssignedComponentHasTheSettings) {
+  TQXSymbolicRegression Source;
+  Prepare(Source);
+  Source.SetErrorMeasure(emRMSE);
+  Source.SetThreads(2);
+  Source.Evolve(2);
+  TQXSymbolicRegression Target;
+  Target.SetData(DataOf(40, Wave), "y");
+  Target.Assign(Source);
+  EXPECT_EQ(Target.ErrorMeasure(), emRMSE);
+  EXPECT_EQ(Target.Threads(), 2);
+  EXPECT_EQ(Target.Population().Count(), 60);
+}
+
+} // namespace
