@@ -53,8 +53,8 @@ enum TStandardGroup : std::uint8_t {
 /// The names in a group, in the order in which they are added.
 std::vector<std::string_view> StandardInstructionNames(TStandardGroup Group);
 
-/// The name under which an instruction was added as a standard one, as long as it does what that does and takes
-/// as many arguments, whatever it is called now; else an empty one.
+/// The name under which an instruction was added as a standard one, as long as it does what that does and
+/// takes as many arguments, whatever it is called now; else an empty one.
 std::string_view StandardInstructionName(const generics::TQXGPInstruction<TGAFloat>& Instruction);
 
 /// Adds the instruction of that name, the case of letters aside, to a set; the comment tells what it does.

@@ -78,9 +78,9 @@ private:
     if (Slots.size() < Wanted) {
       return false;
     }
-    bool HasAll = (Slots[0] != nullptr) & (Slots[Wanted - 1] != nullptr);
+    bool HasAll = Slots[0] != nullptr && Slots[Wanted - 1] != nullptr;
     for (std::size_t I = 2; I < Wanted; ++I) {
-      HasAll &= Slots[I - 1] != nullptr;
+      HasAll = HasAll && Slots[I - 1] != nullptr;
     }
     return HasAll;
   }

@@ -121,7 +121,7 @@ inline double Tanh(double X) {
   const double A = Magnitude(X);
   const double Bounded = A > 22 ? 22 : A; // beyond, it is 1
   const auto Parts = SplitExp(2 * Bounded);
-  const double Factor = PowerOfTwo<double>(Parts.Bits);
+  const auto Factor = PowerOfTwo<double>(Parts.Bits);
   const double E = Factor * Parts.Fraction + (Factor - 1); // e^2a - 1
   return WithSignOf(E / (E + 2), X);
 }
@@ -280,7 +280,7 @@ inline float Pow(float X, float Y) {
 template <class T>
 inline bool IsHugeAngle(T X) {
   constexpr T GreatestAngle = T(1.6e6);
-  return (Magnitude(X) > GreatestAngle) & (Magnitude(X) < T(Infinite));
+  return Magnitude(X) > GreatestAngle && Magnitude(X) < T(Infinite);
 }
 
 // The sine and the cosine of an angle of at most an eighth turn, `High` + `Low`.

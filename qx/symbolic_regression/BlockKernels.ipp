@@ -54,11 +54,11 @@ constexpr auto GreaterOrEqualOf = [](auto X, auto Y) { return Truth(X >= Y, X); 
 constexpr auto EqualOf = [](auto X, auto Y) { return Truth(X == Y, X); };
 constexpr auto NotEqualOf = [](auto X, auto Y) { return Truth(X != Y, X); };
 constexpr auto IfOf = [](auto X, auto Y, auto Z) { return X > 0 ? Y : Z; };
-constexpr auto AndOf = [](auto X, auto Y) { return Truth((X > 0) & (Y > 0), X); };
-constexpr auto OrOf = [](auto X, auto Y) { return Truth((X > 0) | (Y > 0), X); };
+constexpr auto AndOf = [](auto X, auto Y) { return Truth(X > 0 && Y > 0, X); };
+constexpr auto OrOf = [](auto X, auto Y) { return Truth(X > 0 || Y > 0, X); };
 constexpr auto NotOf = [](auto X) { return Truth(!(X > 0), X); };
-constexpr auto NandOf = [](auto X, auto Y) { return Truth(!((X > 0) & (Y > 0)), X); };
-constexpr auto NorOf = [](auto X, auto Y) { return Truth(!((X > 0) | (Y > 0)), X); };
+constexpr auto NandOf = [](auto X, auto Y) { return Truth(!(X > 0 && Y > 0), X); };
+constexpr auto NorOf = [](auto X, auto Y) { return Truth(!(X > 0 || Y > 0), X); };
 constexpr auto XorOf = [](auto X, auto Y) { return Truth((X > 0) != (Y > 0), X); };
 
 constexpr auto AddAddOf = [](auto X, auto Y, auto Z) { return Z + (X + Y); };

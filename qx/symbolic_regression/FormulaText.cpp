@@ -566,8 +566,8 @@ std::string Graph(const std::vector<TTerm>& Terms, const std::string& Name) {
     if (Place.Parent >= 0) {
       Text += "  n" + std::to_string(Place.Parent) + " -> " + Own + ";\n";
     }
-    for (auto Argument = Term.Arguments.rbegin(); Argument != Term.Arguments.rend(); ++Argument) {
-      Pending.push_back({*Argument, Number});
+    for (std::size_t I = Term.Arguments.size(); I-- > 0;) {
+      Pending.push_back({Term.Arguments[I], Number});
     }
   }
   return Text + "}\n";

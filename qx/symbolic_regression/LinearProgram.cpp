@@ -23,11 +23,11 @@ TGAFloat TRowExecution::Execute(TBatchPlan::TNode& Node, std::size_t Row) {
 
 template <class T>
 void TLinearProgram<T>::Run(std::size_t Rows, TRowExecution& Execution) {
-  for (auto Stage = Stages.rbegin(); Stage != Stages.rend(); ++Stage) {
-    if (Stage->WholeColumns) {
-      RunCall(Steps[Stage->FirstStep], 0, Rows, Execution);
+  for (std::size_t I = Stages.size(); I-- > 0;) {
+    if (Stages[I].WholeColumns) {
+      RunCall(Steps[Stages[I].FirstStep], 0, Rows, Execution);
     } else {
-      RunSteps(*Stage, Rows, Execution);
+      RunSteps(Stages[I], Rows, Execution);
     }
   }
 }

@@ -59,8 +59,8 @@ bool TQXSymbolicRegression::IsFinished() {
          TQXTypedGeneticProgramming::IsFinished();
 }
 
-// The most nodes that children may have under bsSizeLimit: one stage, two stages, and so on, until all stages up to
-// what is allowed are gone through each time.
+// The most nodes that children may have under bsSizeLimit: one stage, two stages, and so on, until all stages
+// up to what is allowed are gone through each time.
 int TQXSymbolicRegression::SizeLimit() const {
   constexpr double Least = 12;
   constexpr double Growth = 4.0 / 3;

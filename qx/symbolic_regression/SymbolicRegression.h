@@ -104,10 +104,10 @@ public:
   /// true.
   bool KeepsBest() const { return FSettings.KeepsBest; }
   void SetKeepsBest(bool Value) { FSettings.KeepsBest = Value; }
-  /// Generations in which the least error has not fallen by a tenth, after which the population is made anew. It
-  /// then works up again from programs of 12 nodes, a third more at each start, to larger ones than before, until
-  /// `BloatLimit`: small formulas are found among small programs. Default 10; 0 for no such start, and for the full
-  /// size at once. Negative values become 0.
+  /// Generations in which the least error has not fallen by a tenth, after which the population is made anew.
+  /// It then works up again from programs of 12 nodes, a third more at each start, to larger ones than
+  /// before, until `BloatLimit`: small formulas are found among small programs. Default 10; 0 for no such
+  /// start, and for the full size at once. Negative values become 0.
   int RestartPatience() const { return FSettings.RestartPatience; }
   void SetRestartPatience(int Value) { FSettings.RestartPatience = std::max(Value, 0); }
   /// Generations without a better error on the test rows after which a run is finished; 0, the default, for
