@@ -141,8 +141,11 @@ public:
   /// Called after each generation, the initial one included.
   TQXEvent<void(TQXSymbolicRegression& Sender, const TRegressionRecord& Record)> OnRecord;
 
+  /// Begins a run: without models, counted from nothing. Raises EGAException without data.
   void Initialize() override;
+  /// Also when the test error stands; see `StoppingPatience`.
   bool IsFinished() override;
+  /// Copies the settings too, but neither data nor models nor the host's kernels.
   void Assign(const TPersistent& Source) override;
 
 protected:
