@@ -2,7 +2,6 @@
 #include <qx/symbolic_regression/QXSymbolicRegression.h>
 
 #include <iostream>
-
 int main(int Count, char** Arguments) try {
   qx::TQXSymbolicRegression Regression;
   Regression.SetData(qx::TQXDataSet::FromCSV(Count > 2 ? Arguments[1] : "FILE.csv"), Arguments[Count - 1]);
