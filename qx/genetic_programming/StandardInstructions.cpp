@@ -1,3 +1,4 @@
+#include <qx/genetic_programming/GPFloat.h>
 #include <qx/genetic_programming/StandardInstructions.h>
 #include <qx/platform/Text.h>
 
@@ -6,6 +7,7 @@
 #include <stdexcept>
 #include <string>
 #include <type_traits>
+#include <typeinfo>
 
 namespace qx {
 
@@ -272,7 +274,9 @@ std::vector<std::string_view> StandardInstructionNames(TStandardGroup Group) {
 
 std::string_view StandardInstructionName(const TQXGPInstruction<TGAFloat>& Instruction) {
   const auto* const Handler = Instruction.OnExecute.Target<THandler<TGAFloat>>();
-  const bool IsAsAdded = Handler != nullptr && Instruction.Operation() == gpFunction &&
+  const bool IsPlain = typeid(Instruction) == typeid(TQXGPInstruction<TGAFloat>) ||
+                       typeid(Instruction) == typeid(TQXGPFloatInstruction);
+  const bool IsAsAdded = IsPlain && Handler != nullptr && Instruction.Operation() == gpFunction &&
                          Instruction.Arity() == Handler->Standard().Arity;
   return IsAsAdded ? Handler->Standard().Name : std::string_view();
 }

@@ -40,8 +40,9 @@ public:
   void SetKernels(const TBlockKernels<T>& Kernels);
 
   /// The program's values, one for each row, until the next call. They are aligned to 64 bytes and padded as
-  /// the columns are. Raises what `Execute` raises for programs that are not whole, what the host's functions
-  /// raise, and std::logic_error for an instruction that there was none of in `Prepare`.
+  /// the columns are. Raises what `Execute` raises for programs that are not whole, also where it would leave
+  /// out what is missing, what the host's functions raise, and std::logic_error for an instruction that there
+  /// was none of in `Prepare`.
   std::span<const T> Evaluate(TNode& Program);
   /// Whether the evaluation calls code of the host, be it a function or an `OnExecute`.
   bool CallsHost(TNode& Program) const { return FPlan.CallsHost(Program); }

@@ -17,7 +17,8 @@ using TBatchFunction =
     std::function<void(std::span<const std::span<const double>> Arguments, std::span<double> Results)>;
 
 /// A host's own kernels for its instructions, by name. An instruction that has one here never runs its
-/// `OnExecute` in batch evaluation; what both do should be the same.
+/// `OnExecute` in batch evaluation; what both do should be the same. So too for a standard instruction: a
+/// formula's text knows that one alone.
 ///
 ///     functions.SetBlockFunction("Hypot", [](auto Arguments, auto Results) {
 ///       for (std::size_t I = 0; I < Results.size(); ++I) {

@@ -74,9 +74,7 @@ bool TBatchPlan::IsExecutedBelow(const TNode& Node, const TEntry& Entry) const {
   bool Executed = false;
   for (TNode* const Argument : Node.Slots().subspan(1)) {
     Argument->ForEach([&](const TNode& Below) {
-      const auto* const Instruction = Below.Instruction();
-      Executed = Instruction == nullptr ||
-                 FEntries[static_cast<std::size_t>(Instruction->Index())].Action == baExecute;
+      Executed = EntryAlone(Below).Action == baExecute;
       return !Executed;
     });
     if (Executed) {

@@ -51,15 +51,7 @@ public:
   /// What is done for a node. Raises std::logic_error when the plan does not know its instruction: the set
   /// has changed since.
   const TEntry& EntryOf(const TNode& Node) const {
-    const TInstruction* const Instruction = Node.Instruction();
-    if (Instruction == nullptr) [[unlikely]] {
-      return FExecute;
-    }
-    const auto Index = static_cast<std::size_t>(Instruction->Index());
-    if (Index >= FEntries.size() || FEntries[Index].Instruction != Instruction) [[unlikely]] {
-      RaiseUnknown(*Instruction);
-    }
-    const TEntry& Entry = FEntries[Index];
+    const TEntry& Entry = EntryAlone(Node);
     if (Entry.Arity > 0 &&
         (!HasArguments(Node, Entry.Arity) || (FExecutesSome && IsExecutedBelow(Node, Entry)))) [[unlikely]] {
       return FExecute;
@@ -71,6 +63,18 @@ public:
   bool CallsHost(TNode& Program) const;
 
 private:
+  // Without a look at the node's arguments.
+  const TEntry& EntryAlone(const TNode& Node) const {
+    const TInstruction* const Instruction = Node.Instruction();
+    if (Instruction == nullptr) [[unlikely]] {
+      return FExecute;
+    }
+    const auto Index = static_cast<std::size_t>(Instruction->Index());
+    if (Index >= FEntries.size() || FEntries[Index].Instruction != Instruction) [[unlikely]] {
+      RaiseUnknown(*Instruction);
+    }
+    return FEntries[Index];
+  }
   // Without a branch for each argument: which of one or two there are cannot be foreseen.
   static bool HasArguments(const TNode& Node, int Count) {
     const auto Slots = Node.Slots();

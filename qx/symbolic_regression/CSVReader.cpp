@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
+#include <cstddef>
 #include <fstream>
 #include <iterator>
 #include <limits>
@@ -67,10 +69,21 @@ private:
   }
 
   char UsualSeparator() const {
-    const std::string_view First = FRest.substr(0, FRest.find('\n'));
     constexpr std::string_view Candidates = ",;\t";
-    return *std::ranges::max_element(Candidates, {},
-                                     [&](char Candidate) { return std::ranges::count(First, Candidate); });
+    std::size_t Counts[Candidates.size()] = {};
+    bool Quoted = false;
+    bool Empty = true;
+    for (const char C : FRest) {
+      Quoted ^= C == FFormat.Quote;
+      if (C == '\n' && !Quoted && !Empty) {
+        break;
+      }
+      Empty = Empty && (C == ' ' || C == '\r' || C == '\n');
+      if (const auto Place = Candidates.find(C); Place != std::string_view::npos && !Quoted) {
+        ++Counts[Place];
+      }
+    }
+    return Candidates[static_cast<std::size_t>(std::ranges::max_element(Counts) - Counts)];
   }
 
   // The next line that is not empty.
@@ -166,19 +179,18 @@ private:
   double ValueOf(const TRow& Row, std::size_t Place) const {
     std::string Text = Row.Cells[Place];
     const std::string Where = "\"" + FNames[Place] + "\" ";
-    if (Text.empty() || SameText(Text, "NA") || SameText(Text, "NaN")) {
-      if (FFormat.MissingValues == mvRefuse) {
-        Raise(Row.Line, Place, Where + "has no number");
-      }
-      return std::numeric_limits<double>::quiet_NaN();
-    }
-    if (FFormat.DecimalPoint != '.') { // a point is none then, and ends up where no number has one
-      std::ranges::replace(Text, '.', ' ');
+    bool IsNumber = true;
+    if (FFormat.DecimalPoint != '.') {
+      IsNumber = Text.find('.') == std::string::npos;
       std::ranges::replace(Text, FFormat.DecimalPoint, '.');
     }
-    const auto Value = ParseReal(Text);
-    if (!Value) {
+    const bool IsMissing = Trimmed(Text).empty() || SameText(Trimmed(Text), "NA");
+    const auto Value = IsMissing ? std::numeric_limits<double>::quiet_NaN() : ParseReal(Text);
+    if (!Value || !IsNumber) {
       Raise(Row.Line, Place, Where + "is no number: \"" + Row.Cells[Place] + "\"");
+    }
+    if (std::isnan(*Value) && FFormat.MissingValues == mvRefuse) {
+      Raise(Row.Line, Place, Where + "has no number");
     }
     return *Value;
   }

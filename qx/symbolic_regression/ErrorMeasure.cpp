@@ -7,6 +7,13 @@
 
 namespace qx {
 
+namespace {
+
+// What equal numbers may be off from their mean, as a share of it.
+constexpr double Rounding = 8 * std::numeric_limits<double>::epsilon();
+
+} // namespace
+
 TRegressionTarget::TRegressionTarget(std::span<const double> Targets, std::span<const double> Weights)
     : FRowCount(Targets.size()) {
   const auto Refuse = [](const char* What, std::size_t Row, double Value) {
@@ -44,6 +51,7 @@ TRegressionTarget::TRegressionTarget(std::span<const double> Targets, std::span<
   }
   FMean = Kernels.Sum(RowsOf(FTargets.data())) / FWeightSum;
   FSquares = Kernels.Centred(RowsOf(FTargets.data()), FMean, FMean).Squares;
+  FRounding = FWeightSum * (Rounding * FMean) * (Rounding * FMean);
 }
 
 template <class T>
@@ -56,8 +64,7 @@ TLinearScaling TRegressionTarget::ScalingFor(const T* Predictions) const {
   const TBlockKernels<T>& Kernels = BlockKernels<T>();
   const double Mean = Kernels.Sum(RowsOf(Predictions)) / FWeightSum;
   const TCentredSums Sums = Kernels.Centred(RowsOf(Predictions), Mean, FMean);
-  // What is left of equal predictions is the rounding of their mean.
-  constexpr double Rounding = 8 * std::numeric_limits<double>::epsilon();
+
   if (Sums.Squares <= FWeightSum * (Rounding * Mean) * (Rounding * Mean)) {
     return {FMean, 0};
   }
@@ -96,8 +103,8 @@ double TRegressionTarget::CorrelationError(const T* Predictions) const {
 
 // Targets that are all equal leave nothing to be explained.
 double TRegressionTarget::Normalized(double SquaredError) const {
-  if (FSquares == 0) {
-    return SquaredError == 0 ? 0 : std::numeric_limits<double>::infinity();
+  if (FSquares <= FRounding) {
+    return SquaredError <= FRounding ? 0 : std::numeric_limits<double>::infinity();
   }
   return SquaredError / FSquares;
 }

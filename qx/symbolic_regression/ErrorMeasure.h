@@ -74,7 +74,8 @@ private:
   TAlignedVector<double> FWeights; // padded with 0
   double FWeightSum = 0;
   double FMean = 0;
-  double FSquares = 0; // SST
+  double FSquares = 0;  // SST
+  double FRounding = 0; // what it is at most when all targets are equal
 };
 
 extern template TLinearScaling TRegressionTarget::ScalingFor(const double* Predictions) const;

@@ -215,7 +215,7 @@ private:
   }
   static TPiece InBrackets(const std::string& Name, const TPieces& A) {
     const std::string Arguments = Called("", A).Text;
-    return {Name + "\\left(" + Arguments.substr(1, Arguments.size() - 2) + "\\right)", biWhole};
+    return {Name + "\\left(" + Arguments.substr(1, Arguments.size() - 2) + "\\right)", biPower};
   }
   static TPiece Other(TBlockOperation Operator, const TPieces& A) {
     constexpr const char* Signs[] = {"<", "\\le", ">", "\\ge", "=", "\\ne"};
@@ -234,8 +234,12 @@ private:
 // Names as identifiers, different ones for different names.
 class TIdentifiers {
 public:
-  const std::string& Of(const std::string& Name) {
-    const auto [Place, IsNew] = FNames.try_emplace(Name);
+  // What a name is of: those of different kinds differ.
+  enum TKind : std::uint8_t { Formula, Function, Variable };
+
+  void Reserve(const std::string& Identifier) { FTaken.insert(Identifier); }
+  const std::string& Of(TKind Kind, const std::string& Name) {
+    const auto [Place, IsNew] = FNames.try_emplace({Kind, Name});
     if (IsNew) {
       std::string Identifier;
       for (const char C : Name) {
@@ -256,6 +260,10 @@ public:
 private:
   // Of both languages, and what the written functions use themselves.
   static bool IsReserved(const std::string& Name) {
+    constexpr std::string_view Macros[] = {"M_", "FP_", "HUGE_", "MATH_"};
+    if (std::ranges::any_of(Macros, [&](std::string_view Macro) { return Name.starts_with(Macro); })) {
+      return true;
+    }
     static const std::set<std::string> Reserved = {"and",
                                                    "as",
                                                    "asm",
@@ -375,12 +383,90 @@ private:
                                                    "co_yield",
                                                    "INFINITY",
                                                    "NAN",
-                                                   "print",
-                                                   "formula"};
+                                                   "NULL",
+                                                   "unix",
+                                                   "linux",
+                                                   "i386",
+                                                   "acos",
+                                                   "acosh",
+                                                   "asin",
+                                                   "asinh",
+                                                   "atan",
+                                                   "atan2",
+                                                   "atanh",
+                                                   "cbrt",
+                                                   "ceil",
+                                                   "copysign",
+                                                   "cos",
+                                                   "cosh",
+                                                   "erf",
+                                                   "erfc",
+                                                   "exp",
+                                                   "exp2",
+                                                   "expm1",
+                                                   "fabs",
+                                                   "fdim",
+                                                   "floor",
+                                                   "fma",
+                                                   "fmax",
+                                                   "fmin",
+                                                   "fmod",
+                                                   "frexp",
+                                                   "gamma",
+                                                   "hypot",
+                                                   "ilogb",
+                                                   "isfinite",
+                                                   "isinf",
+                                                   "isnan",
+                                                   "j0",
+                                                   "j1",
+                                                   "jn",
+                                                   "ldexp",
+                                                   "lgamma",
+                                                   "llrint",
+                                                   "llround",
+                                                   "log",
+                                                   "log10",
+                                                   "log1p",
+                                                   "log2",
+                                                   "logb",
+                                                   "lrint",
+                                                   "lround",
+                                                   "modf",
+                                                   "nan",
+                                                   "nearbyint",
+                                                   "nextafter",
+                                                   "nexttoward",
+                                                   "pow",
+                                                   "remainder",
+                                                   "remquo",
+                                                   "rint",
+                                                   "round",
+                                                   "scalb",
+                                                   "scalbln",
+                                                   "scalbn",
+                                                   "signbit",
+                                                   "signgam",
+                                                   "significand",
+                                                   "sin",
+                                                   "sincos",
+                                                   "sinh",
+                                                   "sqrt",
+                                                   "tan",
+                                                   "tanh",
+                                                   "tgamma",
+                                                   "trunc",
+                                                   "y0",
+                                                   "y1",
+                                                   "yn",
+                                                   "abs",
+                                                   "div",
+                                                   "main",
+                                                   "print"};
     return Reserved.contains(Name);
   }
 
-  std::map<std::string, std::string> FNames;
+  std::map<std::pair<TKind, std::string>, std::string> FNames;
   std::set<std::string> FTaken;
 };
 
@@ -444,8 +530,12 @@ public:
     }
     return Piece;
   }
-  TPiece Variable(const std::string& Name) const { return {FIdentifiers.Of(Name), biWhole}; }
-  TPiece Call(const std::string& Name, const TPieces& A) const { return Called(FIdentifiers.Of(Name), A); }
+  TPiece Variable(const std::string& Name) const {
+    return {FIdentifiers.Of(TIdentifiers::Variable, Name), biWhole};
+  }
+  TPiece Call(const std::string& Name, const TPieces& A) const {
+    return Called(FIdentifiers.Of(TIdentifiers::Function, Name), A);
+  }
   TPiece Operation(TBlockOperation Operator, const TPieces& A) const {
     switch (Operator) {
     case boAdd:
@@ -509,7 +599,7 @@ std::string Source(const TQXFormula& Formula, TFormulaStyle Style, const std::st
   TIdentifiers Identifiers;
   std::string Head;
   for (const THelper& Helper : Helpers) {
-    Identifiers.Of(Helper.Name); // so that no variable gets it
+    Identifiers.Reserve(Helper.Name);
     const bool IsUsed = std::ranges::any_of(Formula.Terms(), [&](const TTerm& Term) {
       return Term.Kind == TQXFormula::Operation && Term.Operator == Helper.Operator;
     });
@@ -518,21 +608,31 @@ std::string Source(const TQXFormula& Formula, TFormulaStyle Style, const std::st
                        : "static inline double " + std::string(Helper.Name) + Helper.Cpp + "\n";
     }
   }
+  // The formula itself keeps its name if it can, whatever variables and functions of the host are called.
+  const std::string Own = Identifiers.Of(TIdentifiers::Formula, Name);
   std::string Parameters;
   for (const std::string& Variable : Formula.Variables()) {
-    Parameters +=
-        (Parameters.empty() ? "" : ", ") + std::string(IsPython ? "" : "double ") + Identifiers.Of(Variable);
+    Parameters += (Parameters.empty() ? "" : ", ") + std::string(IsPython ? "" : "double ") +
+                  Identifiers.Of(TIdentifiers::Variable, Variable);
   }
   const std::string Value = Written(Formula.Terms(), TSourceWriter(Style, Identifiers));
   if (IsPython) {
-    return "import numpy as np\n\n\n" + Head + "def " + Name + "(" + Parameters + "):\n    return " + Value +
+    return "import numpy as np\n\n\n" + Head + "def " + Own + "(" + Parameters + "):\n    return " + Value +
            "\n";
   }
-  return "#include <cmath>\n\n" + Head + (Head.empty() ? "" : "\n") + "double " + Name + "(" + Parameters +
+  return "#include <cmath>\n\n" + Head + (Head.empty() ? "" : "\n") + "double " + Own + "(" + Parameters +
          ") { return " + Value + "; }\n";
 }
 
 // --- DOT ---------------------------------------------------------------------------------------------------
+
+std::string Quoted(const std::string& Text) {
+  std::string Result = "\"";
+  for (const char C : Text) {
+    Result += C == '"' || C == '\\' ? std::string("\\") + C : C == '\n' ? "\\n" : std::string(1, C);
+  }
+  return Result + "\"";
+}
 
 std::string DotLabel(const TTerm& Term) {
   std::string Text = Term.Name;
@@ -542,11 +642,7 @@ std::string DotLabel(const TTerm& Term) {
     constexpr std::string_view Signs[] = {"+", "-", "*", "/"};
     Text = Term.Operator <= boDiv ? Signs[Term.Operator] : NameOf(Term.Operator);
   }
-  std::string Quoted = "\"";
-  for (const char C : Text) {
-    Quoted += C == '"' || C == '\\' ? std::string("\\") + C : C == '\n' ? "\\n" : std::string(1, C);
-  }
-  return Quoted + "\"";
+  return Quoted(Text);
 }
 
 // A node for each place that a term has in the tree.
@@ -555,7 +651,7 @@ std::string Graph(const std::vector<TTerm>& Terms, const std::string& Name) {
     std::size_t Term;
     int Parent;
   };
-  std::string Text = "digraph " + Name + " {\n";
+  std::string Text = "digraph " + Quoted(Name) + " {\n";
   std::vector<TPlace> Pending = {{Terms.size() - 1, -1}};
   for (int Number = 0; !Pending.empty(); ++Number) {
     const TPlace Place = Pending.back();
@@ -576,8 +672,7 @@ std::string Graph(const std::vector<TTerm>& Terms, const std::string& Name) {
 } // namespace
 
 std::string TQXFormula::Text(TFormulaStyle Style, std::string_view Name) const {
-  TIdentifiers Names;
-  const std::string Identifier = Name == "formula" ? std::string(Name) : Names.Of(std::string(Name));
+
   switch (Style) {
   case fsInfix:
     return Written(FTerms, TInfixWriter());
@@ -585,9 +680,9 @@ std::string TQXFormula::Text(TFormulaStyle Style, std::string_view Name) const {
     return Written(FTerms, TLaTeXWriter());
   case fsCpp:
   case fsPython:
-    return Source(*this, Style, Identifier);
+    return Source(*this, Style, std::string(Name));
   case fsDOT:
-    return Graph(FTerms, Identifier);
+    return Graph(FTerms, std::string(Name));
   }
   throw std::out_of_range("Style: there is no value " + std::to_string(static_cast<int>(Style)));
 }

@@ -72,7 +72,7 @@ std::size_t TProgramCompiler<T>::Flatten(TNode& Tree) {
     TNode* const Node = *--Pending;
     const TBatchPlan::TEntry& Entry = FPlan->EntryOf(*Node);
     *Visited++ = {Node, &Entry};
-    if (Entry.Action == baKernel || Entry.Action == baBlockFunction) {
+    if (Entry.Arity > 0 && (Entry.Action == baKernel || Entry.Action == baBlockFunction)) {
       const auto Arguments = Node->Slots();
       const auto Arity = static_cast<std::size_t>(Entry.Arity);
       for (std::size_t I = Arity; I-- > 2;) {

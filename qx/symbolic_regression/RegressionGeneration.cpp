@@ -13,8 +13,13 @@ namespace qx {
 
 namespace {
 
-double Now() {
-  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+// Stores the values in the constants, and the constants' in their place.
+void ExchangeValues(std::vector<TConstantRefinement::TConstant>& Constants) {
+  for (auto& Constant : Constants) {
+    const double Former = Constant.Node->Value();
+    Constant.Node->SetValue(Constant.Value);
+    Constant.Value = Former;
+  }
 }
 
 // Errors that are no numbers come last.
@@ -23,6 +28,10 @@ bool IsBetter(double Error, double Other) {
 }
 
 } // namespace
+
+double TQXSymbolicRegression::Now() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
 
 void TQXSymbolicRegression::Initialize() {
   RequireData();
@@ -123,6 +132,21 @@ void TQXSymbolicRegression::DoCalculateFitnessStatistics() {
   TQXTypedGeneticProgramming::DoCalculateFitnessStatistics();
 }
 
+// While it lives, the error of an individual is known.
+class TQXSymbolicRegression::TEvaluated {
+public:
+  TEvaluated(TQXSymbolicRegression& Regression, const TJob& Job) : FRegression(Regression) {
+    FRegression.FEvaluated = Job.Individual;
+    FRegression.FEvaluatedError = Job.Error;
+  }
+  TEvaluated(const TEvaluated&) = delete;
+  TEvaluated& operator=(const TEvaluated&) = delete;
+  ~TEvaluated() { FRegression.FEvaluated = nullptr; }
+
+private:
+  TQXSymbolicRegression& FRegression;
+};
+
 // Evaluates the stale individuals of the population.
 void TQXSymbolicRegression::EvaluateGeneration() {
   PrepareWorkers();
@@ -133,14 +157,13 @@ void TQXSymbolicRegression::EvaluateGeneration() {
     }
   }
   EvaluateJobs(Jobs);
+  FRun.Evaluations += static_cast<std::int64_t>(Jobs.size());
   RefineBest(Jobs);
   KeepBest(Jobs);
   for (const TJob& Job : Jobs) {
-    FEvaluated = Job.Individual;
-    FEvaluatedError = Job.Error;
+    const TEvaluated Evaluated(*this, Job);
     Job.Individual->EvaluateFitness();
   }
-  FEvaluated = nullptr;
   UpdateBest(Jobs);
   UpdateFront(Jobs);
 }
@@ -181,7 +204,6 @@ void TQXSymbolicRegression::EvaluateJobs(std::span<TJob> Jobs) {
   for (TJob* const Job : OfHost) {
     FWorkers.front()->Evaluate(*Job);
   }
-  FRun.Evaluations += static_cast<std::int64_t>(Jobs.size());
 }
 
 // Values are found on all threads, and stored on the caller's.
@@ -204,17 +226,22 @@ void TQXSymbolicRegression::RefineBest(std::vector<TJob>& Jobs) {
   });
   std::vector<TJob> Refined;
   for (std::size_t I = 0; I < Count; ++I) {
-    for (const auto& Constant : Found[I]) {
-      Constant.Node->SetValue(Constant.Value);
-    }
+    ExchangeValues(Found[I]);
     if (!Found[I].empty()) {
       Refined.push_back(Jobs[Order[I]]);
     }
   }
   EvaluateJobs(Refined);
+  FRun.Evaluations += static_cast<std::int64_t>(Refined.size());
   for (std::size_t I = 0, Next = 0; I < Count; ++I) {
-    if (!Found[I].empty()) {
-      Jobs[Order[I]] = Refined[Next++];
+    if (Found[I].empty()) {
+      continue;
+    }
+    const TJob& Job = Refined[Next++];
+    if (IsBetter(Job.Error, Jobs[Order[I]].Error)) {
+      Jobs[Order[I]] = Job;
+    } else { // squares are less, but not what the measure says
+      ExchangeValues(Found[I]);
     }
   }
 }
@@ -269,7 +296,7 @@ void TQXSymbolicRegression::UpdateFront(std::span<const TJob> Jobs) {
       TQXBatchEvaluator<double> Evaluator(FTest.Data, Instructions(), &FFunctions);
       Model.TestError = FTest.Target.Error(FSettings.ErrorMeasure, Evaluator.Evaluate(*Model.Program).data(),
                                            Model.Scaling);
-      if (FTested.Empty() || Model.TestError < FTested[0].TestError) {
+      if (FTested.Empty() || IsBetter(Model.TestError, FTested[0].TestError)) {
         FTested.Clear();
         FTested.Add(Model.Clone());
         Better = true;

@@ -16,15 +16,15 @@ void TQXSymbolicRegression::ForgetModels() {
   FBest.Clear();
 }
 
-// Models go before the instructions that its programs refer to.
+// Models go with the instructions that their programs refer to, once these are free to go.
 void TQXSymbolicRegression::InstructionUpdate(TInstruction* Instruction) {
-  ForgetModels();
   TQXTypedGeneticProgramming::InstructionUpdate(Instruction);
+  ForgetModels();
 }
 
 void TQXSymbolicRegression::InstructionNotify(TInstruction& Instruction, TCollectionNotification Action) {
-  ForgetModels();
   TQXTypedGeneticProgramming::InstructionNotify(Instruction, Action);
+  ForgetModels();
 }
 
 // What errors depend on comes first: individuals that are read have theirs already.
@@ -102,7 +102,8 @@ void TQXSymbolicRegression::Remember(TLoadScope& Load) {
     TRegressionFront Front, Tested, Best;
   };
   auto Models = std::make_shared<TModels>(TModels{FFront.Clone(), FTested.Clone(), FBest.Clone()});
-  Load.OnFailure([this, Settings = FSettings, Threads = FThreads, Run = FRun, Models] {
+  Load.OnFailure([this, Settings = FSettings, Threads = FThreads, Run = FRun, Start = FStart, Models] {
+    FStart = Start;
     FSettings = Settings;
     FThreads = Threads;
     FRun = Run;
@@ -110,6 +111,7 @@ void TQXSymbolicRegression::Remember(TLoadScope& Load) {
     FTested = std::move(Models->Tested);
     FBest = std::move(Models->Best);
   });
+  FStart = Now();
 }
 
 } // namespace qx

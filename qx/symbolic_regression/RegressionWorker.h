@@ -33,7 +33,9 @@ public:
 
   /// Better constants for the program; see `TConstantRefinement`.
   std::vector<TConstantRefinement::TConstant> Refine(TNode& Program) {
-    const auto Constants = FRefinement.Refine(Program, FSettings->LinearScaling, FSettings->RefinementSteps);
+    const auto Constants =
+        FRefinement.Refine(Program, FSettings->LinearScaling || FSettings->ErrorMeasure == emCorrelation,
+                           FSettings->RefinementSteps);
     return {Constants.begin(), Constants.end()};
   }
 

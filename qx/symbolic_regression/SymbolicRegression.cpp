@@ -69,7 +69,12 @@ void TQXSymbolicRegression::SetData(TDataSplit Split, std::string_view Target, s
     throw std::invalid_argument("There are no rows to learn from");
   }
   TRows Training = RowsFor(std::move(Split.Training), Target, Weights);
-  TRows Test = RowsFor(std::move(Split.Test), Target, Weights);
+  TRows Test;
+  try {
+    Test = RowsFor(std::move(Split.Test), Target, Weights);
+  } catch (const std::invalid_argument& Error) {
+    throw std::invalid_argument(std::string("In the test rows: ") + Error.what());
+  }
   std::string TargetName(Target);
   std::string WeightsName(Weights);
   std::vector<std::string> Inputs;
@@ -77,6 +82,9 @@ void TQXSymbolicRegression::SetData(TDataSplit Split, std::string_view Target, s
     if (const std::string& Name = Training.Data.ColumnName(I); Name != Target && Name != Weights) {
       Inputs.push_back(Name);
     }
+  }
+  for (const std::string& Input : Inputs) {
+    static_cast<void>(Test.Data.RowCount() > 0 ? Test.Data.Column(Input) : std::span<const double>());
   }
   RequireFreeNames(Inputs);
   Declare(Inputs);
@@ -162,11 +170,10 @@ void TQXSymbolicRegression::Declare(const std::vector<std::string>& Inputs) {
 void TQXSymbolicRegression::ForgetErrors() {
   ForgetModels();
   FRun = {};
-  for (auto* const Generation : {&Population(), PreviousGeneration()}) {
-    for (int I = 0; Generation != nullptr && I < Generation->Count(); ++I) {
-      (*Generation)[I].MarkStale();
-    }
-  }
+  auto& Slot = TQXCustomGeneticComponent::OnEvaluateFitness;
+  const TQXFitnessEvent Handler = Slot;
+  Slot = nullptr;
+  Slot = Handler; // which makes all individuals stale, and the statistics due
 }
 
 void TQXSymbolicRegression::RequireData() const {
@@ -216,12 +223,23 @@ void TQXSymbolicRegression::SetRefinementShare(TGAProbability Value) {
 }
 
 void TQXSymbolicRegression::Assign(const TPersistent& Source) {
+  TQXTypedGeneticProgramming::Assign(Source);
+  AssignSettings(Source);
+}
+
+void TQXSymbolicRegression::AssignAll(const TPersistent& Source) {
+  TQXTypedGeneticProgramming::AssignAll(Source);
+  AssignSettings(Source);
+}
+
+// The errors of copied individuals are those of other data.
+void TQXSymbolicRegression::AssignSettings(const TPersistent& Source) {
   if (const auto* const Regression = dynamic_cast<const TQXSymbolicRegression*>(&Source);
       Regression != nullptr && Regression != this) {
     FSettings = Regression->FSettings;
     FThreads = Regression->FThreads;
+    ForgetErrors();
   }
-  TQXTypedGeneticProgramming::Assign(Source);
 }
 
 // --- Results -----------------------------------------------------------------------------------------------
@@ -261,7 +279,10 @@ double TQXSymbolicRegression::Error(const TRegressionModel& Model, const TQXData
                       Model.Scaling);
 }
 
-double TQXSymbolicRegression::ErrorOf(TIndividual& Individual) { return JobFor(Individual).Error; }
+double TQXSymbolicRegression::ErrorOf(TIndividual& Individual) {
+  const double Error = JobFor(Individual).Error;
+  return std::isnan(Error) ? std::numeric_limits<double>::infinity() : Error;
+}
 
 TLinearScaling TQXSymbolicRegression::ScalingOf(TIndividual& Individual) {
   return JobFor(Individual).Scaling;

@@ -105,9 +105,10 @@ public:
   bool KeepsBest() const { return FSettings.KeepsBest; }
   void SetKeepsBest(bool Value) { FSettings.KeepsBest = Value; }
   /// Generations in which the least error has not fallen by a tenth, after which the population is made anew.
-  /// It then works up again from programs of 12 nodes, a third more at each start, to larger ones than
-  /// before, until `BloatLimit`: small formulas are found among small programs. Default 10; 0 for no such
-  /// start, and for the full size at once. Negative values become 0.
+  /// Under bsSizeLimit, children of more than 12 nodes then give way to their parents, of a third more at the
+  /// next start, and so on to a larger size than before, until `BloatLimit`: small formulas are found among
+  /// small programs. Default 10; 0 for no such start, and for the full size at once. Negative values become
+  /// 0.
   int RestartPatience() const { return FSettings.RestartPatience; }
   void SetRestartPatience(int Value) { FSettings.RestartPatience = std::max(Value, 0); }
   /// Generations without a better error on the test rows after which a run is finished; 0, the default, for
@@ -147,6 +148,7 @@ public:
   bool IsFinished() override;
   /// Copies the settings too, but neither data nor models nor the host's kernels.
   void Assign(const TPersistent& Source) override;
+  void AssignAll(const TPersistent& Source) override;
 
 protected:
   /// Swaps subtrees in their places, so that arguments keep theirs. Under the fair strategies, as inherited.
@@ -197,14 +199,17 @@ private:
     double Error;
   };
   class TFitnessHandler;
+  class TEvaluated;
   class TWorker;
 
   static TRows RowsFor(TQXDataSet Data, std::string_view Target, std::string_view Weights);
   void RequireFreeNames(const std::vector<std::string>& Inputs);
   void Declare(const std::vector<std::string>& Inputs);
+  void AssignSettings(const TPersistent& Source);
   void ForgetErrors();
   void ForgetModels();
   void RequireData() const;
+  static double Now();
   bool HasOwnFitness() const;
   void EvaluateGeneration();
   void PrepareWorkers();

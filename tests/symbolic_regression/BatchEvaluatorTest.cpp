@@ -336,6 +336,16 @@ TEST_F(BatchEvaluator, AHostFunctionOverBlocksTakesTheInstructionsPlace) {
   }
 }
 
+TEST_F(BatchEvaluator, AHostFunctionOverBlocksMayHaveNoArguments) {
+  Instructions.Add().SetName("Seven");
+  TQXBatchFunctions Own;
+  Own.SetBlockFunction("Seven", [](auto, auto Results) { std::ranges::fill(Results, 7); });
+  const auto Data = RandomData(20);
+  TQXBatchEvaluator<double> Evaluator(Data, Instructions, &Own);
+  EXPECT_TRUE(std::ranges::equal(Evaluator.Evaluate(*Apply("Add", Make("Seven"), Make("Seven"))),
+                                 std::vector<double>(20, 14)));
+}
+
 // Two functions that look at other rows: the value of the row before, and the mean of all.
 TQXBatchFunctions ColumnFunctions() {
   TQXBatchFunctions Own;
@@ -417,6 +427,8 @@ TEST_F(BatchEvaluator, InstructionsThatCameLaterAreAnError) {
   EXPECT_THROW(Evaluator.Evaluate(*Program), std::logic_error);
   Evaluator.Prepare(Data, Instructions);
   EXPECT_EQ(Evaluator.Evaluate(*Program).size(), 20U);
+  Instructions.Add().SetName("later");
+  EXPECT_THROW(Evaluator.Evaluate(*Apply("If", Make("x"), Make("later"), Make("x"))), std::logic_error);
 }
 
 TEST_F(BatchEvaluator, AnInstructionWithAnotherHandlerIsNoStandardOneWhateverItsName) {

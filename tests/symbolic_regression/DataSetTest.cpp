@@ -87,6 +87,28 @@ TEST(DataSet, TakesSeparatorQuoteAndDecimalPointFromTheFormat) {
   ExpectError("x|y\n1.5|2\n", 2, 1, "Line 2, column 1: \"x\" is no number: \"1.5\"", Format);
 }
 
+TEST(DataSet, FindsTheSeparatorBehindEmptyLinesAndOutsideQuotes) {
+  EXPECT_EQ(ColumnOf(FromText("\xEF\xBB\xBF\r\n\na;b\n1;2\n"), "b"), (TValues{2}));
+  EXPECT_EQ(ColumnOf(FromText("\"a,b,c\";d\n1;2\n"), "d"), (TValues{2}));
+}
+
+TEST(DataSet, APointIsNoDecimalCommaAtWhateverPlace) {
+  TCSVFormat Format;
+  Format.DecimalPoint = ',';
+  Format.Separator = ';';
+  ExpectError("x\n.5\n", 2, 1, "Line 2, column 1: \"x\" is no number: \".5\"", Format);
+  ExpectError("x\n5.\n", 2, 1, "Line 2, column 1: \"x\" is no number: \"5.\"", Format);
+}
+
+TEST(DataSet, NoSpellingOfNaNIsANumber) {
+  for (const char* const Cell : {"-NaN", "\" NaN \"", "nan", "\"\"", "\" \"", "na"}) {
+    ExpectError("x,y\n" + std::string(Cell) + ",1\n", 2, 1, "Line 2, column 1: \"x\" has no number");
+    TCSVFormat Format;
+    Format.MissingValues = mvSkipRow;
+    EXPECT_EQ(FromText("x,y\n" + std::string(Cell) + ",1\n2,3\n", Format).RowCount(), 1) << Cell;
+  }
+}
+
 TEST(DataSet, ATabSeparatesEmptyCellsFromQuotedOnes) {
   TCSVFormat Format;
   Format.MissingValues = mvKeep;

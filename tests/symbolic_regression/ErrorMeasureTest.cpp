@@ -82,6 +82,16 @@ TEST(ErrorMeasure, TargetsThatAreAllEqualLeaveNothingToExplain) {
   EXPECT_DOUBLE_EQ(Target.Error(emMSE, Padded({2, 2, 3}).data()), 1.0 / 3);
 }
 
+TEST(ErrorMeasure, EqualTargetsAreKnownWhateverTheirMeanRoundsTo) {
+  for (int Count = 1; Count < 200; ++Count) {
+    const double Value = 0.1 + 0.37 * Count;
+    const std::vector<double> Targets(static_cast<std::size_t>(Count), Value);
+    const TRegressionTarget Target(Targets);
+    const auto Predictions = Padded(Targets);
+    EXPECT_EQ(Target.Error(emNMSE, Predictions.data(), Target.ScalingFor(Predictions.data())), 0) << Count;
+  }
+}
+
 TEST(ErrorMeasure, PredictionsThatAreNotFiniteGiveNoFiniteError) {
   const TRegressionTarget Target(std::vector<double>{1, 2, 3});
   for (const double Value : {Infinity, -Infinity, std::numeric_limits<double>::quiet_NaN(), 1e200}) {

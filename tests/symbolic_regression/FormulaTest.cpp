@@ -128,7 +128,7 @@ TEST_F(Formula, WritesLaTeX) {
 }
 
 TEST_F(Formula, WritesAGraph) {
-  EXPECT_EQ(TQXFormula(*Of("Add", X(), Of("Sin", X()))).Text(fsDOT, "g"), "digraph g {\n"
+  EXPECT_EQ(TQXFormula(*Of("Add", X(), Of("Sin", X()))).Text(fsDOT, "g"), "digraph \"g\" {\n"
                                                                           "  n0 [label=\"+\"];\n"
                                                                           "  n1 [label=\"x\", shape=box];\n"
                                                                           "  n0 -> n1;\n"
@@ -338,6 +338,25 @@ TEST_F(FormulaSource, PythonComputesWhatTheProgramsDo) {
   }
   tests::WriteFile(Folder.File("f.py"), Text);
   ExpectOutput(OutputOf(Python + " " + Folder.File("f.py")));
+}
+
+TEST_F(FormulaSource, CppCompilesWhateverVariablesAndTheFormulaAreCalled) {
+  if (!Runs("c++ --version")) {
+    GTEST_SKIP() << "there is no C++ compiler";
+  }
+  std::string Text;
+  int Count = 0;
+  constexpr const char* Names[][2] = {{"greater", "square"},  {"M_PI", "exp"},      {"unix", "log"},
+                                      {"HUGE_VAL", "y1"},     {"main", "main"},     {"double", "f"},
+                                      {"formula", "formula"}, {"lesser", "greater"}};
+  for (const auto& [Variable, Own] : Names) {
+    Instructions[Functions].SetName(Variable);
+    const auto Program = Of("Max", Of("Square", Node(Variable)), Of("Exp", Node(Variable)));
+    Text += "namespace n" + std::to_string(Count++) + " {\n" +
+            TQXFormula(*Program).Text(fsCpp, Own).substr(18) + "}\n";
+  }
+  tests::WriteFile(Folder.File("n.cpp"), "#include <cmath>\n" + Text);
+  EXPECT_EQ(OutputOf("c++ -Wall -Wextra -Werror -fsyntax-only " + Folder.File("n.cpp")), "");
 }
 
 TEST_F(Formula, NamesThatAreNoIdentifiersBecomeSome) {

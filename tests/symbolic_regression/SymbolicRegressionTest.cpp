@@ -498,6 +498,125 @@ TEST(SymbolicRegression, ACheckpointThatDoesNotReadLeavesTheModels) {
   EXPECT_EQ(Regression.Evolve(2), 2);
 }
 
+TEST(SymbolicRegression, RefinementMakesNoProgramWorseByTheMeasure) {
+  for (const TErrorMeasure Measure : {emMAE, emCorrelation, emNMSE}) {
+    SeedRandom(5);
+    TQXSymbolicRegression Regression;
+    Regression.SetInitialPopulation(30);
+    Regression.SetErrorMeasure(Measure);
+    Regression.SetLinearScaling(false);
+    Regression.SetRefinementShare(1);
+    Regression.SetRestartPatience(0);
+    int Row = 0; // of which one is far off
+    Regression.SetData(DataOf(11, [&](double X) { return X + (++Row == 4 ? 100 : 0); }), "y");
+    std::vector<double> Before; // of programs as they are made
+    Regression.OnInitialization = [&](auto& Sender, bool& Filled) {
+      auto& Set = Sender.Instructions();
+      for (auto& Individual : Sender.Population()) {
+        auto Sum = Sender.CreateNode(&Set[Set.IndexOf("Add")]);
+        Sum->AddChild(Sender.CreateNode(&Set[Set.IndexOf("x")]));
+        Sum->AddChild(Sender.CreateNode(&Set[Set.IndexOf("Constant")])).SetValue(Individual.Index());
+        Individual.AssignDNA(std::move(Sum));
+        Before.push_back(Sender.ErrorOf(Individual));
+      }
+      Filled = true;
+    };
+    Regression.Initialize();
+    for (std::size_t I = 0; I < Before.size(); ++I) {
+      EXPECT_LE(Regression.Population()[static_cast<int>(I)].Fitness(), Before[I]) << Measure;
+    }
+  }
+}
+
+TEST(SymbolicRegression, ATestErrorThatIsNoNumberIsBeatenByAnyOther) {
+  for (int Seed = 1; Seed <= 6; ++Seed) {
+    SeedRandom(static_cast<std::uint64_t>(Seed));
+    TQXSymbolicRegression Regression;
+    Regression.SetInitialPopulation(60);
+    TDataSplit Split = DataOf(40, Wave).SplitBySeed(0.5, 1);
+    std::vector<double> Broken(Split.Test.Column("other").begin(), Split.Test.Column("other").end());
+    Broken[0] = NAN;
+    TQXDataSet Rest;
+    Rest.AddColumn("x", Split.Test.Column("x"));
+    Rest.AddColumn("other", Broken);
+    Rest.AddColumn("y", Split.Test.Column("y"));
+    Split.Test = Rest;
+    Regression.SetData(Split, "y");
+    Regression.Evolve(10);
+    EXPECT_TRUE(std::isfinite(Regression.BestModel()->TestError)) << Seed;
+  }
+}
+
+TEST(SymbolicRegression, TestRowsNeedTheColumnsToo) {
+  TQXSymbolicRegression Regression;
+  TDataSplit Split = DataOf(40, Wave).SplitByShare(0.5);
+  TQXDataSet Rest;
+  Rest.AddColumn("y", Split.Test.Column("y"));
+  Split.Test = Rest;
+  EXPECT_THROW(Regression.SetData(Split, "y"), std::out_of_range);
+  EXPECT_EQ(Regression.Instructions().Count(), 0);
+}
+
+TEST(SymbolicRegression, ARunThatIsFinishedIsTakenUpWhenErrorsMeanSomethingElse) {
+  TQXSymbolicRegression Regression;
+  SeedRandom(1);
+  Regression.SetInitialPopulation(60);
+  Regression.SetData(DataOf(20, [](double X) { return 2 * X; }), "y");
+  Regression.Evolve(5);
+  ASSERT_TRUE(Regression.IsFinished());
+  Regression.SetErrorMeasure(emMSE);
+  Regression.Evolve(1);
+  ASSERT_NE(Regression.BestModel(), nullptr);
+  Regression.SetData(DataOf(20, Wave), "y");
+  EXPECT_EQ(Regression.Evolve(1), 1);
+  EXPECT_GT(Regression.MinFitness(), 1e-6);
+}
+
+TEST(SymbolicRegression, TimeIsCountedFromWhenARunIsTakenUp) {
+  std::stringstream Checkpoint;
+  TQXSymbolicRegression Regression;
+  Prepare(Regression);
+  Regression.Evolve(2);
+  Regression.SaveCheckpoint(Checkpoint);
+  TQXSymbolicRegression Other;
+  Prepare(Other);
+  Other.LoadCheckpoint(Checkpoint);
+  double Seconds = -1;
+  Other.OnRecord = [&](auto&, const TRegressionRecord& Record) { Seconds = Record.Seconds; };
+  Other.Evolve();
+  EXPECT_GE(Seconds, 0);
+  EXPECT_LT(Seconds, 60);
+}
+
+TEST(SymbolicRegression, AskingForAnErrorChangesNothing) {
+  TQXSymbolicRegression Regression;
+  Prepare(Regression);
+  Regression.Evolve(1);
+  const auto Evaluations = Regression.Evaluations();
+  Regression.ErrorOf(Regression.Population()[0]);
+  EXPECT_EQ(Regression.Evaluations(), Evaluations);
+}
+
+TEST(SymbolicRegression, CopiedIndividualsAreJudgedByTheOwnData) {
+  TQXSymbolicRegression Source;
+  Prepare(Source);
+  Source.SetThreads(2);
+  Source.Evolve(2);
+  for (const bool All : {false, true}) {
+    TQXSymbolicRegression Target;
+    Target.SetData(DataOf(40, [](double X) { return std::exp(X); }), "y");
+    if (All) {
+      Target.AssignAll(Source);
+    } else {
+      Target.Assign(Source);
+    }
+    EXPECT_EQ(Target.Threads(), 2);
+    auto& Individual = Target.Population()[0];
+    const double Error = Target.ErrorOf(Individual);
+    EXPECT_EQ(Individual.Fitness(), std::isfinite(Error) ? Error : Target.UnfitFitness());
+  }
+}
+
 TEST(SymbolicRegression, AnAssignedComponentHasTheSettings) {
   TQXSymbolicRegression Source;
   Prepare(Source);
