@@ -246,7 +246,11 @@ public:
         const bool Fits = (C >= 'a' && C <= 'z') || (C >= 'A' && C <= 'Z') || (C >= '0' && C <= '9');
         Identifier += Fits ? C : '_';
       }
-      if (Identifier.empty() || Identifier[0] == '_' || (Identifier[0] >= '0' && Identifier[0] <= '9')) {
+      constexpr std::string_view Macros[] = {"M_", "FP_", "HUGE_", "MATH_"}; // that begin so
+      const bool IsMacro =
+          std::ranges::any_of(Macros, [&](std::string_view Macro) { return Identifier.starts_with(Macro); });
+      if (IsMacro || Identifier.empty() || Identifier[0] == '_' ||
+          (Identifier[0] >= '0' && Identifier[0] <= '9')) {
         Identifier = "v" + Identifier;
       }
       while (IsReserved(Identifier) || !FTaken.insert(Identifier).second) {
@@ -260,10 +264,6 @@ public:
 private:
   // Of both languages, and what the written functions use themselves.
   static bool IsReserved(const std::string& Name) {
-    constexpr std::string_view Macros[] = {"M_", "FP_", "HUGE_", "MATH_"};
-    if (std::ranges::any_of(Macros, [&](std::string_view Macro) { return Name.starts_with(Macro); })) {
-      return true;
-    }
     static const std::set<std::string> Reserved = {"and",
                                                    "as",
                                                    "asm",

@@ -346,7 +346,7 @@ TEST_F(FormulaSource, CppCompilesWhateverVariablesAndTheFormulaAreCalled) {
   }
   std::string Text;
   int Count = 0;
-  constexpr const char* Names[][2] = {{"greater", "square"},  {"M_PI", "exp"},      {"unix", "log"},
+  constexpr const char* Names[][2] = {{"choose", "square"},   {"M_PI", "exp"},      {"unix", "log"},
                                       {"HUGE_VAL", "y1"},     {"main", "main"},     {"double", "f"},
                                       {"formula", "formula"}, {"lesser", "greater"}};
   for (const auto& [Variable, Own] : Names) {
