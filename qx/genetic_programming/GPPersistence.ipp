@@ -114,6 +114,10 @@ void TQXCustomGeneticProgramming<T>::SaveToXML(const TXMLGPInstructions& Instruc
 template <class T>
 void TQXCustomGeneticProgramming<T>::LoadFromXML(const TXMLGPInstructions& Instructions) {
   RequireNoUse();
+  // What does not read must not get as far as a change, which would send the programs away.
+  TQXGPInstructions<T> Trial(nullptr, this->Instructions().ItemClass());
+  Trial.Assign(this->Instructions());
+  Trial.LoadFromXML(Instructions);
   TLoadScope Load(this);
   this->MergeInstructions(Instructions, Load);
   Load.Done();

@@ -48,9 +48,15 @@ public:
   TQXGeneticProgrammingExecutor Executor;
 };
 
-/// A document that was taken can be evaluated, saved, if it can be saved, and loaded again.
+/// A document that was taken can be evaluated, saved, if it can be saved, and loaded again: unless it has
+/// instructions without a name, which programs cannot refer to.
 template <class TTarget>
 void RequireReloadable(TTarget& Target) {
+  for (const auto& Instruction : Target.Instructions()) {
+    if (Instruction.Name().empty()) {
+      return;
+    }
+  }
   std::stringstream Saved;
   try {
     Target.SaveToStream(Saved);

@@ -1,3 +1,4 @@
+#include <qx/genetic_programming/QXGeneticProgramming.h>
 #include <qx/genetic_programming/QXGeneticProgrammingXML.h>
 #include <qx/platform/Files.h>
 
@@ -418,6 +419,25 @@ TEST(ExecutorDocumentTest, ALoadThatFailsLeavesAllAsItWas) {
   TQXGPFloatContext Context;
   Context.Values().AddOrSetValue("x", 3);
   EXPECT_EQ(Executor.Execute(&Context), -3);
+}
+
+TEST(ProgramInstructionsDocumentTest, ALoadThatFailsLeavesTheProgramsToo) {
+  TQXGeneticProgramming gp;
+  AddStandardInstruction(gp.Instructions(), "Add");
+  gp.Instructions().Add().SetName("x");
+  gp.SetInitialPopulation(3);
+  gp.OnEvaluateFitness = [](auto&, auto&, double& Fitness) { Fitness = 1; };
+  gp.SetInitialDuplicatesRetries(0);
+  gp.Initialize();
+  const std::string Before = gp.Population()[2].ToString();
+  const TXMLDocument Document =
+      TXMLDocument::Parse("<Instructions><Function Name=\"Add\" Arity=\"3\"/><Function Name=\"Neg\" "
+                          "Arity=\"1C\"/></Instructions>");
+  EXPECT_THROW(gp.LoadFromXML(GetGPInstructions(Document)), EXMLError);
+  ASSERT_EQ(gp.Population().Count(), 3);
+  EXPECT_EQ(gp.Population()[2].ToString(), Before);
+  EXPECT_EQ(gp.Instructions()[0].Arity(), 2);
+  EXPECT_EQ(gp.Instructions().Count(), 2);
 }
 
 TEST(ExecutorDocumentTest, LinesAreMadeKeptAndParsed) {
