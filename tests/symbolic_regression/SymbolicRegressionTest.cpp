@@ -1,4 +1,3 @@
-#include <qx/platform/Filer.h>
 #include <qx/platform/Random.h>
 #include <qx/symbolic_regression/Formula.h>
 #include <qx/symbolic_regression/SymbolicRegression.h>
@@ -13,38 +12,17 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <tests/support/SmallRegression.h>
 #include <thread>
 #include <vector>
 
 namespace {
 
 using namespace qx;
-
-// Rows of y = f(x), x even from -1 to 1, with a second column that does not matter.
-TQXDataSet DataOf(int Rows, const std::function<double(double)>& Function) {
-  std::vector<double> X;
-  std::vector<double> Other;
-  std::vector<double> Y;
-  for (int I = 0; I < Rows; ++I) {
-    X.push_back(2.0 * I / (Rows - 1) - 1);
-    Other.push_back(2 + std::cos(7 * I));
-    Y.push_back(Function(X.back()));
-  }
-  TQXDataSet Data;
-  Data.AddColumn("x", X);
-  Data.AddColumn("other", Other);
-  Data.AddColumn("y", Y);
-  return Data;
-}
-
-double Wave(double X) { return std::sin(3 * X) + X * X; }
-
-// A regression that is quick.
-void Prepare(TQXSymbolicRegression& Regression, int Rows = 40) {
-  SeedRandom(1);
-  Regression.SetInitialPopulation(60);
-  Regression.SetData(DataOf(Rows, Wave), "y");
-}
+using tests::DataOf;
+using tests::Outcome;
+using tests::Prepare;
+using tests::Wave;
 
 std::vector<std::string> NamesOf(TQXSymbolicRegression& Regression) {
   std::vector<std::string> Names;
@@ -149,21 +127,6 @@ TEST(SymbolicRegression, ProgramsWithoutFiniteValuesAreUnfit) {
   Individual.AssignDNA(std::move(Program));
   EXPECT_EQ(Individual.Fitness(), Regression.UnfitFitness());
   EXPECT_FALSE(std::isfinite(Regression.ErrorOf(Individual)));
-}
-
-// What a run has come to, in text.
-std::string Outcome(TQXSymbolicRegression& Regression) {
-  std::ostringstream Text;
-  Text.precision(17);
-  for (const auto& Individual : Regression.Population()) {
-    Text << Individual.DNA()->StateText() << ' ' << Individual.Fitness() << '\n';
-  }
-  for (const TRegressionModel& Model : Regression.Front()) {
-    Text << Model.Program->StateText() << ' ' << Model.Error << ' ' << Model.TestError << ' '
-         << Model.Scaling.Offset << ' ' << Model.Scaling.Scale << '\n';
-  }
-  Text << Regression.Evaluations() << ' ' << Random();
-  return Text.str();
 }
 
 TEST(SymbolicRegression, IsTheSameOnAnyNumberOfThreads) {
@@ -429,75 +392,6 @@ TEST(SymbolicRegression, SinglePrecisionLearnsToo) {
   EXPECT_LT(Regression.BestModel()->Error, 0.05);
 }
 
-TEST(SymbolicRegression, AStreamHoldsTheSettingsThatAreNotItsOwnDefaults) {
-  TQXSymbolicRegression Regression;
-  std::ostringstream Plain;
-  WriteComponent(Plain, Regression);
-  EXPECT_EQ(Plain.str().find("Refinement"), std::string::npos) << Plain.str();
-  Regression.SetErrorMeasure(emMAE);
-  Regression.SetLinearScaling(false);
-  Regression.SetRefinementShare(0.5);
-  Regression.SetRefinementSteps(3);
-  Regression.SetKeepsBest(false);
-  Regression.SetRestartPatience(7);
-  Regression.SetStoppingPatience(9);
-  Regression.SetThreads(2);
-  Regression.SetInitialPopulation(100); // the default of other components
-  Regression.SetBloatStrategy(bsNone);
-  std::stringstream Stream;
-  WriteComponent(Stream, Regression);
-  TQXSymbolicRegression Other;
-  ReadComponent(Stream, Other);
-  EXPECT_EQ(Other.ErrorMeasure(), emMAE);
-  EXPECT_FALSE(Other.LinearScaling());
-  EXPECT_EQ(Other.RefinementShare(), 0.5);
-  EXPECT_EQ(Other.RefinementSteps(), 3);
-  EXPECT_FALSE(Other.KeepsBest());
-  EXPECT_EQ(Other.RestartPatience(), 7);
-  EXPECT_EQ(Other.StoppingPatience(), 9);
-  EXPECT_EQ(Other.Threads(), 2);
-  EXPECT_EQ(Other.InitialPopulation(), 100);
-  EXPECT_EQ(Other.BloatStrategy(), bsNone);
-}
-
-TEST(SymbolicRegression, GoesOnFromACheckpointAsIfItHadNotStopped) {
-  std::stringstream Checkpoint;
-  TQXSymbolicRegression Whole;
-  Prepare(Whole);
-  Whole.SetRestartPatience(4);
-  Whole.Evolve(15);
-  Whole.SaveCheckpoint(Checkpoint);
-  Whole.Evolve(15);
-  const std::string Expected = Outcome(Whole);
-
-  TQXSymbolicRegression Other;
-  Prepare(Other);
-  Other.LoadCheckpoint(Checkpoint);
-  EXPECT_FALSE(Other.Front().Empty());
-  Other.Evolve(15);
-  EXPECT_TRUE(Outcome(Other) == Expected);
-}
-
-TEST(SymbolicRegression, ACheckpointThatDoesNotReadLeavesTheModels) {
-  std::stringstream Checkpoint;
-  TQXSymbolicRegression Regression;
-  Prepare(Regression);
-  Regression.Evolve(3);
-  Regression.SaveCheckpoint(Checkpoint);
-  std::string Text = Checkpoint.str();
-  const auto Place = Text.find("FrontNumbers = [");
-  ASSERT_NE(Place, std::string::npos);
-  Text.insert(Place + 16, "1 ");
-  Regression.Evolve(2);
-  const auto Former = Regression.Front().Count();
-  const double Error = Regression.BestModel()->Error;
-  std::istringstream Damaged(Text);
-  EXPECT_THROW(Regression.LoadCheckpoint(Damaged), EPropertyError);
-  EXPECT_EQ(Regression.Front().Count(), Former);
-  EXPECT_EQ(Regression.BestModel()->Error, Error);
-  EXPECT_EQ(Regression.Evolve(2), 2);
-}
-
 TEST(SymbolicRegression, RefinementMakesNoProgramWorseByTheMeasure) {
   for (const TErrorMeasure Measure : {emMAE, emCorrelation, emNMSE}) {
     SeedRandom(5);
@@ -572,22 +466,6 @@ TEST(SymbolicRegression, ARunThatIsFinishedIsTakenUpWhenErrorsMeanSomethingElse)
   EXPECT_GT(Regression.MinFitness(), 1e-6);
 }
 
-TEST(SymbolicRegression, TimeIsCountedFromWhenARunIsTakenUp) {
-  std::stringstream Checkpoint;
-  TQXSymbolicRegression Regression;
-  Prepare(Regression);
-  Regression.Evolve(2);
-  Regression.SaveCheckpoint(Checkpoint);
-  TQXSymbolicRegression Other;
-  Prepare(Other);
-  Other.LoadCheckpoint(Checkpoint);
-  double Seconds = -1;
-  Other.OnRecord = [&](auto&, const TRegressionRecord& Record) { Seconds = Record.Seconds; };
-  Other.Evolve();
-  EXPECT_GE(Seconds, 0);
-  EXPECT_LT(Seconds, 60);
-}
-
 TEST(SymbolicRegression, AskingForAnErrorChangesNothing) {
   TQXSymbolicRegression Regression;
   Prepare(Regression);
@@ -595,40 +473,6 @@ TEST(SymbolicRegression, AskingForAnErrorChangesNothing) {
   const auto Evaluations = Regression.Evaluations();
   Regression.ErrorOf(Regression.Population()[0]);
   EXPECT_EQ(Regression.Evaluations(), Evaluations);
-}
-
-TEST(SymbolicRegression, CopiedIndividualsAreJudgedByTheOwnData) {
-  TQXSymbolicRegression Source;
-  Prepare(Source);
-  Source.SetThreads(2);
-  Source.Evolve(2);
-  for (const bool All : {false, true}) {
-    TQXSymbolicRegression Target;
-    Target.SetData(DataOf(40, [](double X) { return std::exp(X); }), "y");
-    if (All) {
-      Target.AssignAll(Source);
-    } else {
-      Target.Assign(Source);
-    }
-    EXPECT_EQ(Target.Threads(), 2);
-    auto& Individual = Target.Population()[0];
-    const double Error = Target.ErrorOf(Individual);
-    EXPECT_EQ(Individual.Fitness(), std::isfinite(Error) ? Error : Target.UnfitFitness());
-  }
-}
-
-TEST(SymbolicRegression, AnAssignedComponentHasTheSettings) {
-  TQXSymbolicRegression Source;
-  Prepare(Source);
-  Source.SetErrorMeasure(emRMSE);
-  Source.SetThreads(2);
-  Source.Evolve(2);
-  TQXSymbolicRegression Target;
-  Target.SetData(DataOf(40, Wave), "y");
-  Target.Assign(Source);
-  EXPECT_EQ(Target.ErrorMeasure(), emRMSE);
-  EXPECT_EQ(Target.Threads(), 2);
-  EXPECT_EQ(Target.Population().Count(), 60);
 }
 
 } // namespace
