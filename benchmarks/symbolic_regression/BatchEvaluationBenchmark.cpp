@@ -9,6 +9,8 @@
 #include <benchmarks/symbolic_regression/RandomTrees.h>
 #include <cmath>
 #include <cstdint>
+#include <span>
+#include <string>
 #include <vector>
 
 namespace qx::benchmarks {
@@ -92,12 +94,22 @@ template <TFunctionSet Functions>
 void ExecuteRowByRow(benchmark::State& State) {
   TRandomTrees Sample(Functions);
   const TQXDataSet Data = RandomData(static_cast<int>(State.range(0)));
+  struct TVariable {
+    std::string Name;
+    std::span<const double> Column;
+    generics::TDictionaryHint Hint{};
+  };
+  std::vector<TVariable> Variables;
   TQXGPFloatContext Context;
+  for (int I = 0; I < Data.ColumnCount(); ++I) {
+    Variables.push_back({Data.ColumnName(I), Data.Column(I)});
+    Context.Values().Add(Data.ColumnName(I), 0);
+  }
   for (auto _ : State) {
     for (const auto& Tree : Sample.Trees()) {
-      for (int Row = 0; Row < Data.RowCount(); ++Row) {
-        for (int I = 0; I < Data.ColumnCount(); ++I) {
-          Context.Values().AddOrSetValue(Data.ColumnName(I), Data.Column(I)[static_cast<std::size_t>(Row)]);
+      for (std::size_t Row = 0; Row < static_cast<std::size_t>(Data.RowCount()); ++Row) {
+        for (TVariable& Variable : Variables) {
+          Context.Values().SetItems(Variable.Name, Variable.Column[Row], Variable.Hint);
         }
         benchmark::DoNotOptimize(Tree->Execute(&Context));
       }
@@ -105,8 +117,8 @@ void ExecuteRowByRow(benchmark::State& State) {
   }
   State.SetItemsProcessed(State.iterations() * Sample.NodeCount() * State.range(0));
 }
-BENCHMARK(ExecuteRowByRow<fsArithmetic>)->ArgName("rows")->Arg(20)->Arg(1000);
-BENCHMARK(ExecuteRowByRow<fsMixed>)->ArgName("rows")->Arg(20)->Arg(1000);
+BENCHMARK(ExecuteRowByRow<fsArithmetic>)->ArgName("rows")->Arg(20)->Arg(1000)->Arg(10'000);
+BENCHMARK(ExecuteRowByRow<fsMixed>)->ArgName("rows")->Arg(20)->Arg(1000)->Arg(10'000);
 
 } // namespace
 } // namespace qx::benchmarks

@@ -45,14 +45,14 @@ public:
 
 /// Where a key was found, or found missing, by `TQXDictionary::Find`. It belongs to one key.
 struct TDictionaryHint {
-  std::uint64_t Layout = 0;
+  std::uint64_t Layout = ~std::uint64_t{0};
   int Index = -1;
   std::int32_t HashCode = -1;
 };
 
 namespace detail {
 
-/// A number that no other call returns, never 0.
+/// A number that no other call returns, never 0 and never that of a new hint.
 std::uint64_t NewDictionaryLayout();
 
 } // namespace detail
@@ -106,6 +106,8 @@ public:
   const V& operator[](const K& Key) const { return Items(Key); }
   /// Replaces the value of a key that is present.
   void SetItems(const K& Key, V Value);
+  /// The same with a hint, for one key that gets many values; see `Find`.
+  void SetItems(const K& Key, V Value, TDictionaryHint& Hint);
   /// Gives the value of a key, or the default value and false.
   bool TryGetValue(const K& Key, V& Value) const;
   bool ContainsKey(const K& Key) const { return GetBucketIndex(Key, Hash(Key)) >= 0; }
@@ -113,7 +115,7 @@ public:
   /// look-up of the same key, in this dictionary or another of its kind, the hash code, and also the search
   /// while keys have neither come nor gone.
   const V* Find(const K& Key, TDictionaryHint& Hint) const {
-    if (Hint.Layout != FLayout || FLayout == 0) [[unlikely]] {
+    if (Hint.Layout != FLayout) [[unlikely]] {
       FindAnew(Key, Hint);
     }
     return Hint.Index >= 0 ? &Bucket(Hint.Index).Pair.Value : nullptr;

@@ -144,6 +144,12 @@ void TQXDictionary<K, V, TComparer>::SetItems(const K& Key, V Value) {
 }
 
 template <class K, class V, class TComparer>
+void TQXDictionary<K, V, TComparer>::SetItems(const K& Key, V Value, TDictionaryHint& Hint) {
+  const bool IsPresent = Find(Key, Hint) != nullptr;
+  DoSetValue(IsPresent ? Hint.Index : ExistingBucket(Key), std::move(Value));
+}
+
+template <class K, class V, class TComparer>
 bool TQXDictionary<K, V, TComparer>::TryGetValue(const K& Key, V& Value) const {
   const int Index = GetBucketIndex(Key, Hash(Key));
   Value = Index >= 0 ? Bucket(Index).Pair.Value : V();

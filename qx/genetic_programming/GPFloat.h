@@ -4,6 +4,7 @@
 #include <qx/platform/Event.h>
 
 #include <string>
+#include <typeinfo>
 
 namespace qx {
 
@@ -27,6 +28,7 @@ protected:
   /// A constant's value; text that is no number leaves the value as it is.
   void LoadValueFromXML(const TXMLInstructionType& Element) override;
   void SaveValueToXML(const TXMLInstructionType& Element) override;
+  const std::type_info& PlainClass() const override { return typeid(TQXGPFloatInstruction); }
 };
 
 /// The instruction set of floating-point programs.

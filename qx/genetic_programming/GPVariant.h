@@ -4,6 +4,7 @@
 #include <qx/platform/Event.h>
 
 #include <string>
+#include <typeinfo>
 
 namespace qx {
 
@@ -26,6 +27,7 @@ protected:
   /// A constant's value: written as its text, and read back as that text.
   void LoadValueFromXML(const TXMLInstructionType& Element) override;
   void SaveValueToXML(const TXMLInstructionType& Element) override;
+  const std::type_info& PlainClass() const override { return typeid(TQXGPVariantInstruction); }
 };
 
 /// The instruction set of variant programs.

@@ -17,9 +17,10 @@ using generics::TQXGPContext;
 using generics::TQXGPInstruction;
 using generics::TQXGPInstructions;
 using generics::TQXGPNode;
+using generics::TQXGPOperation;
 
 template <class T>
-using TOperation = void (*)(TQXGPNode<T>& Node, TQXGPContext<T>* Context, T& Result);
+using TOperation = T (*)(TQXGPNode<T>& Node, TQXGPContext<T>* Context);
 
 // One of the ready instructions; `OnVariant` is null where variants do not have it.
 struct TStandard {
@@ -42,13 +43,13 @@ TOperation<T> OperationOf(const TStandard& Standard) {
 
 // An operation that calculates with the values of its arguments; `TFunction` is a type of function objects.
 template <class T, class TFunction>
-void Unary(TQXGPNode<T>& Node, TQXGPContext<T>* Context, T& Result) {
-  Result = TFunction()(Node.ExecuteChild(0, Context));
+T Unary(TQXGPNode<T>& Node, TQXGPContext<T>* Context) {
+  return TFunction()(Node.ExecuteChild(0, Context));
 }
 template <class T, class TFunction>
-void Binary(TQXGPNode<T>& Node, TQXGPContext<T>* Context, T& Result) {
+T Binary(TQXGPNode<T>& Node, TQXGPContext<T>* Context) {
   const T Left = Node.ExecuteChild(0, Context);
-  Result = TFunction()(Left, Node.ExecuteChild(1, Context));
+  return TFunction()(Left, Node.ExecuteChild(1, Context));
 }
 template <class TFunction>
 constexpr TOperation<TGAFloat> UnaryFloat = &Unary<TGAFloat, TFunction>;
@@ -70,33 +71,33 @@ bool IsTrueAt(int Index, TQXGPNode<T>& Node, TQXGPContext<T>* Context) {
 // --- Truths: of floats 1 and 0, of variants a Boolean ------------------------------------------------------
 
 template <class T>
-void And(TQXGPNode<T>& Node, TQXGPContext<T>* Context, T& Result) {
-  Result = IsTrueAt(0, Node, Context) && IsTrueAt(1, Node, Context);
+T And(TQXGPNode<T>& Node, TQXGPContext<T>* Context) {
+  return IsTrueAt(0, Node, Context) && IsTrueAt(1, Node, Context);
 }
 template <class T>
-void Or(TQXGPNode<T>& Node, TQXGPContext<T>* Context, T& Result) {
-  Result = IsTrueAt(0, Node, Context) || IsTrueAt(1, Node, Context);
+T Or(TQXGPNode<T>& Node, TQXGPContext<T>* Context) {
+  return IsTrueAt(0, Node, Context) || IsTrueAt(1, Node, Context);
 }
 template <class T>
-void Not(TQXGPNode<T>& Node, TQXGPContext<T>* Context, T& Result) {
-  Result = !IsTrueAt(0, Node, Context);
+T Not(TQXGPNode<T>& Node, TQXGPContext<T>* Context) {
+  return !IsTrueAt(0, Node, Context);
 }
 template <class T>
-void Nand(TQXGPNode<T>& Node, TQXGPContext<T>* Context, T& Result) {
-  Result = !(IsTrueAt(0, Node, Context) && IsTrueAt(1, Node, Context));
+T Nand(TQXGPNode<T>& Node, TQXGPContext<T>* Context) {
+  return !(IsTrueAt(0, Node, Context) && IsTrueAt(1, Node, Context));
 }
 template <class T>
-void Nor(TQXGPNode<T>& Node, TQXGPContext<T>* Context, T& Result) {
-  Result = !(IsTrueAt(0, Node, Context) || IsTrueAt(1, Node, Context));
+T Nor(TQXGPNode<T>& Node, TQXGPContext<T>* Context) {
+  return !(IsTrueAt(0, Node, Context) || IsTrueAt(1, Node, Context));
 }
 template <class T>
-void Xor(TQXGPNode<T>& Node, TQXGPContext<T>* Context, T& Result) {
+T Xor(TQXGPNode<T>& Node, TQXGPContext<T>* Context) {
   const bool Left = IsTrueAt(0, Node, Context);
-  Result = Left != IsTrueAt(1, Node, Context);
+  return Left != IsTrueAt(1, Node, Context);
 }
 template <class T>
-void If(TQXGPNode<T>& Node, TQXGPContext<T>* Context, T& Result) {
-  Result = Node.ExecuteChild(IsTrueAt(0, Node, Context) ? 1 : 2, Context);
+T If(TQXGPNode<T>& Node, TQXGPContext<T>* Context) {
+  return Node.ExecuteChild(IsTrueAt(0, Node, Context) ? 1 : 2, Context);
 }
 
 // --- Numbers -----------------------------------------------------------------------------------------------
@@ -207,22 +208,6 @@ constexpr TStandard Standards[] = {
     {"Xor", "either x or y", sgBoolean, 2, Xor<TGAFloat>, Xor<Variant>},
 };
 
-// What a standard instruction has for `OnExecute`.
-template <class T>
-class THandler {
-public:
-  explicit THandler(const TStandard& Standard) : FOperation(OperationOf<T>(Standard)), FStandard(&Standard) {}
-  void operator()(TQXGPInstruction<T>& /*Sender*/, TQXGPNode<T>& Node, TQXGPContext<T>* Context,
-                  T& Result) const {
-    FOperation(Node, Context, Result);
-  }
-  const TStandard& Standard() const { return *FStandard; }
-
-private:
-  TOperation<T> FOperation;
-  const TStandard* FStandard;
-};
-
 bool IsIn(const TStandard& Standard, TStandardGroup Group) {
   return Standard.Group == Group || (Group == sgBoolean && Standard.Name == "If");
 }
@@ -236,7 +221,7 @@ TQXGPInstruction<T>& Add(TQXGPInstructions<T>& Set, const TStandard& Standard) {
   Added.SetName(Standard.Name);
   Added.SetComment(Standard.Comment);
   Added.SetArity(Standard.Arity);
-  Added.OnExecute = THandler<T>(Standard);
+  Added.OnExecute = TQXGPOperation<T>{OperationOf<T>(Standard)};
   return Added;
 }
 
@@ -273,12 +258,17 @@ std::vector<std::string_view> StandardInstructionNames(TStandardGroup Group) {
 }
 
 std::string_view StandardInstructionName(const TQXGPInstruction<TGAFloat>& Instruction) {
-  const auto* const Handler = Instruction.OnExecute.Target<THandler<TGAFloat>>();
+  const auto* const Operation = Instruction.OnExecute.Target<TQXGPOperation<TGAFloat>>();
   const bool IsPlain = typeid(Instruction) == typeid(TQXGPInstruction<TGAFloat>) ||
                        typeid(Instruction) == typeid(TQXGPFloatInstruction);
-  const bool IsAsAdded = IsPlain && Handler != nullptr && Instruction.Operation() == gpFunction &&
-                         Instruction.Arity() == Handler->Standard().Arity;
-  return IsAsAdded ? Handler->Standard().Name : std::string_view();
+  if (Operation != nullptr && IsPlain && Instruction.Operation() == gpFunction) {
+    for (const TStandard& Standard : Standards) {
+      if (Standard.OnFloat == Operation->Function && Standard.Arity == Instruction.Arity()) {
+        return Standard.Name;
+      }
+    }
+  }
+  return {};
 }
 
 TQXGPInstruction<TGAFloat>& AddStandardInstruction(TQXGPInstructions<TGAFloat>& Set, std::string_view Name) {

@@ -258,7 +258,10 @@ private:
   template <class TCallable>
   void Store(TCallable&& Callable) {
     using TStored = std::decay_t<TCallable>;
-    if constexpr (std::is_invocable_v<TStored&, TTyped...>) {
+    constexpr bool IsForSlot = requires { // it says that it is made for the slot, and is stored as it is
+      requires std::same_as<typename TStored::TSignature, typename TBaseEvent::TSignature>;
+    };
+    if constexpr (!IsForSlot && std::is_invocable_v<TStored&, TTyped...>) {
       FSlot = [Handler = TStored(std::forward<TCallable>(Callable))](TBase... Arguments) mutable {
         Handler(TNarrowed<TTyped, TBase>(static_cast<TBase>(Arguments)).Get()...);
       };

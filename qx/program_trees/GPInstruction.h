@@ -5,8 +5,10 @@
 #include <qx/program_trees/GPContext.h>
 #include <qx/program_trees/GeneticProgramEngine.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
+#include <typeinfo>
 
 namespace qx {
 
@@ -20,6 +22,44 @@ class TXMLGPInstructions;
 
 namespace qx::generics {
 
+/// A handler of `OnExecute` that is a plain function and needs nothing but the node and the context. It does
+/// what any handler does, and a function whose handler is one is evaluated the faster for it.
+template <class T>
+struct TQXGPOperation {
+  using TSignature = void(TQXGPInstruction<T>& Sender, TQXGPNode<T>& Node, TQXGPContext<T>* Context,
+                          T& Result);
+  T (*Function)(TQXGPNode<T>& Node, TQXGPContext<T>* Context);
+
+  void operator()(TQXGPInstruction<T>& /*Sender*/, TQXGPNode<T>& Node, TQXGPContext<T>* Context,
+                  T& Result) const {
+    Result = Function(Node, Context);
+  }
+};
+
+/// How a node is evaluated: by `Execute` of its instruction or, where that would call nothing of the host's,
+/// without virtual calls.
+enum TGPEvaluation : std::uint8_t { evNotKnown, evInFull, evVariable, evConstant, evOperation };
+
+/// The slot of `OnExecute`, which forgets the way of evaluation with its handler.
+template <class T>
+class TQXGPExecuteEvent final : public TQXEvent<typename TQXGPOperation<T>::TSignature> {
+  using TBase = TQXEvent<typename TQXGPOperation<T>::TSignature>;
+
+public:
+  explicit TQXGPExecuteEvent(TGPEvaluation& Evaluation) : FEvaluation(Evaluation) {}
+  using TBase::operator=;
+  TQXGPExecuteEvent& operator=(const TQXGPExecuteEvent& Source) {
+    TBase::operator=(Source);
+    return *this;
+  }
+
+protected:
+  void HandlerChanged(bool /*WasAssigned*/) override { FEvaluation = evNotKnown; }
+
+private:
+  TGPEvaluation& FEvaluation;
+};
+
 /// What a node of a program does: a function of its children, a variable of the context, or a constant.
 ///
 /// The kind is tied to the arity: a positive arity makes a function, and what is made no function gets arity
@@ -29,7 +69,7 @@ template <class T>
 class TQXGPInstruction : public TCollectionItem {
 public:
   /// Called after the built-in evaluation; sets the result.
-  TQXEvent<void(TQXGPInstruction& Sender, TQXGPNode<T>& Node, TQXGPContext<T>* Context, T& Result)> OnExecute;
+  TQXGPExecuteEvent<T> OnExecute{FEvaluation};
   /// Called by `Initialize`.
   TQXEvent<void(TQXGPInstruction& Sender)> OnInitialize;
   /// Called for each node of this instruction that a component makes anew, in an initial program or by
@@ -95,6 +135,9 @@ protected:
   /// The built-in evaluation: the value of a variable, or the default one when the context has none; the
   /// node's value for a constant; the default value for a function.
   virtual T DoExecute(TQXGPNode<T>& Node, TQXGPContext<T>* Context);
+  /// The class whose `Execute` and `DoExecute` are the ones above: a node whose instruction is of that very
+  /// class is evaluated without a call of them. A class that leaves both as they are may name itself.
+  virtual const std::type_info& PlainClass() const { return typeid(TQXGPInstruction); }
   /// Tells the set of a changed kind.
   virtual void OperationChanged();
   /// Read and write the value. Nothing here; kinds whose values have a text override them.
@@ -112,9 +155,19 @@ protected:
 
 private:
   friend class TQXGPInstructions<T>;
+  friend class TQXGPNode<T>;
   template <class>
   friend struct TInstructionContent;
 
+  void StoreArity(int Value) {
+    FArity = Value;
+    FEvaluation = evNotKnown;
+  }
+  void StoreOperation(TGPGeneticInstruction Value) {
+    FOperation = Value;
+    FEvaluation = evNotKnown;
+  }
+  void LearnEvaluation();
   // Stores a name, taken or not.
   void StoreName(std::string_view Value);
   void LeaveSet();
@@ -126,9 +179,11 @@ private:
   std::string FName;
   std::string FComment;
   TGPGeneticInstruction FOperation = gpVariable;
+  TGPEvaluation FEvaluation = evNotKnown;
   T FValue{};
   TQXGPInstructions<T>* FSet = nullptr;
-  TDictionaryHint FHint; // where the context had the value
+  TDictionaryHint FHint;                                                  // where the context had the value
+  T (*FFunction)(TQXGPNode<T>& Node, TQXGPContext<T>* Context) = nullptr; // that of an `evOperation`
 };
 
 /// What `TNamedItemsReload` needs of instructions.

@@ -38,10 +38,10 @@ void TQXGPInstruction<T>::SetArity(int Value) {
     return;
   }
   if (Value < 0) {
-    FArity = 0;
+    StoreArity(0);
   } else {
     const auto* const Limits = Engine();
-    FArity = Limits != nullptr && Value > Limits->MaxNodeArity() ? Limits->MaxNodeArity() : Value;
+    StoreArity(Limits != nullptr && Value > Limits->MaxNodeArity() ? Limits->MaxNodeArity() : Value);
   }
   if (FArity > 0) {
     SetOperation(gpFunction);
@@ -54,7 +54,7 @@ void TQXGPInstruction<T>::SetOperation(TGPGeneticInstruction Value) {
   if (CheckedEnum(Value, "Operation") == FOperation) {
     return;
   }
-  FOperation = Value;
+  StoreOperation(Value);
   if (Value != gpFunction) {
     SetArity(0);
   }
@@ -98,6 +98,23 @@ T TQXGPInstruction<T>::DoExecute(TQXGPNode<T>& Node, TQXGPContext<T>* Context) {
 }
 
 template <class T>
+void TQXGPInstruction<T>::LearnEvaluation() {
+  FEvaluation = evInFull;
+  if (typeid(*this) != PlainClass()) {
+    return;
+  }
+  if (FOperation == gpFunction) {
+    const auto* const Operation = OnExecute.template Target<TQXGPOperation<T>>();
+    if (Operation != nullptr && FArity > 0) {
+      FFunction = Operation->Function;
+      FEvaluation = evOperation;
+    }
+  } else if (OnExecute == nullptr) {
+    FEvaluation = FOperation == gpVariable ? evVariable : evConstant;
+  }
+}
+
+template <class T>
 void TQXGPInstruction<T>::Assign(const TPersistent& Source) {
   const auto* const Instruction = SourceAs<TQXGPInstruction>(Source);
   if (Instruction == nullptr) {
@@ -106,7 +123,7 @@ void TQXGPInstruction<T>::Assign(const TPersistent& Source) {
   }
   StoreName(Instruction->FName);
   FComment = Instruction->FComment;
-  FArity = Instruction->FArity;
+  StoreArity(Instruction->FArity);
   FValue = Instruction->FValue;
   if (Instruction->FOperation != FOperation) {
     SetOperation(Instruction->FOperation);
@@ -141,9 +158,9 @@ void TQXGPInstruction<T>::LoadFromXML(const TXMLInstructionType& Element) {
   const TGPGeneticInstruction Former = FOperation;
   if (Element.IsFunction()) {
     SetArity(Arity);
-    FOperation = gpFunction;
+    StoreOperation(gpFunction);
   } else {
-    FOperation = Element.IsVariable() ? gpVariable : gpConstant;
+    StoreOperation(Element.IsVariable() ? gpVariable : gpConstant);
   }
   LoadValueFromXML(Element);
   if (Renamed || FOperation != Former) {
@@ -261,7 +278,7 @@ void TQXGPInstruction<T>::DefineProperties(TFiler& Filer) {
   Filer.Property("Arity", FArity, FArity != 0, [this](int Read) { SetArity(Read); });
   Filer.Property("Operation", FOperation, FOperation != gpVariable, [&](TGPGeneticInstruction Read) {
     if (Filer.Exact()) {
-      FOperation = Read;
+      StoreOperation(Read);
       OperationChanged();
     } else {
       SetOperation(Read);
@@ -278,8 +295,8 @@ template <class T>
 void TQXGPInstruction<T>::Store(const TQXGPInstruction& Source) {
   StoreName(Source.FName);
   FComment = Source.FComment;
-  FArity = Source.FArity;
-  FOperation = Source.FOperation;
+  StoreArity(Source.FArity);
+  StoreOperation(Source.FOperation);
   FValue = Source.FValue;
 }
 

@@ -4,6 +4,7 @@
 #include <qx/platform/FreeList.h>
 #include <qx/platform/Persistent.h>
 #include <qx/platform/SmallList.h>
+#include <qx/platform/StackGuard.h>
 #include <qx/platform/Variant.h>
 #include <qx/program_trees/GPContext.h>
 #include <qx/program_trees/GPInstruction.h>
@@ -221,6 +222,12 @@ private:
   class TFormerChildren;
   class TStateReader;
 
+  T ExecuteInFull(TQXGPContext<T>* Context);
+  bool HasArguments(int Count) const {
+    TQXGPNode* const* const Children = SlotArray();
+    return std::cmp_greater_equal(FSlotCount, Count) && Children[0] != nullptr &&
+           Children[Count - 1] != nullptr; // more than two are an n-ary node's, which has no free slots
+  }
   static TPointer Loan(TQXGPNode& Node);
   static TPointer CopyTree(const TQXGPNode& Source);
   TQXGPNode& StoreCopy(std::size_t Slot, TPointer Copy);
@@ -280,6 +287,42 @@ void TQXGPNode<T>::ForEach(TVisit Visit) {
       }
     }
   }
+}
+
+// Where neither an override nor a handler of the host's takes part, the value is found without virtual calls.
+template <class T>
+inline T TQXGPNode<T>::Execute(TQXGPContext<T>* Context) {
+  if (FInstruction != nullptr) [[likely]] {
+    switch (FInstruction->FEvaluation) {
+    case evVariable:
+      if (Context != nullptr) [[likely]] {
+        const T* const Found = Context->Values().Find(FInstruction->FName, FInstruction->FHint);
+        return Found != nullptr ? *Found : T();
+      }
+      break;
+    case evConstant:
+      return FValue;
+    case evOperation:
+      if (HasArguments(FInstruction->FArity)) [[likely]] {
+        RequireStack();
+        return FInstruction->FFunction(*this, Context);
+      }
+      break;
+    case evNotKnown:
+    case evInFull:
+      break;
+    }
+  }
+  return ExecuteInFull(Context);
+}
+
+template <class T>
+inline T TQXGPNode<T>::ExecuteChild(int Index, TQXGPContext<T>* Context) {
+  TQXGPNode* const Child = static_cast<std::uint32_t>(Index) < FSlotCount ? SlotArray()[Index] : nullptr;
+  if (Child == nullptr) [[unlikely]] {
+    RaiseIndexError(Index);
+  }
+  return Child->Execute(Context);
 }
 
 /// Whether a node class leaves `SetValue` as it is.

@@ -433,21 +433,15 @@ void TQXGPNode<T>::Watch() {
 // --- Evaluation and text -----------------------------------------------------------------------------------
 
 template <class T>
-T TQXGPNode<T>::Execute(TQXGPContext<T>* Context) {
+T TQXGPNode<T>::ExecuteInFull(TQXGPContext<T>* Context) {
   if (FInstruction == nullptr) {
     throw EGPException(std::string(SNoInstructionAssigned));
   }
   RequireStack();
-  return FInstruction->Execute(*this, Context);
-}
-
-template <class T>
-T TQXGPNode<T>::ExecuteChild(int Index, TQXGPContext<T>* Context) {
-  TQXGPNode* const Child = static_cast<std::uint32_t>(Index) < FSlotCount ? SlotArray()[Index] : nullptr;
-  if (Child == nullptr) [[unlikely]] {
-    RaiseIndexError(Index);
+  if (FInstruction->FEvaluation == evNotKnown) {
+    FInstruction->LearnEvaluation();
   }
-  return Child->Execute(Context);
+  return FInstruction->Execute(*this, Context);
 }
 
 template <class T>

@@ -364,6 +364,23 @@ TEST(Dictionary, AHintFindsAKeyWhileKeysComeAndGo) {
   EXPECT_EQ(Numbers.Find("x", Hint), nullptr);
 }
 
+TEST(Dictionary, AHintReplacesValuesAsTheKeyDoes) {
+  TQXDictionary<std::string, int> Numbers;
+  TDictionaryHint Hint;
+  EXPECT_THROW(Numbers.SetItems("x", 1, Hint), std::invalid_argument);
+  Numbers.Add("x", 1);
+  Numbers.SetItems("x", 2, Hint);
+  EXPECT_EQ(Numbers["x"], 2);
+  for (int I = 0; I < 100; ++I) {
+    Numbers.Add("k" + std::to_string(I), I);
+    Numbers.SetItems("x", -I, Hint);
+    ASSERT_EQ(Numbers["x"], -I);
+    ASSERT_EQ(Numbers["k" + std::to_string(I)], I);
+  }
+  Numbers.Remove("x");
+  EXPECT_THROW(Numbers.SetItems("x", 1, Hint), std::invalid_argument);
+}
+
 TEST(Dictionary, AHintTellsDictionariesApart) {
   TDictionaryHint Hint;
   for (int I = 0; I < 10; ++I) { // each likely at the place of the former one

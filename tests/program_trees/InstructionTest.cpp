@@ -1,3 +1,4 @@
+#include <qx/genetic_programming/GPFloat.h>
 #include <qx/program_trees/QXGPDomainXML.h>
 #include <qx/program_trees/QXGenerics.GeneticProgramEngine.h>
 
@@ -228,6 +229,107 @@ TEST(InstructionTest, AVariableFollowsTheContextThroughEveryChange) {
   EXPECT_EQ(Node->Execute(&First), 0);
   Engine.Instructions().GetItemByName("v7").SetName("x");
   EXPECT_EQ(Node->Execute(&First), 2);
+}
+
+double SumOfArguments(TQXGPNode<TGAFloat>& Node, TQXGPContext<TGAFloat>* Context) {
+  return Node.ExecuteChild(0, Context) + Node.ExecuteChild(1, Context);
+}
+double ProductOfArguments(TQXGPNode<TGAFloat>& Node, TQXGPContext<TGAFloat>* Context) {
+  return Node.ExecuteChild(0, Context) * Node.ExecuteChild(1, Context);
+}
+
+TEST(InstructionTest, EachEvaluationTakesTheHandlerOfThatMoment) {
+  TArithmeticEngine Engine;
+  TQXGPContext<TGAFloat> Context;
+  Context.Values().Add("x", 3);
+  const auto Node = Engine.Tree("(Add x c)");
+  TInstruction& Add = Engine.Instructions().GetItemByName("Add");
+  const auto Twice = [&] { return Node->Execute(&Context) + Node->Execute(&Context); };
+  Add.OnExecute = TQXGPOperation<TGAFloat>{&SumOfArguments};
+  EXPECT_EQ(Twice(), 9);
+  Add.OnExecute = TQXGPOperation<TGAFloat>{&ProductOfArguments};
+  EXPECT_EQ(Twice(), 9);
+  Add.OnExecute = [](auto&, auto&, auto*, double& Result) { Result = 7; };
+  EXPECT_EQ(Twice(), 14);
+  Add.OnExecute = nullptr;
+  EXPECT_EQ(Twice(), 0);
+  Engine.Instructions().GetItemByName("x").OnExecute = [](auto&, auto&, auto*, double& Result) { ++Result; };
+  Engine.Instructions().GetItemByName("c").OnExecute =
+      TQXGPOperation<TGAFloat>{[](auto&, auto*) { return 2.0; }};
+  Add.OnExecute = TQXGPOperation<TGAFloat>{&SumOfArguments};
+  EXPECT_EQ(Twice(), 12);
+}
+
+TEST(InstructionTest, EachEvaluationTakesTheKindAndTheArityOfThatMoment) {
+  TArithmeticEngine Engine;
+  TQXGPContext<TGAFloat> Context;
+  Context.Values().Add("x", 3);
+  const auto Node = Engine.Tree("(Add x c)");
+  TInstruction& Add = Engine.Instructions().GetItemByName("Add");
+  Add.OnExecute = TQXGPOperation<TGAFloat>{&SumOfArguments};
+  EXPECT_EQ(Node->Execute(&Context), 4.5);
+  EXPECT_EQ(Node->Execute(&Context), 4.5);
+  Add.SetArity(3);
+  EXPECT_EQ(MessageOf([&] { Node->Execute(&Context); }),
+            "Invalid number of arguments (2) for \"Add\" instruction");
+  Add.SetArity(2);
+  EXPECT_EQ(Node->Execute(&Context), 4.5);
+  Engine.Instructions().GetItemByName("x").SetOperation(gpConstant);
+  EXPECT_EQ(Node->Execute(&Context), 1.5);
+  Add.OnExecute = nullptr;
+  Add.SetOperation(gpConstant);
+  Node->SetValue(8);
+  EXPECT_EQ(Node->Execute(&Context), 8);
+}
+
+TEST(InstructionTest, AFunctionOfTheHostsIsNotCalledWithoutItsArguments) {
+  TArithmeticEngine Engine;
+  TInstruction& Add = Engine.Instructions().GetItemByName("Add");
+  Add.OnExecute = TQXGPOperation<TGAFloat>{&SumOfArguments};
+  EXPECT_EQ(Engine.Tree("(Add c c)")->Execute(nullptr), 3);
+  const auto Short = Engine.Tree("(Add c)");
+  for (int I = 0; I < 2; ++I) {
+    EXPECT_EQ(MessageOf([&] { Short->Execute(nullptr); }),
+              "Invalid number of arguments (1) for \"Add\" instruction");
+  }
+  const auto Binary = MakeNode<TQXGPBinaryNode<TGAFloat>>(&Add); // two places, the first of them free
+  Binary->SetRight(MakeNode<TQXGPBinaryNode<TGAFloat>>(Engine.Instructions().FindItemName("c")).get());
+  EXPECT_EQ(MessageOf([&] { Binary->Execute(nullptr); }),
+            "Invalid number of arguments (1) for \"Add\" instruction");
+}
+
+TEST(InstructionTest, APlainFunctionIsStoredAsItIsThroughATypedEvent) {
+  TQXGPFloatInstructions Set(nullptr);
+  TQXGPFloatInstruction& Sum = Set.Add();
+  Sum.OnExecute = TQXGPOperation<TGAFloat>{&SumOfArguments};
+  const auto* const Stored = Sum.OnExecute.Slot().Target<TQXGPOperation<TGAFloat>>();
+  ASSERT_NE(Stored, nullptr);
+  EXPECT_EQ(Stored->Function, &SumOfArguments);
+}
+
+TEST(InstructionTest, AnOverrideOfTheEvaluationIsCalledEachTime) {
+  class TCounting : public TInstruction {
+  public:
+    int Executed = 0;
+    int Done = 0;
+    double Execute(TQXGPNode<TGAFloat>& Node, TQXGPContext<TGAFloat>* Context) override {
+      ++Executed;
+      return TInstruction::Execute(Node, Context);
+    }
+
+  protected:
+    double DoExecute(TQXGPNode<TGAFloat>& Node, TQXGPContext<TGAFloat>* Context) override {
+      ++Done;
+      return TInstruction::DoExecute(Node, Context);
+    }
+  };
+  TCounting Instruction;
+  Instruction.SetOperation(gpConstant);
+  const auto Node = MakeNode<TQXGPTreeNode<TGAFloat>>(&Instruction);
+  Node->SetValue(2);
+  EXPECT_EQ(Node->Execute(nullptr) + Node->Execute(nullptr) + Node->Execute(nullptr), 6);
+  EXPECT_EQ(Instruction.Executed, 3);
+  EXPECT_EQ(Instruction.Done, 3);
 }
 
 TEST(InstructionTest, AConstantIsTheNodesValue) {
