@@ -1,4 +1,5 @@
 #include <qx/genetic_programming/GPFloat.h>
+#include <qx/genetic_programming/StandardInstructions.h>
 #include <qx/program_trees/QXGPDomainXML.h>
 #include <qx/program_trees/QXGenerics.GeneticProgramEngine.h>
 
@@ -292,8 +293,10 @@ TEST(InstructionTest, AFunctionOfTheHostsIsNotCalledWithoutItsArguments) {
     EXPECT_EQ(MessageOf([&] { Short->Execute(nullptr); }),
               "Invalid number of arguments (1) for \"Add\" instruction");
   }
-  const auto Binary = MakeNode<TQXGPBinaryNode<TGAFloat>>(&Add); // two places, the first of them free
-  Binary->SetRight(MakeNode<TQXGPBinaryNode<TGAFloat>>(Engine.Instructions().FindItemName("c")).get());
+  TQXGPFloatInstructions Set(nullptr);
+  TInstruction& Sum = AddStandardInstruction(Set, "Add");
+  const auto Binary = MakeNode<TQXGPBinaryNode<TGAFloat>>(&Sum); // two places, the first of them free
+  Binary->AttachChild(1, MakeNode<TQXGPBinaryNode<TGAFloat>>(&Sum));
   EXPECT_EQ(MessageOf([&] { Binary->Execute(nullptr); }),
             "Invalid number of arguments (1) for \"Add\" instruction");
 }
