@@ -1,4 +1,5 @@
 #include <qx/platform/Random.h>
+#include <qx/symbolic_regression/BlockKernels.h>
 #include <qx/symbolic_regression/Formula.h>
 #include <qx/symbolic_regression/SymbolicRegression.h>
 
@@ -141,6 +142,41 @@ TEST(SymbolicRegression, IsTheSameOnAnyNumberOfThreads) {
       Expected = Reached;
     }
     EXPECT_TRUE(Reached == Expected) << Threads;
+  }
+}
+
+// What a run comes to with each of the sets of kernels that this processor has.
+template <class TPrepare>
+std::vector<std::string> OutcomesByKernels(TPrepare PrepareRun) {
+  std::vector<std::string> Outcomes;
+  for (std::size_t I = 0; I < AllBlockKernels<double>().size(); ++I) {
+    detail::LastKernels = I;
+    TQXSymbolicRegression Regression;
+    PrepareRun(Regression);
+    Regression.Evolve(12);
+    Outcomes.push_back(Outcome(Regression));
+  }
+  detail::LastKernels = std::numeric_limits<std::size_t>::max();
+  return Outcomes;
+}
+
+TEST(SymbolicRegression, IsTheSameOnEveryInstructionSet) {
+  for (const bool Single : {false, true}) {
+    for (const TErrorMeasure Measure : {emNMSE, emMAE, emCorrelation}) {
+      const auto Outcomes = OutcomesByKernels([&](TQXSymbolicRegression& Regression) {
+        Regression.SetSinglePrecision(Single);
+        Regression.SetErrorMeasure(Measure);
+        for (const TStandardGroup Group :
+             {sgArithmetic, sgPowers, sgExponential, sgTrigonometric, sgExtremes}) {
+          AddStandardInstructions(Regression.Instructions(), Group);
+        }
+        Prepare(Regression, 300);
+      });
+      for (const std::string& Other : Outcomes) {
+        EXPECT_TRUE(Other == Outcomes.front()) << Measure << Single;
+      }
+      EXPECT_GT(Outcomes.front().size(), 60U);
+    }
   }
 }
 
