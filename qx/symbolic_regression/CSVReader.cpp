@@ -56,7 +56,9 @@ public:
     }
     TQXDataSet Result;
     for (std::size_t I = 0; I < FNames.size(); ++I) {
-      Result.AddColumn(FNames[I], FColumns[I]);
+      if (!FIsIgnored[I]) {
+        Result.AddColumn(FNames[I], FColumns[I]);
+      }
     }
     return Result;
   }
@@ -155,6 +157,14 @@ private:
       }
       FNames.push_back(Name);
     }
+    FIsIgnored.resize(FNames.size());
+    for (const std::string& Name : FFormat.Ignored) {
+      const auto Found = std::ranges::find(FNames, Name);
+      if (Found == FNames.end()) {
+        throw std::out_of_range("There is no column \"" + Name + "\" to leave out");
+      }
+      FIsIgnored[static_cast<std::size_t>(Found - FNames.begin())] = true;
+    }
   }
 
   void ReadValues(const TRow& Row) {
@@ -166,11 +176,11 @@ private:
     FValues.clear();
     bool Skipped = false;
     for (std::size_t I = 0; I < Row.Cells.size(); ++I) {
-      FValues.push_back(ValueOf(Row, I));
+      FValues.push_back(FIsIgnored[I] ? 0 : ValueOf(Row, I));
       Skipped |= FFormat.MissingValues == mvSkipRow && FValues.back() != FValues.back();
     }
-    if (!Skipped) {
-      for (std::size_t I = 0; I < FValues.size(); ++I) {
+    for (std::size_t I = 0; I < FValues.size() && !Skipped; ++I) {
+      if (!FIsIgnored[I]) {
         FColumns[I].push_back(FValues[I]);
       }
     }
@@ -200,6 +210,7 @@ private:
   int FLine = 1;
   bool FWasQuoted = false; // the last cell
   std::vector<std::string> FNames;
+  std::vector<bool> FIsIgnored;
   std::vector<std::vector<double>> FColumns;
   std::vector<double> FValues;
 };

@@ -45,6 +45,8 @@ struct TCSVFormat {
   /// Whether the first line names the columns; else they are called x1, x2 and so on.
   bool Header = true;
   TMissingValues MissingValues = mvRefuse;
+  /// Names of columns that are left out, whatever their cells hold.
+  std::vector<std::string> Ignored;
 };
 
 struct TDataSplit;
@@ -60,7 +62,7 @@ public:
   /// quote (which is doubled), blanks around them aside. Lines end in LF or CRLF; empty ones, and a UTF-8
   /// mark at the beginning, are skipped. Raises EDataError for a cell that is no number, a row of another
   /// length than the first line, a name that is empty or there twice, a quote that is not closed, and a text
-  /// without columns.
+  /// without columns; std::out_of_range for a column to be left out that there is not.
   static TQXDataSet FromCSV(std::istream& Stream, const TCSVFormat& Format = {});
   /// Raises std::system_error, which names the file, when it cannot be read. The message of an EDataError
   /// names it too.

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <qx/foundation/QXGAConsts.h>
 #include <qx/symbolic_regression/AlignedVector.h>
 #include <qx/symbolic_regression/BlockKernels.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 namespace qx {
 
@@ -27,6 +29,9 @@ enum TErrorMeasure : std::uint8_t {
   /// offset are wrong.
   emCorrelation
 };
+
+template <>
+std::span<const std::string_view> EnumNames<TErrorMeasure>();
 
 /// Target = `Offset` + `Scale` prediction.
 struct TLinearScaling {

@@ -1,6 +1,7 @@
 // Formulas out of programs, and their simplification.
 
 #include <qx/genetic_programming/StandardInstructions.h>
+#include <qx/platform/Numbers.h>
 #include <qx/symbolic_regression/Formula.h>
 
 #include <algorithm>
@@ -172,6 +173,15 @@ TQXFormula& TQXFormula::Simplify() {
     Places.push_back(Builder.Simplified(Term));
   }
   FTerms = Builder.Take(Places.back());
+  return *this;
+}
+
+TQXFormula& TQXFormula::RoundConstants(int Digits) {
+  for (TTerm& Term : FTerms) {
+    if (Term.Kind == Constant) {
+      Term.Value = RoundedToDigits(Term.Value, Digits);
+    }
+  }
   return *this;
 }
 

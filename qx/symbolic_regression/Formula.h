@@ -50,6 +50,10 @@ public:
   /// has it.
   TQXFormula& Simplify();
 
+  /// Rounds its constants to so many significant digits, 1 to 17, for people to read; its values change by
+  /// as much.
+  TQXFormula& RoundConstants(int Digits);
+
   /// Number of its operations, variables and constants.
   int Size() const;
   /// The names of the variables in it, in the order of the alphabet.

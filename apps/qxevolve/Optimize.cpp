@@ -1,0 +1,220 @@
+#include "Optimize.h"
+
+#include "Error.h"
+#include "Interrupt.h"
+#include "Output.h"
+#include "Progress.h"
+#include <qx/genetic_algorithm/QXGeneticAlgorithm.h>
+#include <qx/platform/Numbers.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <fmt/format.h>
+#include <limits>
+#include <memory>
+#include <numeric>
+#include <random>
+#include <span>
+#include <vector>
+
+namespace qxevolve {
+
+namespace {
+
+struct TLoad {
+  double Value = 0;
+  double Weight = 0;
+  std::vector<int> Items; // from 0, by rising place
+};
+
+// The items of a table, and what fits.
+class TKnapsack {
+public:
+  TKnapsack(const qx::TQXDataSet& Table, const TOptimizeOptions& Options)
+      : FValues(Column(Table, Options, "value")), FWeights(Column(Table, Options, "weight")),
+        FCapacity(CapacityOf(Table, Options)), FOrder(FValues.size()) {
+    std::iota(FOrder.begin(), FOrder.end(), 0);
+    std::ranges::stable_sort(FOrder, [&](int First, int Second) { return Density(First) > Density(Second); });
+  }
+
+  int Count() const { return static_cast<int>(FValues.size()); }
+  double Capacity() const { return FCapacity; }
+
+  // What a chromosome packs: the items that it wants, those of most value for their weight first, as long as
+  // they fit.
+  TLoad Pack(qx::TQXGAGenes& Genes, qx::TQXGABits& Bits) const {
+    TLoad Load;
+    for (const int Item : FOrder) {
+      if (Genes[Item].GeneAsBoolean(Bits) && Load.Weight + Weight(Item) <= FCapacity) {
+        Load.Value += Value(Item);
+        Load.Weight += Weight(Item);
+        Load.Items.push_back(Item);
+      }
+    }
+    std::ranges::sort(Load.Items);
+    return Load;
+  }
+
+  double Value(int Item) const { return FValues[static_cast<std::size_t>(Item)]; }
+  double Weight(int Item) const { return FWeights[static_cast<std::size_t>(Item)]; }
+
+private:
+  static std::vector<double> Column(const qx::TQXDataSet& Table, const TOptimizeOptions& Options,
+                                    const std::string& Name) {
+    if (Table.IndexOf(Name) < 0) {
+      throw EUsageError(fmt::format("{} has no column \"{}\"", Options.Data.FileName, Name));
+    }
+    const auto Values = Table.Column(Name);
+    for (std::size_t Row = 0; Row < Values.size(); ++Row) {
+      if (!std::isfinite(Values[Row]) || Values[Row] < 0) {
+        throw EUsageError(fmt::format("{}: the {} of item {} is {}, not a number from 0 on",
+                                      Options.Data.FileName, Name, Row + 1, Short(Values[Row])));
+      }
+    }
+    return {Values.begin(), Values.end()};
+  }
+
+  static double CapacityOf(const qx::TQXDataSet& Table, const TOptimizeOptions& Options) {
+    if (Options.Capacity) {
+      return *Options.Capacity;
+    }
+    if (Table.IndexOf("capacity") < 0 || Table.RowCount() == 0) {
+      throw EUsageError("How much fits? Give --capacity, or the table a column \"capacity\"");
+    }
+    return Column(Table, Options, "capacity")[0];
+  }
+
+  double Density(int Item) const {
+    return Weight(Item) > 0 ? Value(Item) / Weight(Item) : std::numeric_limits<double>::infinity();
+  }
+
+  std::vector<double> FValues;
+  std::vector<double> FWeights;
+  double FCapacity;
+  std::vector<int> FOrder;
+};
+
+class TOptimize {
+public:
+  TOptimize(const TOptimizeOptions& Options, const qx::TQXDataSet& Table)
+      : FOptions(Options), FKnapsack(Table, Options) {
+    for (int Item = 0; Item < FKnapsack.Count(); ++Item) {
+      qx::TQXGAGene& Gene = FAlgorithm.Genes().Add();
+      Gene.SetName("item" + std::to_string(Item + 1));
+      Gene.SetGeneType(qx::gtBoolean);
+      Gene.SetSize(1);
+    }
+    FAlgorithm.SetInitialPopulation(Options.Population);
+    FAlgorithm.SetInitialDuplicatesRetries(0);
+    FAlgorithm.SetFitnessMethod(qx::fmMaximize);
+    FAlgorithm.SetSelectionMethod(qx::smTournament);
+    FAlgorithm.SetMutationProbability(0.2);
+    FAlgorithm.OnEvaluateFitness = [&](auto&, auto& Item, double& Fitness) {
+      TLoad Load = FKnapsack.Pack(FAlgorithm.Genes(), Item.Bits());
+      Fitness = Load.Value;
+      if (Load.Value > FBest.Value || FBest.Items.empty()) {
+        FBest = std::move(Load);
+      }
+    };
+  }
+
+  int Execute() {
+    const std::uint64_t Seed = FOptions.Seed.value_or(std::random_device()());
+    qx::SeedRandom(Seed);
+    if (!FOptions.Quiet) {
+      Tell(fmt::format("{} items, capacity {}; seed {}; Ctrl-C ends the run with what it has\n",
+                       FKnapsack.Count(), Short(FKnapsack.Capacity()), Seed));
+    }
+    const bool Interrupted = Evolve();
+    WriteOutput(FOptions.Output, ResultText());
+    return Interrupted ? ExitInterrupted : ExitGood;
+  }
+
+private:
+  // Tells whether it was interrupted.
+  bool Evolve() {
+    const auto Progress = FOptions.Quiet ? std::make_unique<TProgress>() : NewProgress();
+    const auto Start = std::chrono::steady_clock::now();
+    const TInterruptScope Interrupts;
+    double Seconds = 0;
+    for (int I = 0;
+         I <= FOptions.Generations && Seconds < FOptions.Seconds && !TInterruptScope::IsInterrupted(); ++I) {
+      if (I == 0) {
+        FAlgorithm.Initialize();
+      } else {
+        FAlgorithm.Evolve();
+      }
+      Seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - Start).count();
+      const double Share = std::max(Seconds / FOptions.Seconds, double(I) / FOptions.Generations);
+      Progress->Update({I, fmt::format("value {}", Short(FBest.Value)), std::min(Share, 1.0), Seconds,
+                        FOptions.Seconds - Seconds});
+    }
+    Progress->Finish();
+    return TInterruptScope::IsInterrupted();
+  }
+
+  // A table of what is packed.
+  std::string ResultText() const {
+    std::string Text = "item,value,weight\n";
+    for (const int Item : FBest.Items) {
+      Text += fmt::format("{},{},{}\n", Item + 1, qx::NumberText(FKnapsack.Value(Item)),
+                          qx::NumberText(FKnapsack.Weight(Item)));
+    }
+    if (!FOptions.Quiet) {
+      Tell(fmt::format("Value {}, weight {} of {}, {} of {} items\n", Short(FBest.Value), Short(FBest.Weight),
+                       Short(FKnapsack.Capacity()), FBest.Items.size(), FKnapsack.Count()));
+    }
+    return Text;
+  }
+
+  const TOptimizeOptions& FOptions;
+  TKnapsack FKnapsack;
+  qx::TQXGeneticAlgorithm FAlgorithm;
+  TLoad FBest;
+};
+
+} // namespace
+
+void TOptimizeOptions::AddTo(CLI::App& App) {
+  App.add_option("items", Data.FileName,
+                 "Table with the columns value and weight, and perhaps capacity, whose "
+                 "first row counts")
+      ->required()
+      ->type_name("ITEMS.csv");
+  App.add_option("-c,--capacity", Capacity, "Weight that fits [the table's]")
+      ->check(CLI::NonNegativeNumber)
+      ->type_name("NUMBER");
+  App.add_option("-p,--population", Population, "Individuals")
+      ->check(CLI::Range(2, 10'000'000))
+      ->type_name("N")
+      ->capture_default_str();
+  App.add_option("-g,--generations", Generations, "Ends the run after so many generations")
+      ->check(CLI::PositiveNumber)
+      ->type_name("N")
+      ->capture_default_str();
+  App.add_option("-s,--seconds", Seconds, "Ends the run after so long")
+      ->check(CLI::PositiveNumber)
+      ->type_name("NUMBER")
+      ->capture_default_str();
+  App.add_option("--seed", Seed, "Makes the run repeatable [a new one each time, which is told]")
+      ->type_name("N");
+  App.add_option("-o,--output", Output, "File for the items that are packed [standard output]")
+      ->type_name("FILE");
+  App.add_flag("-q,--quiet", Quiet, "Prints the items alone");
+  Data.AddOptions(App);
+}
+
+int Optimize(const TOptimizeOptions& Options) {
+  if (Options.Output != "-") {
+    RequireWritable(Options.Output);
+  }
+  const qx::TQXDataSet Table = Options.Data.Read();
+  if (Table.RowCount() == 0) {
+    throw EUsageError(Options.Data.FileName + " has no items");
+  }
+  return TOptimize(Options, Table).Execute();
+}
+
+} // namespace qxevolve

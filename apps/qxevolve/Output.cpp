@@ -1,0 +1,93 @@
+#include "Output.h"
+
+#include <qx/platform/Files.h>
+#include <qx/platform/Numbers.h>
+
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fmt/format.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace qxevolve {
+
+void Print(std::string_view Text) {
+  errno = 0;
+  if (std::fwrite(Text.data(), 1, Text.size(), stdout) != Text.size() || std::fflush(stdout) != 0) {
+    throw std::system_error(errno, std::generic_category(), "Cannot write to standard output");
+  }
+}
+
+void Tell(std::string_view Text) {
+  std::fwrite(Text.data(), 1, Text.size(), stderr);
+  std::fflush(stderr);
+}
+
+void WriteOutput(const std::string& FileName, std::string_view Text) {
+  if (FileName == "-") {
+    Print(Text);
+  } else {
+    qx::ReplaceFile(FileName, Text);
+  }
+}
+
+void RequireWritable(const std::string& FileName) {
+  namespace fs = std::filesystem;
+  const auto Raise = [&](int Code) {
+    throw std::system_error(Code, std::generic_category(), "Cannot write \"" + FileName + "\"");
+  };
+  if (fs::is_directory(FileName)) {
+    Raise(EISDIR);
+  }
+  const std::string Folder = fs::path(FileName).parent_path().string();
+  const bool MayWriteFile = !fs::exists(FileName) || access(FileName.c_str(), W_OK) == 0;
+  if (!MayWriteFile || access(Folder.empty() ? "." : Folder.c_str(), W_OK | X_OK) != 0) {
+    Raise(errno);
+  }
+}
+
+std::string Short(double Value) { return fmt::format("{:.6g}", Value); }
+
+std::string JSON(double Value) { return std::isfinite(Value) ? qx::NumberText(Value) : "null"; }
+
+std::string JSON(std::string_view Text) {
+  std::string Result = "\"";
+  for (const char C : Text) {
+    if (C == '"' || C == '\\') {
+      Result += '\\';
+      Result += C;
+    } else if (static_cast<unsigned char>(C) < ' ') {
+      Result += fmt::format("\\u{:04x}", C);
+    } else {
+      Result += C;
+    }
+  }
+  return Result + '"';
+}
+
+std::string HTML(std::string_view Text) {
+  std::string Result;
+  for (const char C : Text) {
+    switch (C) {
+    case '&':
+      Result += "&amp;";
+      break;
+    case '<':
+      Result += "&lt;";
+      break;
+    case '>':
+      Result += "&gt;";
+      break;
+    case '"':
+      Result += "&quot;";
+      break;
+    default:
+      Result += C;
+    }
+  }
+  return Result;
+}
+
+} // namespace qxevolve

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace qxevolve {
+
+/// Writes to standard output. Raises std::system_error when it does not take all of it: a full disk, say.
+void Print(std::string_view Text);
+/// What tells how things go, to standard error.
+void Tell(std::string_view Text);
+
+/// Puts text into a file, wholly or not at all; "-" is standard output.
+void WriteOutput(const std::string& FileName, std::string_view Text);
+/// Raises std::system_error when nothing can be written under that name, so that nobody computes in vain.
+/// What is there stays as it is.
+void RequireWritable(const std::string& FileName);
+
+/// A number for people: six significant digits, with a decimal point.
+std::string Short(double Value);
+/// A value in JSON, null for what is no finite number.
+std::string JSON(double Value);
+std::string JSON(std::string_view Text);
+/// A text within HTML.
+std::string HTML(std::string_view Text);
+
+} // namespace qxevolve

@@ -1,0 +1,91 @@
+#include "Progress.h"
+
+#include "Output.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fmt/format.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace qxevolve {
+
+namespace {
+
+std::size_t TerminalWidth() {
+  constexpr std::size_t Usual = 80;
+  winsize Size{};
+  return ioctl(STDERR_FILENO, TIOCGWINSZ, &Size) == 0 && Size.ws_col > 0 ? Size.ws_col : Usual;
+}
+
+std::string TimeText(double Seconds) {
+  constexpr int Minute = 60;
+  const int Whole = static_cast<int>(std::ceil(std::max(Seconds, 0.0)));
+  return Whole < Minute ? fmt::format("{} s", Whole)
+                        : fmt::format("{}:{:02} min", Whole / Minute, Whole % Minute);
+}
+
+std::string StateText(const TProgressState& State) {
+  return fmt::format("generation {}  {}", State.Generation, State.Best);
+}
+
+class TProgressBar final : public TProgress {
+public:
+  void Update(const TProgressState& State) override;
+  void Finish() override;
+
+private:
+  double FShown = -1; // seconds
+};
+
+class TProgressLines final : public TProgress {
+public:
+  void Update(const TProgressState& State) override;
+
+private:
+  double FNext = 0; // seconds
+};
+
+void TProgressBar::Update(const TProgressState& State) {
+  constexpr double Interval = 0.1;
+  if (State.Seconds < FShown + Interval && FShown >= 0) {
+    return;
+  }
+  FShown = State.Seconds;
+  const std::string Text =
+      fmt::format(" {:3.0f}%  {}  {} left", 100 * State.Share, StateText(State), TimeText(State.SecondsLeft));
+  const std::size_t Width = TerminalWidth() - 1; // a full line would go on to the next one
+  constexpr std::size_t LeastBar = 12;
+  constexpr std::size_t MostBar = 32;
+  std::string Line;
+  if (Width >= Text.size() + LeastBar) {
+    const std::size_t Cells = std::min(Width - Text.size(), MostBar) - 2;
+    const auto Full =
+        static_cast<std::size_t>(static_cast<double>(Cells) * std::clamp(State.Share, 0.0, 1.0));
+    Line = '[' + std::string(Full, '#') + std::string(Cells - Full, '.') + ']';
+  }
+  Line += Text;
+  Tell("\r" + Line.substr(0, Width) + "\x1b[K");
+}
+
+void TProgressBar::Finish() { Tell(FShown >= 0 ? "\r\x1b[K" : ""); }
+
+void TProgressLines::Update(const TProgressState& State) {
+  constexpr double Interval = 2;
+  if (State.Seconds < FNext) {
+    return;
+  }
+  FNext = State.Seconds + Interval;
+  Tell(fmt::format("{}  {} left\n", StateText(State), TimeText(State.SecondsLeft)));
+}
+
+} // namespace
+
+std::unique_ptr<TProgress> NewProgress() {
+  if (isatty(STDERR_FILENO) != 0) {
+    return std::make_unique<TProgressBar>();
+  }
+  return std::make_unique<TProgressLines>();
+}
+
+} // namespace qxevolve

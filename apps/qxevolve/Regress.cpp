@@ -1,0 +1,301 @@
+#include "Regress.h"
+
+#include "Choice.h"
+#include "Error.h"
+#include "Interrupt.h"
+#include "Output.h"
+#include "Progress.h"
+#include "Records.h"
+#include "Report.h"
+#include "RunFile.h"
+#include <qx/platform/Random.h>
+#include <qx/symbolic_regression/Formula.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <fmt/format.h>
+#include <memory>
+#include <optional>
+#include <random>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace qxevolve {
+
+namespace {
+
+using qx::TQXFormula;
+using qx::TQXSymbolicRegression;
+using qx::TRegressionModel;
+
+constexpr int RowsForTest = 40; // from which on some of them are kept from the run
+constexpr double UsualTestShare = 0.25;
+
+std::string ReadableFormula(const TRegressionModel& Model) {
+  constexpr int Digits = 6;
+  return TQXFormula(Model).Simplify().RoundConstants(Digits).Text(qx::fsInfix);
+}
+
+// One call of `qxevolve regress`.
+class TRegress {
+public:
+  TRegress(const TRegressOptions& Options, std::vector<std::string> Command) : FOptions(Options) {
+    FRun.Command = std::move(Command);
+  }
+
+  int Execute() {
+    RequireOutputs();
+    const qx::TQXDataSet Table = ReadTable();
+    Prepare(Table);
+    Evolve();
+    FRun.ChosenSize = ChosenSize(FRegression);
+    if (FRun.ChosenSize == 0) {
+      throw std::runtime_error("No program has a finite error: there is nothing to show");
+    }
+    PrintResult();
+    if (!FOptions.Save.empty()) {
+      TRunFile::Write(FOptions.Save, FRun, FRegression);
+      TellUsual(fmt::format("Kept in {}\n", FOptions.Save));
+    }
+    if (!FOptions.Report.empty()) {
+      TellUsual(fmt::format("Report: {}\n", WriteReport(FOptions.Report, FRun, FRegression, Table)));
+    }
+    return FEndedBy == "Ctrl-C" ? ExitInterrupted : ExitGood;
+  }
+
+private:
+  void TellUsual(const std::string& Text) const {
+    if (FOptions.Progress == TProgressKind::Usual) {
+      Tell(Text);
+    }
+  }
+
+  // What cannot be written later is known before the work.
+  void RequireOutputs() const {
+    if (!FOptions.Save.empty()) {
+      RequireWritable(FOptions.Save);
+    }
+    if (!FOptions.Report.empty()) {
+      RequireReportFolder(FOptions.Report);
+    }
+  }
+
+  qx::TQXDataSet ReadTable() {
+    FResumes = FOptions.Resume && std::filesystem::exists(FOptions.Save);
+    if (FResumes) {
+      FFile.emplace(FOptions.Save);
+    }
+    qx::TQXDataSet Table = FOptions.Data.Read();
+    for (const std::string& Name : {FOptions.Target, FOptions.Weights}) {
+      if (!Name.empty() && Table.IndexOf(Name) < 0) {
+        throw EUsageError(fmt::format("{} has no column \"{}\"; it has {}", FOptions.Data.FileName, Name,
+                                      ColumnNames(Table)));
+      }
+    }
+    if (Table.ColumnCount() < (FOptions.Weights.empty() ? 2 : 3)) {
+      throw EUsageError(FOptions.Data.FileName + " has no column to explain \"" + FOptions.Target + "\" by");
+    }
+    if (Table.RowCount() < 2) {
+      throw EUsageError(fmt::format("{} has {}; a formula needs two or more", FOptions.Data.FileName,
+                                    Table.RowCount() == 0 ? "no rows of numbers" : "one row of numbers"));
+    }
+    const auto Values = Table.Column(FOptions.Target);
+    if (std::ranges::all_of(Values, [&](double Value) { return Value == Values[0]; })) {
+      throw EUsageError(fmt::format("\"{}\" is {} in every row: there is nothing to explain", FOptions.Target,
+                                    Short(Values[0])));
+    }
+    return Table;
+  }
+
+  static std::string ColumnNames(const qx::TQXDataSet& Table) {
+    constexpr int Most = 12;
+    std::string Names;
+    for (int I = 0; I < std::min(Table.ColumnCount(), Most); ++I) {
+      Names += (I > 0 ? ", " : "") + Table.ColumnName(I);
+    }
+    return Names + (Table.ColumnCount() > Most ? ", ..." : "");
+  }
+
+  void Prepare(const qx::TQXDataSet& Table) {
+    DescribeRun(Table);
+    auto& Instructions = FRegression.Instructions();
+    if (FResumes) {
+      FFile->AddFunctions(FRegression);
+    } else {
+      for (const std::string& Name : FOptions.Functions) {
+        AddStandardInstruction(Instructions, Name);
+      }
+    }
+    auto Split = FRun.TestShare > 0 ? Table.SplitBySeed(1 - FRun.TestShare, FRun.Seed)
+                                    : qx::TDataSplit{Table, Table.Rows(0, 0)};
+    FRegression.SetData(std::move(Split), FRun.Target, FRun.Weights);
+    if (FOptions.NoConstants && !FResumes) {
+      for (int I = Instructions.Count(); I-- > 0;) {
+        if (Instructions[I].Operation() == qx::gpConstant) {
+          Instructions.Delete(I);
+        }
+      }
+    }
+    if (FResumes) {
+      FFile->Restore(FRegression);
+    } else {
+      qx::SeedRandom(FRun.Seed);
+    }
+    FRegression.SetThreads(static_cast<int>(std::max(sysconf(_SC_NPROCESSORS_ONLN), 1L)));
+    FOptions.ApplySettings(FRegression);
+    FFormerSeconds = FRun.History.empty() ? 0 : FRun.History.back().Seconds;
+  }
+
+  void DescribeRun(const qx::TQXDataSet& Table) {
+    const std::uint64_t Found = Fingerprint(Table);
+    if (FResumes) {
+      auto Command = std::move(FRun.Command);
+      FRun = FFile->Run();
+      FRun.Command = std::move(Command);
+      const bool Same =
+          FRun.Fingerprint == Found && FRun.Target == FOptions.Target && FRun.Weights == FOptions.Weights;
+      if (!Same) {
+        throw EUsageError(fmt::format("{} holds a run on other data: {} rows of {}, target {}", FOptions.Save,
+                                      FRun.Rows, FRun.Data.FileName, FRun.Target));
+      }
+      if (FOptions.Seed.value_or(FRun.Seed) != FRun.Seed || !FOptions.Functions.empty() ||
+          FOptions.NoConstants || FOptions.TestShare.value_or(FRun.TestShare) != FRun.TestShare) {
+        throw EUsageError(
+            "--seed, --test-share, --functions and --no-constants belong to a new run; leave them "
+            "out with --resume");
+      }
+      return;
+    }
+    FRun.Data = FOptions.Data;
+    FRun.Data.FileName = std::filesystem::absolute(FOptions.Data.FileName).string();
+    FRun.Target = FOptions.Target;
+    FRun.Weights = FOptions.Weights;
+    FRun.Rows = Table.RowCount();
+    FRun.Fingerprint = Found;
+    FRun.TestShare = FOptions.TestShare.value_or(Table.RowCount() >= RowsForTest ? UsualTestShare : 0);
+    FRun.Seed = FOptions.Seed.value_or(std::random_device()());
+    if (!FOptions.Seed) {
+      FRun.Command.insert(FRun.Command.end(), {"--seed", std::to_string(FRun.Seed)});
+    }
+  }
+
+  void Evolve() {
+    const auto Progress =
+        FOptions.Progress == TProgressKind::Usual ? NewProgress() : std::make_unique<TProgress>();
+    TellUsual(fmt::format("{} rows, {} to test; seed {}; Ctrl-C ends the run with what it has\n", FRun.Rows,
+                          FRegression.TestData().RowCount(), FRun.Seed));
+    FRegression.OnRecord = [&](TQXSymbolicRegression&, const qx::TRegressionRecord& Record) {
+      FRun.History.push_back(Record);
+      FRun.History.back().Seconds += FFormerSeconds;
+      const auto* const Best = FRegression.Front().Last();
+      const double Error = Best != nullptr ? Best->Error : Record.BestError;
+      const int Size = Best != nullptr ? Best->Size() : 0;
+      if (FOptions.Progress == TProgressKind::JSON) {
+        Print(RecordJSON(FRun.History.back(), Error, Size));
+      }
+      const double Time = Seconds() / FOptions.Seconds;
+      const double Count = static_cast<double>(Record.Generation) / static_cast<double>(FOptions.Generations);
+      Progress->Update({Record.Generation, fmt::format("error {:.4g}  size {}", Error, Size),
+                        std::min(std::max(Time, Count), 1.0), Seconds(), FOptions.Seconds - Seconds()});
+    };
+    const TInterruptScope Interrupts;
+    double Saved = 0;
+    while (!IsOver()) {
+      FRegression.Evolve();
+      if (!FOptions.Save.empty() && FOptions.CheckpointSeconds > 0 &&
+          Seconds() >= Saved + FOptions.CheckpointSeconds) {
+        Progress->Finish();
+        SaveCheckpoint();
+        Saved = Seconds();
+      }
+    }
+    Progress->Finish();
+  }
+
+  // A run does not end because the disk is full for a while: its end tells.
+  void SaveCheckpoint() {
+    try {
+      FRun.ChosenSize = ChosenSize(FRegression);
+      TRunFile::Write(FOptions.Save, FRun, FRegression);
+    } catch (const std::system_error& Error) {
+      Tell(fmt::format("qxevolve: {} (the run goes on)\n", Error.what()));
+    }
+  }
+
+  double Seconds() const {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - FStart).count();
+  }
+
+  bool IsOver() {
+    if (TInterruptScope::IsInterrupted()) {
+      FEndedBy = "Ctrl-C";
+    } else if (Seconds() >= FOptions.Seconds) {
+      FEndedBy = "time";
+    } else if (FRegression.Initialized() && FRegression.Generation() >= FOptions.Generations) {
+      FEndedBy = "generations";
+    } else if (FRegression.Initialized() && FRegression.IsFinished()) {
+      FEndedBy = "error";
+    }
+    return !FEndedBy.empty();
+  }
+
+  double RSquared(const TRegressionModel& Model, const qx::TQXDataSet& Data) {
+    return 1 - FRegression.Error(Model, Data, qx::emR2);
+  }
+
+  void PrintResult() {
+    const TRegressionModel& Best = ModelOfSize(FRegression, FRun.ChosenSize);
+    const std::string Formula = FRun.Target + " = " + ReadableFormula(Best);
+    switch (FOptions.Progress) {
+    case TProgressKind::Quiet:
+      Print(Formula + "\n");
+      break;
+    case TProgressKind::JSON:
+      Print(ResultJSON(FRun, FRegression, FEndedBy));
+      break;
+    case TProgressKind::Usual:
+      PrintFront();
+      Print("\n" + Formula + "\n" + QualityText(Best) + "\n");
+      break;
+    }
+  }
+
+  std::string QualityText(const TRegressionModel& Best) {
+    std::string Text = fmt::format("R2 {:.6f} on {} rows", RSquared(Best, FRegression.TrainingData()),
+                                   FRegression.TrainingData().RowCount());
+    if (FRegression.TestData().RowCount() > 0) {
+      Text += fmt::format(", {:.6f} on {} test rows", RSquared(Best, FRegression.TestData()),
+                          FRegression.TestData().RowCount());
+    }
+    return Text + fmt::format("; {} generations, {:.1f} s, ended by {}", FRegression.Generation(),
+                              FRun.History.back().Seconds, FEndedBy);
+  }
+
+  void PrintFront() {
+    std::string Text = fmt::format("\n{:>6}  {:>11}  formula\n", "size", "error");
+    for (const TRegressionModel& Model : FRegression.Front()) {
+      Text += fmt::format("{:>6}{} {:>11.4g}  {}\n", Model.Size(),
+                          Model.Size() == FRun.ChosenSize ? '*' : ' ', Model.Error, ReadableFormula(Model));
+    }
+    Print(Text);
+  }
+
+  const TRegressOptions& FOptions;
+  TRun FRun;
+  std::optional<TRunFile> FFile; // that is resumed
+  bool FResumes = false;
+  TQXSymbolicRegression FRegression;
+  std::chrono::steady_clock::time_point FStart = std::chrono::steady_clock::now();
+  double FFormerSeconds = 0; // of the run before it was taken up
+  std::string FEndedBy;
+};
+
+} // namespace
+
+int Regress(const TRegressOptions& Options, std::vector<std::string> Command) {
+  return TRegress(Options, std::move(Command)).Execute();
+}
+
+} // namespace qxevolve

@@ -1,0 +1,162 @@
+#include "UseRun.h"
+
+#include "Error.h"
+#include "Output.h"
+#include "RunFile.h"
+#include <qx/platform/Numbers.h>
+#include <qx/platform/Strings.h>
+#include <qx/symbolic_regression/Formula.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <fmt/format.h>
+#include <map>
+#include <span>
+
+namespace qxevolve {
+
+namespace {
+
+using qx::TQXSymbolicRegression;
+using qx::TRegressionModel;
+
+const std::map<std::string, qx::TFormulaStyle> Styles = {{"infix", qx::fsInfix},
+                                                         {"latex", qx::fsLaTeX},
+                                                         {"cpp", qx::fsCpp},
+                                                         {"python", qx::fsPython},
+                                                         {"dot", qx::fsDOT}};
+
+// A run as it was kept, without its data.
+class TKeptRun {
+public:
+  explicit TKeptRun(const std::string& FileName) : FFile(FileName) {
+    FFile.AddFunctions(FRegression);
+    FFile.Restore(FRegression);
+  }
+
+  const TRun& Run() const { return FFile.Run(); }
+  TQXSymbolicRegression& Regression() { return FRegression; }
+
+  const TRegressionModel& Model(std::optional<int> Size) const {
+    return ModelOfSize(FRegression, Size.value_or(FFile.Run().ChosenSize));
+  }
+
+private:
+  TRunFile FFile;
+  TQXSymbolicRegression FRegression;
+};
+
+// A cell that reads back as the same text.
+std::string Cell(const std::string& Text) {
+  if (Text.find_first_of(",\"\n") == std::string::npos) {
+    return Text;
+  }
+  std::string Quoted = "\"";
+  for (const char C : Text) {
+    Quoted += C == '"' ? "\"\"" : std::string(1, C);
+  }
+  return Quoted + '"';
+}
+
+std::string TableText(const qx::TQXDataSet& Data) {
+  std::string Text;
+  std::vector<std::span<const double>> Columns;
+  for (int I = 0; I < Data.ColumnCount(); ++I) {
+    Text += (I > 0 ? "," : "") + Cell(Data.ColumnName(I));
+    Columns.push_back(Data.Column(I));
+  }
+  Text += '\n';
+  for (std::size_t Row = 0; Row < static_cast<std::size_t>(Data.RowCount()); ++Row) {
+    for (std::size_t I = 0; I < Columns.size(); ++I) {
+      Text += (I > 0 ? "," : "") + qx::NumberText(Columns[I][Row]);
+    }
+    Text += '\n';
+  }
+  return Text;
+}
+
+void AddRunTo(CLI::App& App, TUseOptions& Options) {
+  App.add_option("run", Options.RunFile, "File that regress --save has written")
+      ->required()
+      ->type_name("RUN.xml");
+}
+
+void AddModelTo(CLI::App& App, TUseOptions& Options) {
+  App.add_option("--size", Options.Size,
+                 "Takes the formula of that size, as regress lists them [the one that it marks]")
+      ->type_name("N");
+  App.add_option("-o,--output", Options.Output, "File to write [standard output]")->type_name("FILE");
+}
+
+} // namespace
+
+void TUseOptions::AddPredictTo(CLI::App& App) {
+  AddRunTo(App, *this);
+  App.add_option("data", Data.FileName, "Table with the columns that the formula needs")
+      ->required()
+      ->type_name("NEW.csv");
+  AddModelTo(App, *this);
+  App.add_flag("--keep", Keep, "Writes the table's columns too, before the predictions");
+  Data.AddOptions(App);
+}
+
+void TUseOptions::AddShowTo(CLI::App& App) {
+  AddRunTo(App, *this);
+  App.add_option("--as", Style, "Language: infix, latex, cpp, python (NumPy), dot (Graphviz)")
+      ->check(CLI::IsMember({"infix", "latex", "cpp", "python", "dot"}))
+      ->type_name("NAME")
+      ->capture_default_str();
+  AddModelTo(App, *this);
+}
+
+void TUseOptions::AddDescribeTo(CLI::App& App) { AddRunTo(App, *this); }
+
+int Predict(const TUseOptions& Options) {
+  TKeptRun Kept(Options.RunFile);
+  const TRegressionModel& Model = Kept.Model(Options.Size);
+  const qx::TQXDataSet Data = Options.Data.Read();
+  const std::string& Target = Kept.Run().Target;
+  qx::TQXDataSet Result;
+  const bool Judges = Data.IndexOf(Target) >= 0;
+  if (Options.Keep) {
+    Result = Data;
+  }
+  std::string Name = Options.Keep && Judges ? Target + " predicted" : Target;
+  while (Result.IndexOf(Name) >= 0) {
+    Name += '_';
+  }
+  try {
+    Result.AddColumn(Name, Kept.Regression().Predict(Model, Data));
+  } catch (const std::invalid_argument& Error) {
+    throw EUsageError(fmt::format("{}: {}", Options.Data.FileName, Error.what()));
+  }
+  WriteOutput(Options.Output, TableText(Result));
+  return ExitGood;
+}
+
+int Show(const TUseOptions& Options) {
+  const TKeptRun Kept(Options.RunFile);
+  qx::TQXFormula Formula(Kept.Model(Options.Size));
+  std::string Text = Formula.Simplify().Text(Styles.at(Options.Style), Kept.Run().Target);
+  if (!Text.ends_with('\n')) {
+    Text += '\n';
+  }
+  WriteOutput(Options.Output, Text);
+  return ExitGood;
+}
+
+int Describe(const TUseOptions& Options) {
+  TKeptRun Kept(Options.RunFile);
+  const TRun& Run = Kept.Run();
+  qx::TStrings Lines;
+  Kept.Regression().Describe(Lines, "   ");
+  std::string Text = fmt::format("Data = {}, {} rows\nTarget = {}\nTest share = {}\nSeed = {}\n",
+                                 Run.Data.FileName, Run.Rows, Run.Target, Short(Run.TestShare), Run.Seed);
+  for (int I = 0; I < Lines.Count(); ++I) {
+    Text += Lines[I] + '\n';
+  }
+  Print(Text);
+  return ExitGood;
+}
+
+} // namespace qxevolve
