@@ -5,7 +5,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 preset=${1:-release}
 
-tools=(g++ cmake ninja-build pkg-config libpugixml-dev libgtest-dev libbenchmark-dev libxml2-utils locales python3-numpy)
+tools=(g++ cmake ninja-build pkg-config libpugixml-dev libgtest-dev libbenchmark-dev libxml2-utils locales
+  python3-numpy libcli11-dev libfmt-dev gnuplot-nox graphviz chromium fonts-dejavu-core bash)
 [ "$preset" = clang ] && tools+=(clang)
 scripts/install-tools.sh "${tools[@]}"
 

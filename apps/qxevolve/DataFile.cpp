@@ -6,7 +6,8 @@
 #include <algorithm>
 #include <bit>
 #include <fmt/format.h>
-#include <map>
+#include <stdexcept>
+#include <string>
 
 namespace qxevolve {
 
@@ -58,7 +59,12 @@ qx::TQXDataSet TDataFile::Read() const {
     if (Message.find("is no number") != std::string::npos) {
       throw EUsageError(Message + "; --ignore leaves a column out");
     }
-    throw;
+    if (Message.ends_with("has no columns")) {
+      throw EUsageError(FileName + " is empty; its first line should name the columns");
+    }
+    throw EUsageError(Message);
+  } catch (const std::out_of_range& Error) {
+    throw EUsageError(FileName + ": " + Error.what());
   }
 }
 

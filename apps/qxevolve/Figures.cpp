@@ -150,7 +150,7 @@ private:
     }
     Add("errors", "Error over the generations",
         "Of each generation the best program and the mean of those with a finite error, on the training "
-        "rows.",
+        "rows; of the run the best formula on the test rows, if there are any.",
         Script + "\n");
   }
 

@@ -1,5 +1,6 @@
 #include "Optimize.h"
 
+#include "Checks.h"
 #include "Error.h"
 #include "Interrupt.h"
 #include "Output.h"
@@ -184,21 +185,22 @@ void TOptimizeOptions::AddTo(CLI::App& App) {
       ->required()
       ->type_name("ITEMS.csv");
   App.add_option("-c,--capacity", Capacity, "Weight that fits [the table's]")
-      ->check(CLI::NonNegativeNumber)
+      ->check(IsNotNegative())
       ->type_name("NUMBER");
   App.add_option("-p,--population", Population, "Individuals")
       ->check(CLI::Range(2, 10'000'000))
       ->type_name("N")
       ->capture_default_str();
   App.add_option("-g,--generations", Generations, "Ends the run after so many generations")
-      ->check(CLI::PositiveNumber)
+      ->check(IsPositive())
       ->type_name("N")
       ->capture_default_str();
   App.add_option("-s,--seconds", Seconds, "Ends the run after so long")
-      ->check(CLI::PositiveNumber)
+      ->check(IsPositive())
       ->type_name("NUMBER")
       ->capture_default_str();
   App.add_option("--seed", Seed, "Makes the run repeatable [a new one each time, which is told]")
+      ->check(IsNotNegative())
       ->type_name("N");
   App.add_option("-o,--output", Output, "File for the items that are packed [standard output]")
       ->type_name("FILE");

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fmt/format.h>
+#include <sys/ioctl.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -46,6 +47,15 @@ void RequireWritable(const std::string& FileName) {
   if (!MayWriteFile || access(Folder.empty() ? "." : Folder.c_str(), W_OK | X_OK) != 0) {
     Raise(errno);
   }
+}
+
+std::optional<std::size_t> TerminalWidth(int Descriptor) {
+  constexpr std::size_t Usual = 80;
+  if (isatty(Descriptor) == 0) {
+    return std::nullopt;
+  }
+  winsize Size{};
+  return ioctl(Descriptor, TIOCGWINSZ, &Size) == 0 && Size.ws_col > 0 ? Size.ws_col : Usual;
 }
 
 std::string Short(double Value) { return fmt::format("{:.6g}", Value); }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -15,6 +17,9 @@ void WriteOutput(const std::string& FileName, std::string_view Text);
 /// Raises std::system_error when nothing can be written under that name, so that nobody computes in vain.
 /// What is there stays as it is.
 void RequireWritable(const std::string& FileName);
+
+/// Columns of the terminal behind a descriptor, or nothing when there is none.
+std::optional<std::size_t> TerminalWidth(int Descriptor);
 
 /// A number for people: six significant digits, with a decimal point.
 std::string Short(double Value);

@@ -5,18 +5,11 @@
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace qxevolve {
 
 namespace {
-
-std::size_t TerminalWidth() {
-  constexpr std::size_t Usual = 80;
-  winsize Size{};
-  return ioctl(STDERR_FILENO, TIOCGWINSZ, &Size) == 0 && Size.ws_col > 0 ? Size.ws_col : Usual;
-}
 
 std::string TimeText(double Seconds) {
   constexpr int Minute = 60;
@@ -54,7 +47,8 @@ void TProgressBar::Update(const TProgressState& State) {
   FShown = State.Seconds;
   const std::string Text =
       fmt::format(" {:3.0f}%  {}  {} left", 100 * State.Share, StateText(State), TimeText(State.SecondsLeft));
-  const std::size_t Width = TerminalWidth() - 1; // a full line would go on to the next one
+  const std::size_t Width =
+      TerminalWidth(STDERR_FILENO).value_or(80) - 1; // a full line would go on to the next one
   constexpr std::size_t LeastBar = 12;
   constexpr std::size_t MostBar = 32;
   std::string Line;
@@ -82,7 +76,7 @@ void TProgressLines::Update(const TProgressState& State) {
 } // namespace
 
 std::unique_ptr<TProgress> NewProgress() {
-  if (isatty(STDERR_FILENO) != 0) {
+  if (TerminalWidth(STDERR_FILENO)) {
     return std::make_unique<TProgressBar>();
   }
   return std::make_unique<TProgressLines>();

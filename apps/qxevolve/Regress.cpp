@@ -55,17 +55,33 @@ public:
       throw std::runtime_error("No program has a finite error: there is nothing to show");
     }
     PrintResult();
-    if (!FOptions.Save.empty()) {
-      TRunFile::Write(FOptions.Save, FRun, FRegression);
-      TellUsual(fmt::format("Kept in {}\n", FOptions.Save));
-    }
-    if (!FOptions.Report.empty()) {
-      TellUsual(fmt::format("Report: {}\n", WriteReport(FOptions.Report, FRun, FRegression, Table)));
+    const bool Saved = FOptions.Save.empty() || Attempt([&] {
+                         TRunFile::Write(FOptions.Save, FRun, FRegression);
+                         TellUsual(fmt::format("Kept in {}\n", FOptions.Save));
+                       });
+    const bool Reported =
+        FOptions.Report.empty() || Attempt([&] {
+          TellUsual(fmt::format("Report: {}\n", WriteReport(FOptions.Report, FRun, FRegression, Table)));
+        });
+    if (!Saved || !Reported) {
+      return ExitFailed;
     }
     return FEndedBy == "Ctrl-C" ? ExitInterrupted : ExitGood;
   }
 
 private:
+  // One output that fails does not take the other ones with it.
+  template <class TWrite>
+  static bool Attempt(TWrite Write, const std::string& Aftermath = {}) {
+    try {
+      Write();
+      return true;
+    } catch (const std::system_error& Error) {
+      Tell(fmt::format("qxevolve: {}{}\n", Error.what(), Aftermath));
+      return false;
+    }
+  }
+
   void TellUsual(const std::string& Text) const {
     if (FOptions.Progress == TProgressKind::Usual) {
       Tell(Text);
@@ -130,7 +146,11 @@ private:
     }
     auto Split = FRun.TestShare > 0 ? Table.SplitBySeed(1 - FRun.TestShare, FRun.Seed)
                                     : qx::TDataSplit{Table, Table.Rows(0, 0)};
-    FRegression.SetData(std::move(Split), FRun.Target, FRun.Weights);
+    try {
+      FRegression.SetData(std::move(Split), FRun.Target, FRun.Weights);
+    } catch (const std::invalid_argument& Error) { // targets or weights that are none
+      throw EUsageError(FOptions.Data.FileName + ": " + Error.what());
+    }
     if (FOptions.NoConstants && !FResumes) {
       for (int I = Instructions.Count(); I-- > 0;) {
         if (Instructions[I].Operation() == qx::gpConstant) {
@@ -216,12 +236,8 @@ private:
 
   // A run does not end because the disk is full for a while: its end tells.
   void SaveCheckpoint() {
-    try {
-      FRun.ChosenSize = ChosenSize(FRegression);
-      TRunFile::Write(FOptions.Save, FRun, FRegression);
-    } catch (const std::system_error& Error) {
-      Tell(fmt::format("qxevolve: {} (the run goes on)\n", Error.what()));
-    }
+    FRun.ChosenSize = ChosenSize(FRegression);
+    Attempt([&] { TRunFile::Write(FOptions.Save, FRun, FRegression); }, " (the run goes on)");
   }
 
   double Seconds() const {

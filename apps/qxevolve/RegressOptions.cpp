@@ -1,9 +1,11 @@
 #include "RegressOptions.h"
 
+#include "Checks.h"
 #include "FriendlyNames.h"
 #include "Output.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 #include <thread>
 #include <type_traits>
@@ -18,7 +20,9 @@ std::vector<std::string> FunctionNames() {
   std::vector<std::string> Names;
   for (int Group = qx::sgArithmetic; Group <= qx::sgBoolean; ++Group) {
     for (const std::string_view Name : qx::StandardInstructionNames(static_cast<qx::TStandardGroup>(Group))) {
-      Names.emplace_back(Name);
+      if (std::ranges::find(Names, Name) == Names.end()) {
+        Names.emplace_back(Name);
+      }
     }
   }
   return Names;
@@ -99,31 +103,32 @@ void TRegressOptions::AddTo(CLI::App& App) {
 void TRegressOptions::AddRunOptions(CLI::App& App) {
   const auto Group = "Run";
   App.add_option("-s,--seconds", Seconds, "Ends the run after so long, at the end of a generation")
-      ->check(CLI::PositiveNumber)
+      ->check(IsPositive())
       ->type_name("NUMBER")
       ->capture_default_str()
       ->group(Group);
   App.add_option("-g,--generations", Generations, "Ends the run after so many generations [no limit]")
-      ->check(CLI::PositiveNumber)
+      ->check(IsPositive())
       ->type_name("N")
       ->group(Group);
   App.add_option("--seed", Seed, "Makes the run repeatable [a new one each time, which is told]")
+      ->check(IsNotNegative())
       ->type_name("N")
       ->group(Group);
   AddSetting(App, "--stop-at", "Ends the run at that error on the training rows", qx::TGAFitness(1e-24),
              &TRegression::SetFitnessCutoff)
-      ->check(CLI::NonNegativeNumber)
+      ->check(IsNotNegative())
       ->group(Group);
   AddSetting(App, "--patience",
              "Ends the run when the error on the test rows has not fallen for so many generations; 0: never",
              0, &TRegression::SetStoppingPatience)
-      ->check(CLI::NonNegativeNumber)
+      ->check(IsNotNegative())
       ->group(Group);
   AddSetting(App, "--restart-patience",
              "Makes the population anew when the error has not fallen by a tenth for so many generations; 0: "
              "never",
              TRegression().RestartPatience(), &TRegression::SetRestartPatience)
-      ->check(CLI::NonNegativeNumber)
+      ->check(IsNotNegative())
       ->group(Group);
   constexpr int MostThreads = 1024;
   AddSetting(App, "--threads", "Threads that evaluate; the run is the same for any number [one a processor]",
@@ -159,7 +164,7 @@ void TRegressOptions::AddProgramOptions(CLI::App& App, const TRegression& Defaul
   App.get_option("--bloat")->group(Group);
   AddSetting(App, "--bloat-limit", "Nodes, or levels, that the remedy begins at", Defaults.BloatLimit(),
              &TRegression::SetBloatLimit)
-      ->check(CLI::PositiveNumber)
+      ->check(IsPositive())
       ->group(Group);
 }
 
@@ -185,7 +190,7 @@ void TRegressOptions::AddOperatorOptions(CLI::App& App, const TRegression& Defau
             Defaults.RefinementShare(), &TRegression::SetRefinementShare);
   AddSetting(App, "--refine-steps", "Steps of that", Defaults.RefinementSteps(),
              &TRegression::SetRefinementSteps)
-      ->check(CLI::NonNegativeNumber)
+      ->check(IsNotNegative())
       ->group(Group);
 }
 
@@ -217,7 +222,7 @@ void TRegressOptions::AddOutputOptions(CLI::App& App) {
       ->group(Group);
   App.add_option("--checkpoint", CheckpointSeconds, "Saves after each so many seconds as well; 0: at the end")
       ->needs("--save")
-      ->check(CLI::NonNegativeNumber)
+      ->check(IsNotNegative())
       ->type_name("NUMBER")
       ->capture_default_str()
       ->group(Group);

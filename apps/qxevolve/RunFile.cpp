@@ -113,13 +113,19 @@ const qx::TRegressionModel& ModelOfSize(const qx::TQXSymbolicRegression& Regress
 }
 
 TRunFile::TRunFile(const std::string& FileName) : FFileName(FileName) {
-  const auto Document = qx::TXMLDocument::ReadFile(FileName);
-  const qx::TXMLNode Root = Document.Root();
-  if (Root.Tag() != "QXRun" || !Root.HasChild("State")) {
-    throw EUsageError(FileName + " holds no run; qxevolve regress --save writes one");
+  try {
+    Read();
+  } catch (const qx::EXMLError& Error) {
+    throw EUsageError(
+        fmt::format("{} holds no run ({}); qxevolve regress --save writes one", FileName, Error.what()));
   }
+}
+
+void TRunFile::Read() {
+  const auto Document = qx::TXMLDocument::ReadFile(FFileName);
+  const qx::TXMLNode Root = Document.Root("QXRun");
   if (Root.AttributeAsInteger("Version") > Version) {
-    throw EUsageError(FileName + " was written by a newer qxevolve");
+    throw EUsageError(FFileName + " was written by a newer qxevolve");
   }
   FRun = ReadRun(Root);
   FFunctions = ReadList(Root.FindChild("Functions"), "Function");

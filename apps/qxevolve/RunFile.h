@@ -43,6 +43,8 @@ public:
   static void Write(const std::string& FileName, const TRun& Run, qx::TQXSymbolicRegression& Regression);
 
 private:
+  void Read();
+
   std::string FFileName;
   TRun FRun;
   std::vector<std::string> FFunctions;

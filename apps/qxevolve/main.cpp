@@ -142,6 +142,9 @@ int Run(int Count, char** Arguments) {
   } catch (const CLI::ParseError& Error) {
     const std::string Command =
         App.get_subcommands().empty() ? "" : " " + App.get_subcommands().front()->get_name();
+    if (Command.empty() && Count > 1 && Arguments[1][0] != '-') {
+      throw EUsageError(fmt::format("There is no command \"{}\"; see qxevolve --help", Arguments[1]));
+    }
     throw EUsageError(fmt::format("{}; see qxevolve{} --help", Error.what(), Command));
   }
   if (Regressing->parsed()) {

@@ -1,0 +1,98 @@
+#include <apps/qxevolve/Program.h>
+#include <filesystem>
+#include <unistd.h>
+
+namespace qxevolve::tests {
+namespace {
+
+// What must not work ends in one line that says why, and leaves nothing behind.
+class QxevolveErrorsTest : public QxevolveTest {
+protected:
+  void ExpectError(const std::vector<std::string>& Arguments, int Code, const std::string& Part) const {
+    const auto Before = Files();
+    const auto End = Run(Arguments);
+    EXPECT_EQ(End.Code, Code) << Part;
+    EXPECT_TRUE(IsOneLine(End.Error)) << End.Error;
+    EXPECT_NE(End.Error.find(Part), std::string::npos) << End.Error;
+    EXPECT_EQ(End.Out, "") << Part;
+    EXPECT_EQ(Files(), Before) << Part;
+  }
+  void ExpectDataError(const std::string& Data, const std::string& Part) const {
+    Write("data.csv", Data);
+    ExpectError({"regress", "data.csv", "--target", "y", "-s", "1"}, 2, Part);
+  }
+};
+
+TEST_F(QxevolveErrorsTest, TablesThatDoNotServeAreTold) {
+  ExpectDataError("", "data.csv is empty");
+  ExpectDataError("x,y\n", "no rows of numbers");
+  ExpectDataError("x,y\n1,2\n", "one row of numbers");
+  ExpectDataError("x,z\n1,2\n3,4\n", "has no column \"y\"; it has x, z");
+  ExpectDataError("y\n1\n2\n", "no column to explain \"y\" by");
+  ExpectDataError("x,y\n1,2\n2,2\n3,2\n", "\"y\" is 2 in every row");
+  ExpectDataError("x,y\n1,2\nred,3\n", "Line 3, column 1: \"x\" is no number: \"red\"; --ignore leaves");
+  ExpectDataError("x,y\n1,2\n,3\n", "\"x\" has no number; --missing skip leaves");
+  ExpectDataError("x,y\n1,2\n3\n", "Line 3: there are 1 cells, not 2");
+  ExpectDataError("x,x,y\n1,2,3\n", "there is a column \"x\" already");
+  ExpectDataError("x,y\n1,\"2\n", "the quote is not closed");
+  ExpectDataError("x,y\n1,inf\n2,3\n", "data.csv: ");
+}
+
+TEST_F(QxevolveErrorsTest, FilesThatAreNotThereAreTold) {
+  WritePlanets();
+  ExpectError({"regress", "none.csv", "-t", "y"}, 1, "Cannot read \"none.csv\": No such file");
+  ExpectError({"regress", ".", "-t", "y"}, 1, "Is a directory");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--save", "no/run.xml"}, 1,
+              "Cannot write \"no/run.xml\": No such file");
+  ExpectError({"show", "none.xml"}, 1, "Cannot read \"none.xml\"");
+  ExpectError({"show", "planets.csv"}, 2, "planets.csv holds no run");
+  Write("other.xml", "<Other/>");
+  ExpectError({"describe", "other.xml"}, 2, "other.xml holds no run");
+  Write("half.xml", "<QXRun Version=\"1\"><Data/></QXRun>");
+  ExpectError({"describe", "half.xml"}, 2, "half.xml holds no run");
+}
+
+TEST_F(QxevolveErrorsTest, AFolderThatMayNotBeWrittenIsToldBeforeTheWork) {
+  if (geteuid() == 0) {
+    GTEST_SKIP() << "root may write everywhere";
+  }
+  WritePlanets();
+  std::filesystem::create_directory(Path("closed"));
+  std::filesystem::permissions(Path("closed"),
+                               std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+  ExpectError({"regress", "planets.csv", "-t", "period", "--save", "closed/run.xml"}, 1, "Permission denied");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--report", "closed/report"}, 1,
+              "Permission denied");
+}
+
+TEST_F(QxevolveErrorsTest, AFullDiskIsTold) {
+  WritePlanets();
+  Write("items.csv", "value,weight\n1,2\n");
+  ExpectError({"optimize", "items.csv", "-c", "5", "-g", "2", "-q", "-o", "/dev/full"}, 1, "No space left");
+  const auto End = TProcess({"sh", "-c", std::string(QX_EVOLVE) + " manual > /dev/full"}, Folder()).Finish();
+  EXPECT_EQ(End.Code, 1);
+  EXPECT_EQ(End.Error, "qxevolve: Cannot write to standard output: No space left on device\n");
+}
+
+TEST_F(QxevolveErrorsTest, WrongUseIsTold) {
+  WritePlanets();
+  ExpectError({}, 2, "see qxevolve --help");
+  ExpectError({"evolve"}, 2, "There is no command \"evolve\"");
+  ExpectError({"regress", "planets.csv"}, 2, "--target is required; see qxevolve regress --help");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--functions", "Foo"}, 2, "Foo not in {Add,Sub,");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--population", "1"}, 2, "not in range 2 to");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--seed", "-4"}, 2,
+              "--seed: -4 is not a number from 0 on");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--seconds", "soon"}, 2,
+              "soon is not a number above 0");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--selection", "custom"}, 2,
+              "custom not in {roulette");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--resume"}, 2, "--resume requires --save");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--ignore", "mass"}, 2,
+              "no column \"mass\" to leave out");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--json", "-q"}, 2, "excludes");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--no-such-option"}, 2, "--no-such-option");
+}
+
+} // namespace
+} // namespace qxevolve::tests

@@ -1,0 +1,195 @@
+#include <apps/qxevolve/Program.h>
+#include <csignal>
+#include <filesystem>
+
+namespace qxevolve::tests {
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+TEST_F(QxevolveTest, RegressFindsKeplersLaw) {
+  WritePlanets();
+  const auto End =
+      Run({"regress", "planets.csv", "--target", "period", "--generations", "20", "--seed", "1"});
+  EXPECT_EQ(End.Code, 0);
+  EXPECT_NE(End.Out.find("\nperiod = 0.00408776 + 0.999378 * sqrt(abs(distance))^3\nR2 1.000000 on 8 rows"),
+            std::string::npos)
+      << End.Out;
+  EXPECT_NE(End.Out.find("     3*   1.776e-08  0.00408776"), std::string::npos);
+  EXPECT_NE(End.Error.find("8 rows, 0 to test; seed 1;"), std::string::npos);
+  EXPECT_EQ(Files(), Arguments{"planets.csv"}) << "nothing is written that was not asked for";
+}
+
+TEST_F(QxevolveTest, ASeedRepeatsARunOnAnyNumberOfThreads) {
+  WriteHard();
+  const Arguments Usual = {"regress", "hard.csv", "-t", "y", "-g", "5", "--seed", "7", "-q"};
+  const auto First = Run(Usual);
+  EXPECT_EQ(First.Code, 0);
+  EXPECT_NE(First.Out.find("y = "), std::string::npos);
+  for (const std::string Threads : {"1", "3"}) {
+    auto Other = Usual;
+    Other.insert(Other.end(), {"--threads", Threads});
+    EXPECT_EQ(Run(Other).Out, First.Out);
+  }
+  auto Otherwise = Usual;
+  Otherwise[6] = "8";
+  EXPECT_NE(Run(Otherwise).Out, First.Out);
+}
+
+TEST_F(QxevolveTest, QuietPrintsTheFormulaAlone) {
+  WritePlanets();
+  const auto End = Run({"regress", "planets.csv", "-t", "period", "-g", "3", "--seed", "1", "--quiet"});
+  EXPECT_EQ(End.Code, 0);
+  EXPECT_EQ(CountOf(End.Out, "\n"), 1) << End.Out;
+  EXPECT_TRUE(End.Out.starts_with("period = "));
+  EXPECT_EQ(End.Error, "");
+}
+
+TEST_F(QxevolveTest, JSONIsARecordForEachGenerationAndTheResult) {
+  WriteHard();
+  const auto End = Run({"regress", "hard.csv", "-t", "y", "-g", "4", "--seed", "1", "--json"});
+  EXPECT_EQ(End.Code, 0);
+  EXPECT_EQ(End.Error, "");
+  EXPECT_EQ(CountOf(End.Out, "\n"), 6) << "generations 0 to 4, and the result";
+  for (int Generation = 0; Generation < 5; ++Generation) {
+    const std::string Begin = R"({"event":"generation","generation":)" + std::to_string(Generation) + ',';
+    EXPECT_EQ(CountOf(End.Out, Begin), 1);
+  }
+  EXPECT_EQ(CountOf(End.Out, R"({"event":"result","target":"y","chosen":{"size":)"), 1);
+  EXPECT_NE(End.Out.find(R"("ended_by":"generations"})"), std::string::npos);
+  EXPECT_EQ(End.Out.find("nan"), std::string::npos);
+  EXPECT_EQ(End.Out.find("inf"), std::string::npos);
+}
+
+TEST_F(QxevolveTest, LinesInAPipeAndABarOnATerminal) {
+  WriteHard();
+  const Arguments Usual = {"regress", "hard.csv", "-t", "y", "-s", "1", "--seed", "1"};
+  const auto Piped = Run(Usual);
+  EXPECT_EQ(Piped.Error.find('\r'), std::string::npos);
+  EXPECT_EQ(Piped.Error.find('\x1b'), std::string::npos);
+  EXPECT_NE(Piped.Error.find("\ngeneration 0  error "), std::string::npos) << Piped.Error;
+  const auto Shown = RunInTerminal(Usual);
+  EXPECT_EQ(Shown.Code, 0);
+  EXPECT_NE(Shown.Out.find("\r[#"), std::string::npos);
+  EXPECT_NE(Shown.Out.find("%  generation "), std::string::npos);
+  EXPECT_NE(Shown.Out.find(" s left\x1b[K"), std::string::npos);
+  EXPECT_NE(Shown.Out.find("y = "), std::string::npos);
+  for (auto At = Shown.Out.find('['); At != std::string::npos; At = Shown.Out.find('[', At + 1)) {
+    if (At > 0 && Shown.Out[At - 1] == '\r') { // the bar keeps within the 100 columns
+      EXPECT_LT(Shown.Out.find("\x1b[K", At) - At, 100U);
+    }
+  }
+}
+
+TEST_F(QxevolveTest, CtrlCEndsTheRunWithWhatItHas) {
+  WriteHard();
+  for (const auto Output : {TProcess::TOutput::Pipes, TProcess::TOutput::Terminal}) {
+    TProcess Process(
+        Command({"regress", "hard.csv", "-t", "y", "-s", "60", "--seed", "1", "--save", "run.xml"}), Folder(),
+        Output);
+    ASSERT_TRUE(Process.WaitFor("generation 0"));
+    if (Output == TProcess::TOutput::Terminal) {
+      Process.Type("\x03");
+    } else {
+      Process.Send(SIGINT);
+    }
+    const auto End = Process.Finish();
+    EXPECT_EQ(End.Code, 130);
+    EXPECT_NE(End.Out.find("ended by Ctrl-C"), std::string::npos);
+    EXPECT_NE(End.Out.find("y = "), std::string::npos);
+    EXPECT_EQ(Run({"show", "run.xml"}).Code, 0);
+    std::filesystem::remove(Path("run.xml"));
+  }
+}
+
+TEST_F(QxevolveTest, ResumingIsTheSameAsNotStopping) {
+  WriteHard();
+  const Arguments Usual = {"regress", "hard.csv", "-t", "y", "-q", "--threads", "1", "--save"};
+  const auto With = [&](Arguments More) {
+    auto All = Usual;
+    All.insert(All.end(), More.begin(), More.end());
+    return All;
+  };
+  const auto Whole = Run(With({"whole.xml", "--seed", "3", "-g", "12"}));
+  EXPECT_EQ(Whole.Code, 0);
+  EXPECT_EQ(Run(With({"run.xml", "--seed", "3", "-g", "5", "--resume"})).Code, 0) << "nothing to resume yet";
+  const auto Resumed = Run(With({"run.xml", "-g", "12", "--resume"}));
+  EXPECT_EQ(Resumed.Code, 0);
+  EXPECT_EQ(Resumed.Out, Whole.Out);
+  const auto StateOf = [&](const std::string& File) {
+    const std::string Text = Read(File);
+    const auto Begin = Text.find("<State>");
+    EXPECT_NE(Begin, std::string::npos);
+    return Text.substr(Begin);
+  };
+  EXPECT_TRUE(StateOf("run.xml") == StateOf("whole.xml"));
+  EXPECT_EQ(CountOf(Read("run.xml"), "<Record "), 13);
+  const auto Other = Run(With({"run.xml", "--resume", "--seed", "4"}));
+  EXPECT_EQ(Other.Code, 2);
+  EXPECT_TRUE(IsOneLine(Other.Error)) << Other.Error;
+  WriteHard(401);
+  const auto OtherData = Run(With({"run.xml", "--resume", "-g", "20"}));
+  EXPECT_EQ(OtherData.Code, 2);
+  EXPECT_NE(OtherData.Error.find("holds a run on other data: 400 rows"), std::string::npos);
+}
+
+TEST_F(QxevolveTest, ARunIsKeptWhileItGoesOn) {
+  WriteHard();
+  TProcess Process(Command({"regress", "hard.csv", "-t", "y", "-s", "60", "--seed", "1", "--save", "run.xml",
+                            "--checkpoint", "0.2", "-q"}),
+                   Folder());
+  for (int I = 0; I < 600 && !std::filesystem::exists(Path("run.xml")); ++I) {
+    usleep(50'000);
+  }
+  Process.Send(SIGKILL);
+  EXPECT_EQ(Process.Finish().Code, 128 + SIGKILL);
+  const auto Shown = Run({"show", "run.xml"});
+  EXPECT_EQ(Shown.Code, 0) << Shown.Error;
+  EXPECT_FALSE(Shown.Out.empty());
+}
+
+TEST_F(QxevolveTest, SettingsReachTheComponent) {
+  WritePlanets();
+  const auto End = Run({"regress",
+                        "planets.csv",
+                        "-t",
+                        "period",
+                        "-g",
+                        "2",
+                        "--seed",
+                        "1",
+                        "--save",
+                        "run.xml",
+                        "-p",
+                        "77",
+                        "-f",
+                        "Add,mul,Pow",
+                        "--depth",
+                        "3",
+                        "--bloat",
+                        "hoist-size",
+                        "--bloat-limit",
+                        "33",
+                        "--selection",
+                        "elitist",
+                        "--crossover",
+                        "0.5",
+                        "--mutation",
+                        "0.25",
+                        "--inversion",
+                        "0.15",
+                        "--no-constants",
+                        "-q"});
+  ASSERT_EQ(End.Code, 0) << End.Error;
+  const auto Told = Run({"describe", "run.xml"});
+  EXPECT_EQ(Told.Code, 0);
+  for (const std::string Part :
+       {"Target = period\n", "Seed = 1\n", "Population = 77", "= smElitist", "Crossover Probability = 50.00%",
+        "Mutation Probability = 25.00%", "Inversion Probability = 15.00%", "Strategy = bsHoistSize",
+        "Limit = 33", "Functions (3)", "Terminals (1)\n      distance\n"}) {
+    EXPECT_NE(Told.Out.find(Part), std::string::npos) << Part << " in\n" << Told.Out;
+  }
+}
+
+} // namespace
+} // namespace qxevolve::tests

@@ -1,0 +1,96 @@
+#include <apps/qxevolve/Program.h>
+#include <cmath>
+#include <sstream>
+
+namespace qxevolve::tests {
+namespace {
+
+// A run that is kept.
+class QxevolveUseTest : public QxevolveTest {
+protected:
+  void SetUp() override {
+    WritePlanets();
+    const auto End = Run({"regress", "planets.csv", "-t", "period", "-g", "20", "--seed", "1", "-q", "--save",
+                          "run.xml", "--stop-at", "1e-7"});
+    ASSERT_EQ(End.Code, 0) << End.Error;
+    ASSERT_EQ(End.Out, "period = 0.00408776 + 0.999378 * sqrt(abs(distance^3))\n");
+  }
+};
+
+TEST_F(QxevolveUseTest, PredictComputesTheFormulaForOtherRows) {
+  Write("new.csv", "mass,distance\n3,4\n5,100\n");
+  const auto End = Run({"predict", "run.xml", "new.csv"});
+  EXPECT_EQ(End.Code, 0);
+  std::istringstream Lines(End.Out);
+  std::string Name;
+  double First = 0;
+  double Second = 0;
+  ASSERT_TRUE(Lines >> Name >> First >> Second);
+  EXPECT_EQ(Name, "period");
+  EXPECT_NEAR(First, 0.00408776 + 0.999378 * 8, 1e-4);
+  EXPECT_NEAR(Second, 0.00408776 + 0.999378 * 1000, 1e-2);
+}
+
+TEST_F(QxevolveUseTest, PredictKeepsTheTableAndWritesFiles) {
+  const auto End = Run({"predict", "run.xml", "planets.csv", "--keep", "--output", "out.csv"});
+  EXPECT_EQ(End.Code, 0);
+  EXPECT_EQ(End.Out, "");
+  const std::string Text = Read("out.csv");
+  EXPECT_TRUE(Text.starts_with("distance,period,period predicted\n0.3871,0.2408,0.244")) << Text;
+  EXPECT_EQ(CountOf(Text, "\n"), 9);
+}
+
+TEST_F(QxevolveUseTest, PredictNamesTheColumnThatIsMissing) {
+  Write("new.csv", "mass\n3\n");
+  const auto End = Run({"predict", "run.xml", "new.csv", "-o", "out.csv"});
+  EXPECT_EQ(End.Code, 2);
+  EXPECT_TRUE(IsOneLine(End.Error));
+  EXPECT_NE(End.Error.find("new.csv: The data have no column \"distance\""), std::string::npos) << End.Error;
+  EXPECT_EQ(Read("out.csv"), "");
+}
+
+TEST_F(QxevolveUseTest, ShowWritesEachLanguage) {
+  const auto Shown = [&](const std::string& Style) {
+    const auto End = Run({"show", "run.xml", "--as", Style});
+    EXPECT_EQ(End.Code, 0) << End.Error;
+    return End.Out;
+  };
+  EXPECT_TRUE(Shown("infix").ends_with(" * sqrt(abs(distance^3))\n"));
+  EXPECT_NE(Shown("latex").find("\\sqrt"), std::string::npos);
+  EXPECT_NE(Shown("cpp").find("double period(double distance) {"), std::string::npos);
+  EXPECT_NE(Shown("python").find("def period(distance):"), std::string::npos);
+  EXPECT_TRUE(Shown("dot").starts_with("digraph"));
+}
+
+TEST_F(QxevolveUseTest, ShowTakesAnotherSize) {
+  const auto End = Run({"show", "run.xml", "--size", "1"});
+  EXPECT_EQ(End.Code, 0);
+  EXPECT_TRUE(End.Out.ends_with(" * distance\n")) << End.Out;
+  const auto Wrong = Run({"show", "run.xml", "--size", "1000"});
+  EXPECT_EQ(Wrong.Code, 2);
+  EXPECT_NE(Wrong.Error.find("no formula of size 1000; there are 1, "), std::string::npos) << Wrong.Error;
+}
+
+TEST_F(QxevolveTest, OptimizePacksTheKnapsack) { // Kreher and Stinson's 15 items; the optimum is 1458
+  std::string Text = "value,weight,capacity\n";
+  constexpr int Values[] = {135, 139, 149, 150, 156, 163, 173, 184, 192, 201, 210, 214, 221, 229, 240};
+  constexpr int Weights[] = {70, 73, 77, 80, 82, 87, 90, 94, 98, 106, 110, 113, 115, 118, 120};
+  for (std::size_t I = 0; I < std::size(Values); ++I) {
+    Text += std::to_string(Values[I]) + "," + std::to_string(Weights[I]) + ",750\n";
+  }
+  Write("items.csv", Text);
+  int Reached = 0;
+  for (int Seed = 1; Seed <= 5; ++Seed) {
+    const auto End = Run({"optimize", "items.csv", "--seed", std::to_string(Seed), "-g", "200"});
+    EXPECT_EQ(End.Code, 0);
+    Reached += CountOf(End.Error, "Value 1458, weight 749 of 750, 8 of 15 items\n");
+    EXPECT_TRUE(End.Out.starts_with("item,value,weight\n"));
+  }
+  EXPECT_GE(Reached, 4);
+  const auto Small = Run({"optimize", "items.csv", "--seed", "1", "-g", "20", "--capacity", "60", "-q"});
+  EXPECT_EQ(Small.Out, "item,value,weight\n") << "nothing fits";
+  EXPECT_EQ(Small.Error, "");
+}
+
+} // namespace
+} // namespace qxevolve::tests
