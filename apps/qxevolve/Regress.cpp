@@ -290,10 +290,16 @@ private:
   }
 
   void PrintFront() {
+    const auto Width = TerminalWidth(STDOUT_FILENO);
     std::string Text = fmt::format("\n{:>6}  {:>11}  formula\n", "size", "error");
     for (const TRegressionModel& Model : FRegression.Front()) {
-      Text += fmt::format("{:>6}{} {:>11.4g}  {}\n", Model.Size(),
-                          Model.Size() == FRun.ChosenSize ? '*' : ' ', Model.Error, ReadableFormula(Model));
+      const char Mark = Model.Size() == FRun.ChosenSize ? '*' : ' ';
+      std::string Line =
+          fmt::format("{:>6}{} {:>11.4g}  {}", Model.Size(), Mark, Model.Error, ReadableFormula(Model));
+      if (Width && Line.size() > *Width) { // `show --size` has all of it
+        Line.replace(*Width - 3, std::string::npos, "...");
+      }
+      Text += Line + '\n';
     }
     Print(Text);
   }

@@ -137,7 +137,7 @@ void RequireReportFolder(const std::string& Folder) {
 
 std::string WriteReport(const std::string& Folder, const TRun& Run, qx::TQXSymbolicRegression& Regression,
                         const qx::TQXDataSet& Table) {
-  const std::string FileName = Folder + "/report.html";
+  std::string FileName = Folder + "/report.html";
   qx::ReplaceFile(FileName, TPage(Run, Regression, Table).Text());
   return FileName;
 }

@@ -1,6 +1,7 @@
 #include <apps/qxevolve/Program.h>
 #include <csignal>
 #include <filesystem>
+#include <sstream>
 
 namespace qxevolve::tests {
 namespace {
@@ -74,6 +75,10 @@ TEST_F(QxevolveTest, LinesInAPipeAndABarOnATerminal) {
   EXPECT_NE(Shown.Out.find("%  generation "), std::string::npos);
   EXPECT_NE(Shown.Out.find(" s left\x1b[K"), std::string::npos);
   EXPECT_NE(Shown.Out.find("y = "), std::string::npos);
+  std::istringstream Lines(Shown.Out.substr(Shown.Out.find("  size ")));
+  for (std::string Line; std::getline(Lines, Line) && Line != "\r";) {
+    EXPECT_LE(Line.size(), 101U) << "with the carriage return";
+  }
   for (auto At = Shown.Out.find('['); At != std::string::npos; At = Shown.Out.find('[', At + 1)) {
     if (At > 0 && Shown.Out[At - 1] == '\r') { // the bar keeps within the 100 columns
       EXPECT_LT(Shown.Out.find("\x1b[K", At) - At, 100U);
