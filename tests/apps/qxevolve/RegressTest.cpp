@@ -75,7 +75,7 @@ TEST_F(QxevolveTest, LinesInAPipeAndABarOnATerminal) {
   EXPECT_NE(Shown.Out.find("%  generation "), std::string::npos);
   EXPECT_NE(Shown.Out.find(" s left\x1b[K"), std::string::npos);
   EXPECT_NE(Shown.Out.find("y = "), std::string::npos);
-  std::istringstream Lines(Shown.Out.substr(Shown.Out.find("  size ")));
+  std::istringstream Lines(Shown.Out.substr(Shown.Out.find("  size        error")));
   for (std::string Line; std::getline(Lines, Line) && Line != "\r";) {
     EXPECT_LE(Line.size(), 101U) << "with the carriage return";
   }
