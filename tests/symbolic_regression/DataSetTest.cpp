@@ -43,6 +43,25 @@ void ExpectError(const std::string& Text, int Line, int Column, const std::strin
   }
 }
 
+TEST(DataSet, IgnoredColumnsMayHoldAnything) {
+  std::istringstream Text("planet,x,y\nMercury,1,2\n\"Venus, bright\",3,4\n,5,6\n");
+  TCSVFormat Format;
+  Format.Ignored = {"planet", "y"};
+  const auto Data = TQXDataSet::FromCSV(Text, Format);
+  ASSERT_EQ(Data.ColumnCount(), 1);
+  EXPECT_EQ(Data.ColumnName(0), "x");
+  EXPECT_EQ(Data.RowCount(), 3);
+  EXPECT_EQ(Data.Column("x")[2], 5);
+  std::istringstream Again("x,y\n1,2\n");
+  Format.Ignored = {"z"};
+  try {
+    TQXDataSet::FromCSV(Again, Format);
+    FAIL() << "nothing raised";
+  } catch (const std::out_of_range& Error) {
+    EXPECT_STREQ(Error.what(), "There is no column \"z\" to leave out");
+  }
+}
+
 TEST(DataSet, ReadsNamesAndNumbers) {
   const auto Data = FromText("x,y\n1,2.5\n-3e2,+4\n");
   EXPECT_EQ(Data.RowCount(), 2);

@@ -139,6 +139,11 @@ TEST_F(Formula, WritesAGraph) {
                                                                           "}\n");
 }
 
+TEST_F(Formula, RoundsConstantsForReaders) {
+  TQXFormula Rounded(*Of("Add", Of("Mul", C(1.23456789), X()), C(-98765.4321)));
+  EXPECT_EQ(Rounded.RoundConstants(3).Text(fsInfix), "1.23 * x + (-98800)");
+}
+
 TEST_F(Formula, SimplifiesWhatHoldsForAllNumbers) {
   EXPECT_EQ(Simplified(Of("Add", X(), C(0))), "x");
   EXPECT_EQ(Simplified(Of("Add", C(0), X())), "x");
@@ -338,6 +343,23 @@ TEST_F(FormulaSource, PythonComputesWhatTheProgramsDo) {
   }
   tests::WriteFile(Folder.File("f.py"), Text);
   ExpectOutput(OutputOf(Python + " " + Folder.File("f.py")));
+}
+
+TEST_F(FormulaSource, GraphvizReadsTheGraphs) {
+  if (!Runs("dot -V")) {
+    GTEST_SKIP() << "there is no Graphviz";
+  }
+  for (const auto& Program : Programs) {
+    const TQXFormula Written(*Program);
+    tests::WriteFile(Folder.File("f.dot"), Written.Text(fsDOT, "a \"graph\""));
+    const std::string Drawn = OutputOf("dot -Tplain " + Folder.File("f.dot"));
+    ASSERT_TRUE(Drawn.starts_with("graph ")) << Drawn;
+    int Nodes = 0;
+    for (auto At = Drawn.find("\nnode "); At != std::string::npos; At = Drawn.find("\nnode ", At + 1)) {
+      ++Nodes;
+    }
+    EXPECT_EQ(Nodes, Written.Size());
+  }
 }
 
 TEST_F(FormulaSource, CppCompilesWhateverVariablesAndTheFormulaAreCalled) {
