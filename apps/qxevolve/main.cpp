@@ -1,6 +1,7 @@
 // qxevolve: formulas out of tables, and packed knapsacks, for people who write no C++.
 
 #include "Error.h"
+#include "HelpFormatter.h"
 #include "Manual.h"
 #include "Optimize.h"
 #include "Output.h"
@@ -9,12 +10,12 @@
 #include "UseRun.h"
 
 #include <CLI/CLI.hpp>
-#include <clocale>
 #include <exception>
 #include <fmt/format.h>
+#include <functional>
+#include <map>
 #include <memory>
 #include <new>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -37,48 +38,6 @@ constexpr const char* Examples = R"(Examples:
 Exit codes: 0 done, 1 failed, 2 wrong use, 130 ended by Ctrl-C with what there was.
 )";
 
-// Text in lines of at most `Width` characters.
-std::string Wrapped(const std::string& Text, std::size_t Width) {
-  std::istringstream Words(Text);
-  std::string Result;
-  std::size_t Length = 0;
-  for (std::string Word; Words >> Word; Length += Word.size() + 1) {
-    if (Length + Word.size() > Width) {
-      Result += '\n';
-      Length = 0;
-    } else if (Length > 0) {
-      Result += ' ';
-    }
-    Result += Word;
-  }
-  return Result;
-}
-
-// Help in two columns: without the names of checks, which the messages tell.
-class TFormatter : public CLI::Formatter {
-public:
-  TFormatter() { column_width(Column); }
-  std::string make_footer(const CLI::App* App) const override {
-    return App->get_footer().empty() ? "" : "\n" + App->get_footer();
-  }
-  std::string make_option_opts(const CLI::Option* Option) const override {
-    if (Option->get_type_size() == 0) {
-      return "";
-    }
-    const std::string Type = Option->get_type_name();
-    return ' ' + Type.substr(0, Type.find(':'));
-  }
-  std::string make_option_desc(const CLI::Option* Option) const override {
-    const bool HasDefault = Option->get_type_size() != 0 && !Option->get_default_str().empty();
-    return Wrapped(Option->get_description() + (HasDefault ? " [" + Option->get_default_str() + "]" : ""),
-                   Width - Column);
-  }
-
-private:
-  static constexpr std::size_t Column = 30;
-  static constexpr std::size_t Width = 100;
-};
-
 // Runs a command, and tells in one line what kept it from its end.
 template <class TCommand>
 int Guarded(TCommand Command) {
@@ -96,74 +55,88 @@ int Guarded(TCommand Command) {
   }
 }
 
-int Run(int Count, char** Arguments) {
-  CLI::App App("Finds formulas in tables of numbers, by evolution.", "qxevolve");
-  App.formatter(std::make_shared<TFormatter>());
-  App.set_version_flag("--version", "qxevolve " QX_VERSION);
-  App.require_subcommand(1);
-  App.footer(Examples);
-  const auto Add = [&](const std::string& Name, const std::string& What, const std::string& Example) {
-    CLI::App* const Command = App.add_subcommand(Name, What);
-    Command->footer("Example:\n  " + Example + "\n");
-    return Command;
-  };
-  TRegressOptions ToRegress;
-  TUseOptions ToUse;
-  TOptimizeOptions ToOptimize;
-  CLI::App* const Regressing = Add("regress", "Finds formulas for a column of a table",
-                                   "qxevolve regress planets.csv --target period --seconds 10 --functions "
-                                   "Add,Mul,Div,Sqrt --save run.xml");
-  ToRegress.AddTo(*Regressing);
-  CLI::App* const Predicting = Add("predict", "Computes a kept formula for the rows of a table",
-                                   "qxevolve predict run.xml new.csv --keep --output predictions.csv");
-  ToUse.AddPredictTo(*Predicting);
-  CLI::App* const Showing =
-      Add("show", "Writes a kept formula in a language", "qxevolve show run.xml --as latex --size 7");
-  ToUse.AddShowTo(*Showing);
-  CLI::App* const Describing =
-      Add("describe", "Prints the settings of a kept run", "qxevolve describe run.xml");
-  ToUse.AddDescribeTo(*Describing);
-  CLI::App* const Optimizing = Add("optimize", "Packs the most valuable items into a knapsack",
-                                   "qxevolve optimize items.csv --capacity 750 --seed 1");
-  ToOptimize.AddTo(*Optimizing);
-  CLI::App* const Manual =
-      Add("manual", "Prints all of this help as Markdown", "qxevolve manual > qxevolve.md");
-  CLI::App* const Completion =
-      Add("completion", "Prints a script that completes commands in bash", "source <(qxevolve completion)");
-  try {
-    App.parse(Count, Arguments);
-  } catch (const CLI::CallForHelp&) {
-    CLI::App* const Asked = App.get_subcommands().empty() ? &App : App.get_subcommands().front();
-    Print(Asked->help(Asked == &App ? "" : "qxevolve"));
-    return ExitGood;
-  } catch (const CLI::CallForVersion& Version) {
-    Print(std::string(Version.what()) + "\n");
-    return ExitGood;
-  } catch (const CLI::ParseError& Error) {
-    const std::string Command =
-        App.get_subcommands().empty() ? "" : " " + App.get_subcommands().front()->get_name();
-    if (Command.empty() && Count > 1 && Arguments[1][0] != '-') {
-      throw EUsageError(fmt::format("There is no command \"{}\"; see qxevolve --help", Arguments[1]));
+class TProgram {
+public:
+  TProgram() {
+    FApp.formatter(std::make_shared<THelpFormatter>());
+    FApp.set_version_flag("--version", "qxevolve " QX_VERSION);
+    FApp.require_subcommand(1);
+    FApp.footer(Examples);
+    AddCommands();
+  }
+
+  int Run(int Count, char** Arguments) {
+    try {
+      FApp.parse(Count, Arguments);
+    } catch (const CLI::CallForHelp&) {
+      const CLI::App* const Asked = Chosen();
+      Print(Asked != nullptr ? Asked->help("qxevolve") : FApp.help());
+      return ExitGood;
+    } catch (const CLI::CallForVersion& Version) {
+      Print(std::string(Version.what()) + "\n");
+      return ExitGood;
+    } catch (const CLI::ParseError& Error) {
+      if (Chosen() == nullptr && Count > 1 && Arguments[1][0] != '-') {
+        throw EUsageError(fmt::format("There is no command \"{}\"; see qxevolve --help", Arguments[1]));
+      }
+      throw EUsageError(fmt::format("{}; see qxevolve{} --help", Error.what(),
+                                    Chosen() != nullptr ? " " + Chosen()->get_name() : ""));
     }
-    throw EUsageError(fmt::format("{}; see qxevolve{} --help", Error.what(), Command));
+    FWords.assign(Arguments, Arguments + Count);
+    FWords[0] = "qxevolve";
+    return FRuns.at(Chosen())();
   }
-  if (Regressing->parsed()) {
-    std::vector<std::string> Command(Arguments, Arguments + Count);
-    Command[0] = "qxevolve";
-    return Regress(ToRegress, std::move(Command));
+
+private:
+  const CLI::App* Chosen() const {
+    const auto Commands = FApp.get_subcommands();
+    return Commands.empty() ? nullptr : Commands.front();
   }
-  if (Optimizing->parsed()) {
-    return Optimize(ToOptimize);
+
+  template <class TRun>
+  CLI::App& Add(const std::string& Name, const std::string& What, const std::string& Example, TRun Run) {
+    CLI::App* const Command = FApp.add_subcommand(Name, What);
+    Command->footer("Example:\n  " + Example + "\n");
+    FRuns[Command] = Run;
+    return *Command;
   }
-  if (Manual->parsed() || Completion->parsed()) {
-    Print(Manual->parsed() ? ManualText(App) : CompletionText(App));
-    return ExitGood;
+
+  void AddCommands() {
+    FToRegress.AddTo(Add("regress", "Finds formulas for a column of a table",
+                         "qxevolve regress planets.csv --target period --seconds 10 --functions "
+                         "Add,Mul,Div,Sqrt --save run.xml",
+                         [this] { return Regress(FToRegress, FWords); }));
+    FToUse.AddPredictTo(Add("predict", "Computes a kept formula for the rows of a table",
+                            "qxevolve predict run.xml new.csv --keep --output predictions.csv",
+                            [this] { return Predict(FToUse); }));
+    FToUse.AddShowTo(Add("show", "Writes a kept formula in a language",
+                         "qxevolve show run.xml --as latex --size 7", [this] { return Show(FToUse); }));
+    FToUse.AddDescribeTo(Add("describe", "Prints the settings of a kept run", "qxevolve describe run.xml",
+                             [this] { return Describe(FToUse); }));
+    FToOptimize.AddTo(Add("optimize", "Packs the most valuable items into a knapsack",
+                          "qxevolve optimize items.csv --capacity 750 --seed 1",
+                          [this] { return Optimize(FToOptimize); }));
+    Add("manual", "Prints all of this help as Markdown", "qxevolve manual > qxevolve.md", [this] {
+      Print(ManualText(FApp));
+      return ExitGood;
+    });
+    Add("completion", "Prints a script that completes commands in bash", "source <(qxevolve completion)",
+        [this] {
+          Print(CompletionText(FApp));
+          return ExitGood;
+        });
   }
-  return Predicting->parsed() ? Predict(ToUse) : Showing->parsed() ? Show(ToUse) : Describe(ToUse);
-}
+
+  CLI::App FApp{"Finds formulas in tables of numbers, by evolution.", "qxevolve"};
+  TRegressOptions FToRegress;
+  TUseOptions FToUse;
+  TOptimizeOptions FToOptimize;
+  std::map<const CLI::App*, std::function<int()>> FRuns;
+  std::vector<std::string> FWords; // of the command
+};
 
 } // namespace
 
 int main(int Count, char** Arguments) {
-  return Guarded([&] { return Run(Count, Arguments); });
+  return Guarded([&] { return TProgram().Run(Count, Arguments); });
 }
