@@ -34,7 +34,8 @@ enum TFormulaStyle : std::uint8_t {
 ///     std::cout << formula.Simplify().Text(qx::fsInfix);
 ///
 /// Numbers are written with the digits that read back to the same double, with a decimal point. In C++ and
-/// Python names that are no identifiers there become some; in Python, functions of the host's get arrays.
+/// Python names that are no identifiers there become some, in infix notation they stand between backticks. In
+/// Python, functions of the host's get arrays.
 class TQXFormula {
 public:
   using TNode = generics::TQXGPNode<TGAFloat>;

@@ -73,11 +73,30 @@ const char* ComparisonSign(TBlockOperation Operator) {
 
 // --- Infix -------------------------------------------------------------------------------------------------
 
+// A name that could be taken for a formula stands between backticks, as R and the tables of Python have it.
+std::string QuotedName(const std::string& Name) {
+  const auto IsLetter = [](char C) {
+    return (C >= 'a' && C <= 'z') || (C >= 'A' && C <= 'Z') || C == '_' || static_cast<signed char>(C) < 0;
+  };
+  const auto IsDigit = [](char C) { return C >= '0' && C <= '9'; };
+  const bool IsPlain = !Name.empty() && IsLetter(Name[0]) && std::ranges::all_of(Name, [&](char C) {
+    return IsLetter(C) || IsDigit(C) || C == '.';
+  });
+  if (IsPlain) {
+    return Name;
+  }
+  std::string Quoted = "`";
+  for (const char C : Name) {
+    Quoted += C == '`' ? "``" : std::string(1, C);
+  }
+  return Quoted + '`';
+}
+
 class TInfixWriter {
 public:
   static constexpr bool HasTallBrackets = false;
   TPiece Number(double Value) const { return NumberPiece(Value, "inf", "nan"); }
-  TPiece Variable(const std::string& Name) const { return {Name, biWhole}; }
+  TPiece Variable(const std::string& Name) const { return {QuotedName(Name), biWhole}; }
   TPiece Call(const std::string& Name, const TPieces& A) const { return Called(Name, A); }
   TPiece Operation(TBlockOperation Operator, const TPieces& A) const {
     switch (Operator) {

@@ -139,6 +139,19 @@ TEST_F(Formula, WritesAGraph) {
                                                                           "}\n");
 }
 
+TEST_F(Formula, QuotesNamesThatCouldBeTakenForFormulas) {
+  const auto Named = [&](const std::string& Name) {
+    Instructions[Functions].SetName(Name); // the first variable
+    return Infix(Of("Neg", Node(Name)));
+  };
+  EXPECT_EQ(Named("height (m)"), "-`height (m)`");
+  EXPECT_EQ(Named("x-y"), "-`x-y`");
+  EXPECT_EQ(Named("1st"), "-`1st`");
+  EXPECT_EQ(Named("a`b"), "-`a``b`");
+  EXPECT_EQ(Named("x.1_y"), "-x.1_y");
+  EXPECT_EQ(Named("größe"), "-größe");
+}
+
 TEST_F(Formula, RoundsConstantsForReaders) {
   TQXFormula Rounded(*Of("Add", Of("Mul", C(1.23456789), X()), C(-98765.4321)));
   EXPECT_EQ(Rounded.RoundConstants(3).Text(fsInfix), "1.23 * x + (-98800)");
