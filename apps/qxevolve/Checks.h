@@ -5,21 +5,44 @@
 #include <qx/platform/Numbers.h>
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
+#include <fmt/format.h>
+#include <limits>
 #include <string>
 
 namespace qxevolve {
 
-inline CLI::Validator NumberCheck(bool ZeroToo) {
+inline CLI::Validator IsPositive() {
+  return {[](std::string& Text) {
+            const auto Value = qx::ParseReal(Text);
+            return Value && *Value > 0 ? std::string() : Text + " is no number above 0";
+          },
+          ""};
+}
+
+/// A number within bounds, which belong to it.
+inline CLI::Validator IsWithin(double Least, double Greatest = std::numeric_limits<double>::max()) {
   return {[=](std::string& Text) {
             const auto Value = qx::ParseReal(Text);
-            if (Value && (*Value > 0 || (ZeroToo && *Value == 0))) {
+            if (Value && *Value >= Least && *Value <= Greatest) {
               return std::string();
             }
-            return Text + (ZeroToo ? " is not a number from 0 on" : " is not a number above 0");
+            return Greatest < std::numeric_limits<double>::max()
+                       ? fmt::format("{} is no number from {} to {}", Text, Least, Greatest)
+                       : fmt::format("{} is no number from {} on", Text, Least);
           },
-          "NUMBER"};
+          ""};
 }
-inline CLI::Validator IsPositive() { return NumberCheck(false); }
-inline CLI::Validator IsNotNegative() { return NumberCheck(true); }
+
+/// A whole number within bounds, which belong to it.
+inline CLI::Validator IsWhole(std::int64_t Least, std::int64_t Greatest = std::numeric_limits<int>::max()) {
+  return {[=](std::string& Text) {
+            const auto Value = qx::ParseInteger(Text);
+            return Value && *Value >= Least && *Value <= Greatest
+                       ? std::string()
+                       : fmt::format("{} is no whole number from {} to {}", Text, Least, Greatest);
+          },
+          ""};
+}
 
 } // namespace qxevolve

@@ -1,15 +1,31 @@
 #include "DataFile.h"
 
 #include "Error.h"
+#include <qx/platform/Numbers.h>
+#include <qx/platform/Utf8.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <fmt/format.h>
+#include <fstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace qxevolve {
+
+namespace {
+
+bool IsUTF8(std::string_view Text) {
+  std::size_t Offset = 0;
+  while (Offset < Text.size() && qx::NextCodePoint(Text, Offset)) {
+  }
+  return Offset == Text.size();
+}
+
+} // namespace
 
 void TDataFile::AddOptions(CLI::App& App) {
   const auto Group = "Data";
@@ -21,23 +37,31 @@ void TDataFile::AddOptions(CLI::App& App) {
                  "Between cells; \"tab\" too. Without it, the comma, semicolon or tab of the first line")
       ->type_name("CHAR")
       ->group(Group);
-  App.add_option("--decimal-point", DecimalPoint, "In numbers; a comma needs another separator")
+  App.add_option("--decimal-point", DecimalPoint, "In numbers; a comma needs another separator [.]")
       ->type_name("CHAR")
       ->check(CLI::IsMember({".", ","}))
-      ->capture_default_str()
       ->group(Group);
   App.add_flag("--no-header", NoHeader, "The first line has numbers; columns are called x1, x2 and so on")
       ->group(Group);
+}
+
+void TDataFile::AddMissingOption(CLI::App& App) {
   App.add_option("--missing", MissingValues,
-                 "What to do with cells that are empty or say NA: refuse the "
-                 "table, or skip their rows")
+                 "What to do with cells that are empty or say NA: refuse the table, or skip their rows")
       ->type_name("refuse|skip")
       ->check(CLI::IsMember({"refuse", "skip"}))
       ->capture_default_str()
-      ->group(Group);
+      ->group("Data");
 }
 
-qx::TQXDataSet TDataFile::Read() const {
+void TDataFile::InheritFormat(const TDataFile& Other) {
+  Separator = Separator.empty() ? Other.Separator : Separator;
+  DecimalPoint = DecimalPoint.empty() ? Other.DecimalPoint : DecimalPoint;
+  NoHeader = NoHeader || Other.NoHeader;
+}
+
+qx::TQXDataSet TDataFile::Read(const std::vector<std::string>& Wanted) const {
+  RequireReadableText();
   qx::TCSVFormat Format;
   if (!Separator.empty()) {
     if (Separator.size() > 1 && Separator != "tab") {
@@ -45,27 +69,64 @@ qx::TQXDataSet TDataFile::Read() const {
     }
     Format.Separator = Separator == "tab" ? '\t' : Separator[0];
   }
-  Format.DecimalPoint = DecimalPoint[0];
+  Format.DecimalPoint = DecimalPoint == "," ? ',' : '.';
   Format.Header = !NoHeader;
-  Format.MissingValues = MissingValues == "skip" ? qx::mvSkipRow : qx::mvRefuse;
+  Format.MissingValues = MissingValues == "skip"   ? qx::mvSkipRow
+                         : MissingValues == "keep" ? qx::mvKeep
+                                                   : qx::mvRefuse;
   Format.Ignored = Ignored;
+  Format.Wanted = Wanted;
   try {
-    return qx::TQXDataSet::FromCSV(FileName, Format);
+    return RequireReadableNames(qx::TQXDataSet::FromCSV(FileName, Format));
   } catch (const qx::EDataError& Error) {
-    const std::string Message = Error.what();
-    if (Message.ends_with("has no number")) {
-      throw EUsageError(Message + "; --missing skip leaves such rows out");
-    }
-    if (Message.find("is no number") != std::string::npos) {
-      throw EUsageError(Message + "; --ignore leaves a column out");
-    }
-    if (Message.ends_with("has no columns")) {
-      throw EUsageError(FileName + " is empty; its first line should name the columns");
-    }
-    throw EUsageError(Message);
+    throw EUsageError(Error.what() + Advice(Error.what()));
   } catch (const std::out_of_range& Error) {
     throw EUsageError(FileName + ": " + Error.what());
   }
+}
+
+// What helps against an error of the reader.
+std::string TDataFile::Advice(const std::string& Message) {
+  if (Message.ends_with("has no number")) {
+    return "; --missing skip leaves such rows out, --ignore the column";
+  }
+  if (Message.ends_with("has no columns")) {
+    return ": it is empty; its first line should name the columns";
+  }
+  constexpr std::string_view Refused = " is no number: \"";
+  const auto Place = Message.find(Refused);
+  if (Place == std::string::npos) {
+    return "";
+  }
+  std::string Cell = Message.substr(Place + Refused.size());
+  Cell.pop_back();
+  std::ranges::replace(Cell, ',', '.');
+  return qx::ParseReal(Cell) ? "; --decimal-point , reads such numbers" : "; --ignore leaves a column out";
+}
+
+// A text of another encoding would be met only when it is written.
+void TDataFile::RequireReadableText() const {
+  std::ifstream Stream(FileName, std::ios::binary);
+  std::array<char, 2> Mark{};
+  Stream.read(Mark.data(), Mark.size());
+  if (Stream && (Mark == std::array{'\xff', '\xfe'} || Mark == std::array{'\xfe', '\xff'})) {
+    throw EUsageError(FileName + " is UTF-16; save it as UTF-8");
+  }
+}
+
+qx::TQXDataSet TDataFile::RequireReadableNames(qx::TQXDataSet Data) const {
+  for (int I = 0; I < Data.ColumnCount(); ++I) {
+    const std::string& Name = Data.ColumnName(I);
+    if (!IsUTF8(Name)) {
+      throw EUsageError(
+          fmt::format("{}: the name of column {} is not UTF-8; save the table as UTF-8", FileName, I + 1));
+    }
+    if (std::ranges::any_of(Name, [](char C) { return static_cast<unsigned char>(C) < ' '; })) {
+      throw EUsageError(
+          fmt::format("{}: the name of column {} goes over more than one line", FileName, I + 1));
+    }
+  }
+  return Data;
 }
 
 std::uint64_t Fingerprint(const qx::TQXDataSet& Data) { // FNV-1a

@@ -16,15 +16,23 @@ namespace qxevolve {
 struct TDataFile {
   std::string FileName;
   std::string Separator;
-  std::string DecimalPoint = ".";
+  std::string DecimalPoint; // "" for a point
   bool NoHeader = false;
-  std::string MissingValues = "refuse";
+  std::string MissingValues = "refuse"; // or "skip" their rows, or "keep" them
   std::vector<std::string> Ignored;
 
   void AddOptions(CLI::App& App);
-  /// The table without the ignored columns. Raises EUsageError for one that is not there, and what
-  /// `TQXDataSet::FromCSV` does, with the option that helps.
-  qx::TQXDataSet Read() const;
+  void AddMissingOption(CLI::App& App);
+  /// What was not asked for is as in another table.
+  void InheritFormat(const TDataFile& Other);
+  /// The table without the ignored columns, or only the wanted ones. Raises EUsageError, with the option that
+  /// helps, for what is no such table, and std::system_error when it cannot be read.
+  qx::TQXDataSet Read(const std::vector<std::string>& Wanted = {}) const;
+
+private:
+  static std::string Advice(const std::string& Message);
+  void RequireReadableText() const;
+  qx::TQXDataSet RequireReadableNames(qx::TQXDataSet Data) const;
 };
 
 /// A number that tells tables apart: of the columns' names and all values.

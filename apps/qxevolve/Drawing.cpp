@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string_view>
+#include <sys/wait.h>
 #include <system_error>
 
 namespace qxevolve {
@@ -17,7 +18,9 @@ namespace {
 class TTemporaryFolder {
 public:
   TTemporaryFolder() {
-    std::string Pattern = (std::filesystem::temp_directory_path() / "qxevolve-XXXXXX").string();
+    std::error_code Ignored;
+    const auto Usual = std::filesystem::temp_directory_path(Ignored);
+    std::string Pattern = ((Ignored ? std::filesystem::path("/tmp") : Usual) / "qxevolve-XXXXXX").string();
     if (mkdtemp(Pattern.data()) == nullptr) {
       throw std::system_error(errno, std::generic_category(), "Cannot make a temporary folder");
     }
@@ -43,24 +46,28 @@ void ReplaceAll(std::string& Text, std::string_view Old, std::string_view New) {
 
 } // namespace
 
-std::optional<std::string> Draw(const std::string& Tool, const std::string& Content) {
+TDrawing Draw(const std::string& Tool, const std::string& Content) {
+  constexpr int NotFound = 127; // as shells have it
+  const std::string Name = Tool.substr(0, Tool.find(' '));
   const TTemporaryFolder Folder;
   const std::string FileName = Folder.Name() + "/drawing";
   qx::ReplaceFile(FileName, Content);
   const std::string Command = Tool + " '" + FileName + "' 2>/dev/null";
   std::FILE* const Pipe = popen(Command.c_str(), "r");
   if (Pipe == nullptr) {
-    return std::nullopt;
+    return {std::nullopt, Name + " cannot be started"};
   }
   std::string Drawn;
   std::array<char, 1 << 16> Block{};
   while (const std::size_t Count = std::fread(Block.data(), 1, Block.size(), Pipe)) {
     Drawn.append(Block.data(), Count);
   }
-  if (pclose(Pipe) != 0 || Drawn.find("<svg") == std::string::npos) {
-    return std::nullopt;
+  const int Status = pclose(Pipe);
+  if (Status != 0 || Drawn.find("<svg") == std::string::npos) {
+    const bool IsMissing = WIFEXITED(Status) && WEXITSTATUS(Status) == NotFound;
+    return {std::nullopt, Name + (IsMissing ? " is not installed" : " has failed")};
   }
-  return Drawn;
+  return {Drawn, ""};
 }
 
 std::string PartOfPage(const std::string& SVG, const std::string& Name) {

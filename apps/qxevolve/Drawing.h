@@ -5,9 +5,12 @@
 
 namespace qxevolve {
 
-/// What a tool ("gnuplot", "dot -Tsvg") writes for a file of that content, or nothing when it is not
-/// installed or fails.
-std::optional<std::string> Draw(const std::string& Tool, const std::string& Content);
+/// What a tool ("gnuplot", "dot -Tsvg") writes for a file of that content.
+struct TDrawing {
+  std::optional<std::string> SVG;
+  std::string Missing; // why there is none, as in "gnuplot is not installed"
+};
+TDrawing Draw(const std::string& Tool, const std::string& Content);
 
 /// Makes a drawing a part of a page: no prologue, identifiers of its own, and the page's text colour in place
 /// of black.

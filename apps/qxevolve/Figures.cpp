@@ -99,12 +99,12 @@ public:
 
 private:
   void Add(std::string Name, std::string Title, std::string Caption, const std::string& Script,
-           const std::string& Tool = "gnuplot", const std::string& Missing = "gnuplot") {
-    auto SVG = qxevolve::Draw(Tool, Script);
-    if (SVG) {
-      SVG = PartOfPage(*SVG, Name);
+           const std::string& Tool = "gnuplot") {
+    TDrawing Drawing = qxevolve::Draw(Tool, Script);
+    if (Drawing.SVG) {
+      Drawing.SVG = PartOfPage(*Drawing.SVG, Name);
     }
-    FFigures.push_back({std::move(Name), std::move(Title), std::move(Caption), std::move(SVG), Missing});
+    FFigures.push_back({std::move(Name), std::move(Title), std::move(Caption), std::move(Drawing)});
   }
 
   template <class TVisit>
@@ -242,7 +242,7 @@ private:
     qx::TQXFormula Formula(FBest);
     Formula.Simplify().RoundConstants(Digits);
     Add("tree", "The program as a tree", "After simplification, with numbers rounded to four digits.",
-        Formula.Text(qx::fsDOT), "dot -Tsvg -Gbgcolor=transparent -Nfontname=sans-serif", "Graphviz");
+        Formula.Text(qx::fsDOT), "dot -Tsvg -Gbgcolor=transparent -Nfontname=sans-serif");
     FFigures.back().IsWide = Formula.Size() > Wide;
   }
 

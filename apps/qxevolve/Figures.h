@@ -1,20 +1,19 @@
 #pragma once
 
+#include "Drawing.h"
 #include "RunFile.h"
 
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace qxevolve {
 
-/// A drawing for the page: SVG, or why there is none.
+/// A drawing for the page.
 struct TFigure {
   std::string Name; // its identifier in the page
   std::string Title;
   std::string Caption;
-  std::optional<std::string> SVG;
-  std::string Missing; // what would have drawn it
+  TDrawing Drawing;
   bool IsWide = false;
 };
 

@@ -19,11 +19,13 @@ TInterruptScope::TInterruptScope() {
   Interrupted = 0;
   std::signal(SIGINT, NoteInterrupt);
   std::signal(SIGTERM, NoteInterrupt);
+  std::signal(SIGHUP, NoteInterrupt);
 }
 
 TInterruptScope::~TInterruptScope() {
   std::signal(SIGINT, SIG_DFL);
   std::signal(SIGTERM, SIG_DFL);
+  std::signal(SIGHUP, SIG_DFL);
 }
 
 bool TInterruptScope::IsInterrupted() { return Interrupted != 0; }

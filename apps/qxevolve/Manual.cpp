@@ -1,6 +1,7 @@
 #include "Manual.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <fmt/format.h>
 #include <vector>
 
@@ -23,14 +24,33 @@ std::string OptionWords(const CLI::App& Command) {
   return Words;
 }
 
+// The values that options choose from.
+std::string ValueCases(const CLI::App& App) {
+  std::string Cases;
+  for (const CLI::App* const Command : Commands(App)) {
+    for (const CLI::Option* const Option : Command->get_options()) {
+      const std::string Type = Option->get_type_name(); // as in "NAME:{mse,rmse}"
+      const auto Begin = Type.find(":{");
+      const std::string Pattern =
+          "--" + (Option->get_lnames().empty() ? "" : Option->get_lnames().front()) + ")";
+      if (Begin == std::string::npos || !Type.ends_with('}') || Cases.find(Pattern) != std::string::npos) {
+        continue;
+      }
+      std::string Values = Type.substr(Begin + 2, Type.size() - Begin - 3);
+      std::ranges::replace(Values, ',', ' ');
+      Cases += fmt::format("  {} words=\"{}\" ;;\n", Pattern, Values);
+    }
+  }
+  return Cases;
+}
+
 } // namespace
 
 std::string ManualText(const CLI::App& App) {
   std::string Text = "# qxevolve\n\nMade of the program's own `--help`, by `qxevolve manual`.\n\n```\n" +
                      App.help() + "```\n";
   for (const CLI::App* const Command : Commands(App)) {
-    Text += fmt::format("\n## qxevolve {}\n\n```\n{}```\n", Command->get_name(),
-                        Command->help("qxevolve " + Command->get_name()));
+    Text += fmt::format("\n## qxevolve {}\n\n```\n{}```\n", Command->get_name(), Command->help("qxevolve"));
   }
   return Text;
 }
@@ -52,11 +72,10 @@ _qxevolve() {{
     return
   fi
   case $previous in
-  --as) words="infix latex cpp python dot" ;;
-  -t|--target|--weights|--ignore)
-    local file
+{}  -t|--target|--weights|--ignore)
+    local file IFS=$'\n'
     for file in "${{COMP_WORDS[@]}}"; do
-      case $file in *.csv) [ -r "$file" ] && words=$(head -n 1 "$file" | tr -d '"\r' | tr ',;\t' '   ') ;; esac
+      case $file in *.csv) [ -r "$file" ] && words=$(head -n 1 "$file" | sed 's/^\xef\xbb\xbf//' | tr -d '"\r' | tr ',;\t' '\n\n\n') ;; esac
     done ;;
   esac
   if [ -n "$words" ]; then
@@ -72,7 +91,7 @@ _qxevolve() {{
 }}
 complete -o filenames -F _qxevolve qxevolve
 )",
-      Names, Cases);
+      Names, ValueCases(App), Cases);
 }
 
 } // namespace qxevolve

@@ -44,14 +44,16 @@ public:
   double Capacity() const { return FCapacity; }
 
   // What a chromosome packs: the items that it wants, those of most value for their weight first, as long as
-  // they fit.
+  // they fit; then what still fits of the other ones.
   TLoad Pack(qx::TQXGAGenes& Genes, qx::TQXGABits& Bits) const {
     TLoad Load;
-    for (const int Item : FOrder) {
-      if (Genes[Item].GeneAsBoolean(Bits) && Load.Weight + Weight(Item) <= FCapacity) {
-        Load.Value += Value(Item);
-        Load.Weight += Weight(Item);
-        Load.Items.push_back(Item);
+    for (const bool Wanted : {true, false}) {
+      for (const int Item : FOrder) {
+        if (Genes[Item].GeneAsBoolean(Bits) == Wanted && Load.Weight + Weight(Item) <= FCapacity) {
+          Load.Value += Value(Item);
+          Load.Weight += Weight(Item);
+          Load.Items.push_back(Item);
+        }
       }
     }
     std::ranges::sort(Load.Items);
@@ -84,7 +86,12 @@ private:
     if (Table.IndexOf("capacity") < 0 || Table.RowCount() == 0) {
       throw EUsageError("How much fits? Give --capacity, or the table a column \"capacity\"");
     }
-    return Column(Table, Options, "capacity")[0];
+    const double Capacity = Table.Column("capacity")[0]; // the other rows need none
+    if (!std::isfinite(Capacity) || Capacity < 0) {
+      throw EUsageError(fmt::format("{}: the capacity in the first row is {}, not a number from 0 on",
+                                    Options.Data.FileName, Short(Capacity)));
+    }
+    return Capacity;
   }
 
   double Density(int Item) const {
@@ -144,16 +151,26 @@ private:
          I <= FOptions.Generations && Seconds < FOptions.Seconds && !TInterruptScope::IsInterrupted(); ++I) {
       if (I == 0) {
         FAlgorithm.Initialize();
+        WantAll();
       } else {
         FAlgorithm.Evolve();
       }
       Seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - Start).count();
       const double Share = std::max(Seconds / FOptions.Seconds, double(I) / FOptions.Generations);
       Progress->Update({I, fmt::format("value {}", Short(FBest.Value)), std::min(Share, 1.0), Seconds,
-                        FOptions.Seconds - Seconds});
+                        SecondsLeft(Seconds, FOptions.Seconds, I, FOptions.Generations)});
     }
     Progress->Finish();
     return TInterruptScope::IsInterrupted();
+  }
+
+  // Lets the first individual want all items: it packs them by value for weight.
+  void WantAll() {
+    auto& First = FAlgorithm.Population()[0];
+    for (qx::TQXGAGene& Gene : FAlgorithm.Genes()) {
+      Gene.SetGeneAsBoolean(First.Bits(), true);
+    }
+    FAlgorithm.EvaluateFitness();
   }
 
   // A table of what is packed.
@@ -185,14 +202,14 @@ void TOptimizeOptions::AddTo(CLI::App& App) {
       ->required()
       ->type_name("ITEMS.csv");
   App.add_option("-c,--capacity", Capacity, "Weight that fits [the table's]")
-      ->check(IsNotNegative())
+      ->check(IsWithin(0))
       ->type_name("NUMBER");
   App.add_option("-p,--population", Population, "Individuals")
-      ->check(CLI::Range(2, 10'000'000))
+      ->check(IsWhole(2, 1'000'000))
       ->type_name("N")
       ->capture_default_str();
   App.add_option("-g,--generations", Generations, "Ends the run after so many generations")
-      ->check(IsPositive())
+      ->check(IsWhole(1))
       ->type_name("N")
       ->capture_default_str();
   App.add_option("-s,--seconds", Seconds, "Ends the run after so long")
@@ -200,7 +217,7 @@ void TOptimizeOptions::AddTo(CLI::App& App) {
       ->type_name("NUMBER")
       ->capture_default_str();
   App.add_option("--seed", Seed, "Makes the run repeatable [a new one each time, which is told]")
-      ->check(IsNotNegative())
+      ->check(IsWhole(0, std::numeric_limits<std::int64_t>::max()))
       ->type_name("N");
   App.add_option("-o,--output", Output, "File for the items that are packed [standard output]")
       ->type_name("FILE");
@@ -210,9 +227,12 @@ void TOptimizeOptions::AddTo(CLI::App& App) {
 
 int Optimize(const TOptimizeOptions& Options) {
   if (Options.Output != "-") {
+    RequireOther(Options.Output, {Options.Data.FileName});
     RequireWritable(Options.Output);
   }
-  const qx::TQXDataSet Table = Options.Data.Read();
+  TDataFile File = Options.Data;
+  File.MissingValues = "keep"; // those in columns that count are refused later
+  const qx::TQXDataSet Table = File.Read({"value", "weight", "capacity"});
   if (Table.RowCount() == 0) {
     throw EUsageError(Options.Data.FileName + " has no items");
   }

@@ -1,5 +1,6 @@
 #include "Output.h"
 
+#include "Error.h"
 #include <qx/platform/Files.h>
 #include <qx/platform/Numbers.h>
 
@@ -49,6 +50,15 @@ void RequireWritable(const std::string& FileName) {
   }
 }
 
+void RequireOther(const std::string& FileName, std::initializer_list<std::string> Inputs) {
+  for (const std::string& Input : Inputs) {
+    std::error_code Ignored;
+    if (std::filesystem::equivalent(FileName, Input, Ignored)) {
+      throw EUsageError(FileName + " is read from; write to another file");
+    }
+  }
+}
+
 std::optional<std::size_t> TerminalWidth(int Descriptor) {
   constexpr std::size_t Usual = 80;
   if (isatty(Descriptor) == 0) {
@@ -56,6 +66,19 @@ std::optional<std::size_t> TerminalWidth(int Descriptor) {
   }
   winsize Size{};
   return ioctl(Descriptor, TIOCGWINSZ, &Size) == 0 && Size.ws_col > 0 ? Size.ws_col : Usual;
+}
+
+std::string Shortened(const std::string& Line, std::size_t Width) {
+  constexpr std::size_t Least = 20;
+  constexpr std::string_view Mark = "...";
+  if (Width < Least || Line.size() <= Width) {
+    return Line;
+  }
+  std::size_t End = Width - Mark.size();
+  while (End > 0 && (static_cast<unsigned char>(Line[End]) & 0xC0U) == 0x80U) { // within a character of UTF-8
+    --End;
+  }
+  return Line.substr(0, End).append(Mark);
 }
 
 std::string Short(double Value) { return fmt::format("{:.6g}", Value); }

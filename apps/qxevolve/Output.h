@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,8 +19,14 @@ void WriteOutput(const std::string& FileName, std::string_view Text);
 /// What is there stays as it is.
 void RequireWritable(const std::string& FileName);
 
+/// Raises EUsageError when a file to be written is one of those that are read.
+void RequireOther(const std::string& FileName, std::initializer_list<std::string> Inputs);
+
 /// Columns of the terminal behind a descriptor, or nothing when there is none.
 std::optional<std::size_t> TerminalWidth(int Descriptor);
+
+/// A line cut to so many bytes, between characters, with "..." at its end; a width below 20 cuts nothing.
+std::string Shortened(const std::string& Line, std::size_t Width);
 
 /// A number for people: six significant digits, with a decimal point.
 std::string Short(double Value);

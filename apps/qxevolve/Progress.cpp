@@ -13,6 +13,10 @@ namespace {
 
 std::string TimeText(double Seconds) {
   constexpr int Minute = 60;
+  constexpr double Most = 100 * 60 * 60;
+  if (Seconds >= Most) {
+    return "days";
+  }
   const int Whole = static_cast<int>(std::ceil(std::max(Seconds, 0.0)));
   return Whole < Minute ? fmt::format("{} s", Whole)
                         : fmt::format("{}:{:02} min", Whole / Minute, Whole % Minute);
@@ -74,6 +78,11 @@ void TProgressLines::Update(const TProgressState& State) {
 }
 
 } // namespace
+
+double SecondsLeft(double Seconds, double MostSeconds, double Generation, double MostGenerations) {
+  const double ByTime = MostSeconds - Seconds;
+  return Generation > 0 ? std::min(ByTime, Seconds * (MostGenerations / Generation - 1)) : ByTime;
+}
 
 std::unique_ptr<TProgress> NewProgress() {
   if (TerminalWidth(STDERR_FILENO)) {

@@ -15,6 +15,9 @@ struct TProgressState {
   double SecondsLeft; // at most
 };
 
+/// Seconds that a run has left when it ends with the first of its limits.
+double SecondsLeft(double Seconds, double MostSeconds, double Generation, double MostGenerations);
+
 /// Tells how a run goes, a call for each generation.
 class TProgress {
 public:

@@ -9,6 +9,7 @@
 #include "Report.h"
 #include "RunFile.h"
 #include <qx/platform/Random.h>
+#include <qx/platform/Text.h>
 #include <qx/symbolic_regression/Formula.h>
 
 #include <algorithm>
@@ -49,36 +50,36 @@ public:
     RequireOutputs();
     const qx::TQXDataSet Table = ReadTable();
     Prepare(Table);
+    const TInterruptScope Interrupts;
     Evolve();
     FRun.ChosenSize = ChosenSize(FRegression);
     if (FRun.ChosenSize == 0) {
       throw std::runtime_error("No program has a finite error: there is nothing to show");
     }
-    PrintResult();
-    const bool Saved = FOptions.Save.empty() || Attempt([&] {
-                         TRunFile::Write(FOptions.Save, FRun, FRegression);
-                         TellUsual(fmt::format("Kept in {}\n", FOptions.Save));
-                       });
-    const bool Reported =
-        FOptions.Report.empty() || Attempt([&] {
-          TellUsual(fmt::format("Report: {}\n", WriteReport(FOptions.Report, FRun, FRegression, Table)));
-        });
-    if (!Saved || !Reported) {
-      return ExitFailed;
+    Attempt([&] { PrintResult(); });
+    if (!FOptions.Save.empty()) {
+      Attempt([&] {
+        TRunFile::Write(FOptions.Save, FRun, FRegression);
+        TellUsual(fmt::format("Kept in {}\n", FOptions.Save));
+      });
     }
-    return FEndedBy == "Ctrl-C" ? ExitInterrupted : ExitGood;
+    if (!FOptions.Report.empty()) {
+      Attempt([&] {
+        TellUsual(fmt::format("Report: {}\n", WriteReport(FOptions.Report, FRun, FRegression, Table)));
+      });
+    }
+    return FHasFailed ? ExitFailed : FEndedBy == "interrupt" ? ExitInterrupted : ExitGood;
   }
 
 private:
   // One output that fails does not take the other ones with it.
   template <class TWrite>
-  static bool Attempt(TWrite Write, const std::string& Aftermath = {}) {
+  void Attempt(TWrite Write) {
     try {
       Write();
-      return true;
-    } catch (const std::system_error& Error) {
-      Tell(fmt::format("qxevolve: {}{}\n", Error.what(), Aftermath));
-      return false;
+    } catch (const std::exception& Error) {
+      Tell(fmt::format("qxevolve: {}\n", Error.what()));
+      FHasFailed = true;
     }
   }
 
@@ -91,6 +92,8 @@ private:
   // What cannot be written later is known before the work.
   void RequireOutputs() const {
     if (!FOptions.Save.empty()) {
+      RequireOther(FOptions.Save, {FOptions.Data.FileName});
+      TRunFile::RequireRunOrNothing(FOptions.Save);
       RequireWritable(FOptions.Save);
     }
     if (!FOptions.Report.empty()) {
@@ -102,6 +105,9 @@ private:
     FResumes = FOptions.Resume && std::filesystem::exists(FOptions.Save);
     if (FResumes) {
       FFile.emplace(FOptions.Save);
+    }
+    if (std::ranges::find(FOptions.Data.Ignored, FOptions.Target) != FOptions.Data.Ignored.end()) {
+      throw EUsageError("The target cannot be left out by --ignore");
     }
     qx::TQXDataSet Table = FOptions.Data.Read();
     for (const std::string& Name : {FOptions.Target, FOptions.Weights}) {
@@ -140,9 +146,7 @@ private:
     if (FResumes) {
       FFile->AddFunctions(FRegression);
     } else {
-      for (const std::string& Name : FOptions.Functions) {
-        AddStandardInstruction(Instructions, Name);
-      }
+      AddFunctions(Table);
     }
     auto Split = FRun.TestShare > 0 ? Table.SplitBySeed(1 - FRun.TestShare, FRun.Seed)
                                     : qx::TDataSplit{Table, Table.Rows(0, 0)};
@@ -150,6 +154,8 @@ private:
       FRegression.SetData(std::move(Split), FRun.Target, FRun.Weights);
     } catch (const std::invalid_argument& Error) { // targets or weights that are none
       throw EUsageError(FOptions.Data.FileName + ": " + Error.what());
+    } catch (const qx::EGPException& Error) { // names
+      throw EUsageError(FOptions.Data.FileName + ": " + Error.what() + "; rename it, or --ignore it");
     }
     if (FOptions.NoConstants && !FResumes) {
       for (int I = Instructions.Count(); I-- > 0;) {
@@ -163,17 +169,40 @@ private:
     } else {
       qx::SeedRandom(FRun.Seed);
     }
-    FRegression.SetThreads(static_cast<int>(std::max(sysconf(_SC_NPROCESSORS_ONLN), 1L)));
     FOptions.ApplySettings(FRegression);
     FFormerSeconds = FRun.History.empty() ? 0 : FRun.History.back().Seconds;
+    FFormerGenerations = FResumes ? FRegression.Generation() : 0;
+  }
+
+  // Each gets a name that no column has.
+  void AddFunctions(const qx::TQXDataSet& Table) {
+    auto& Set = FRegression.Instructions();
+    const auto IsTaken = [&](const std::string& Name) {
+      for (int I = 0; I < Table.ColumnCount(); ++I) {
+        if (qx::SameText(Table.ColumnName(I), Name)) {
+          return true;
+        }
+      }
+      return Set.IndexOf(Name) >= 0;
+    };
+    for (const std::string& Standard : FOptions.Functions) {
+      std::string Name = Standard;
+      const bool IsThere = std::ranges::any_of(Set, [&](const auto& Instruction) {
+        return qx::SameText(qx::StandardInstructionName(Instruction), Standard);
+      });
+      while (!IsThere && IsTaken(Name)) {
+        Name += '_';
+      }
+      if (!IsThere) {
+        AddStandardInstruction(Set, Standard, Name);
+      }
+    }
   }
 
   void DescribeRun(const qx::TQXDataSet& Table) {
     const std::uint64_t Found = Fingerprint(Table);
     if (FResumes) {
-      auto Command = std::move(FRun.Command);
-      FRun = FFile->Run();
-      FRun.Command = std::move(Command);
+      FRun = FFile->Run(); // with the command that began it
       const bool Same =
           FRun.Fingerprint == Found && FRun.Target == FOptions.Target && FRun.Weights == FOptions.Weights;
       if (!Same) {
@@ -213,14 +242,15 @@ private:
       const double Error = Best != nullptr ? Best->Error : Record.BestError;
       const int Size = Best != nullptr ? Best->Size() : 0;
       if (FOptions.Progress == TProgressKind::JSON) {
-        Print(RecordJSON(FRun.History.back(), Error, Size));
+        PrintRecord(RecordJSON(FRun.History.back(), Error, Size));
       }
       const double Time = Seconds() / FOptions.Seconds;
       const double Count = static_cast<double>(Record.Generation) / static_cast<double>(FOptions.Generations);
       Progress->Update({Record.Generation, fmt::format("error {:.4g}  size {}", Error, Size),
-                        std::min(std::max(Time, Count), 1.0), Seconds(), FOptions.Seconds - Seconds()});
+                        std::min(std::max(Time, Count), 1.0), Seconds(),
+                        SecondsLeft(Seconds(), FOptions.Seconds, Record.Generation - FFormerGenerations,
+                                    FOptions.Generations - FFormerGenerations)});
     };
-    const TInterruptScope Interrupts;
     double Saved = 0;
     while (!IsOver()) {
       FRegression.Evolve();
@@ -237,7 +267,18 @@ private:
   // A run does not end because the disk is full for a while: its end tells.
   void SaveCheckpoint() {
     FRun.ChosenSize = ChosenSize(FRegression);
-    Attempt([&] { TRunFile::Write(FOptions.Save, FRun, FRegression); }, " (the run goes on)");
+    try {
+      TRunFile::Write(FOptions.Save, FRun, FRegression);
+    } catch (const std::exception& Error) {
+      Tell(fmt::format("qxevolve: {} (the run goes on)\n", Error.what()));
+    }
+  }
+
+  // When nobody reads any more, the run ends, and is kept.
+  void PrintRecord(const std::string& Record) {
+    if (!FHasFailed) {
+      Attempt([&] { Print(Record); });
+    }
   }
 
   double Seconds() const {
@@ -246,13 +287,16 @@ private:
 
   bool IsOver() {
     if (TInterruptScope::IsInterrupted()) {
-      FEndedBy = "Ctrl-C";
+      FEndedBy = "interrupt";
+    } else if (FHasFailed) {
+      FEndedBy = "output";
     } else if (Seconds() >= FOptions.Seconds) {
       FEndedBy = "time";
     } else if (FRegression.Initialized() && FRegression.Generation() >= FOptions.Generations) {
       FEndedBy = "generations";
     } else if (FRegression.Initialized() && FRegression.IsFinished()) {
-      FEndedBy = "error";
+      const auto* const Best = FRegression.Front().Last();
+      FEndedBy = Best != nullptr && Best->Error <= FRegression.FitnessCutoff() ? "error" : "patience";
     }
     return !FEndedBy.empty();
   }
@@ -294,12 +338,9 @@ private:
     std::string Text = fmt::format("\n{:>6}  {:>11}  formula\n", "size", "error");
     for (const TRegressionModel& Model : FRegression.Front()) {
       const char Mark = Model.Size() == FRun.ChosenSize ? '*' : ' ';
-      std::string Line =
+      const std::string Line =
           fmt::format("{:>6}{} {:>11.4g}  {}", Model.Size(), Mark, Model.Error, ReadableFormula(Model));
-      if (Width && Line.size() > *Width) { // `show --size` has all of it
-        Line.replace(*Width - 3, std::string::npos, "...");
-      }
-      Text += Line + '\n';
+      Text += (Width ? Shortened(Line, *Width) : Line) + '\n'; // `show --size` has all of it
     }
     Print(Text);
   }
@@ -311,6 +352,8 @@ private:
   TQXSymbolicRegression FRegression;
   std::chrono::steady_clock::time_point FStart = std::chrono::steady_clock::now();
   double FFormerSeconds = 0; // of the run before it was taken up
+  int FFormerGenerations = 0;
+  bool FHasFailed = false; // some output
   std::string FEndedBy;
 };
 

@@ -28,6 +28,8 @@ std::vector<std::string> FunctionNames() {
   return Names;
 }
 
+int UsualThreads() { return static_cast<int>(std::max(std::thread::hardware_concurrency(), 1U)); }
+
 } // namespace
 
 // A setting of the component that has its default unless the option is given.
@@ -89,10 +91,11 @@ void TRegressOptions::AddTo(CLI::App& App) {
   App.add_option("--test-share", TestShare,
                  "Share of the rows, drawn by the seed, that judge the formulas and that none is selected by "
                  "[0.25 of 40 rows or more, else 0]")
-      ->check(CLI::Range(0.0, 0.9))
+      ->check(IsWithin(0, 0.9))
       ->type_name("SHARE")
       ->group("Data");
   Data.AddOptions(App);
+  Data.AddMissingOption(App);
   AddRunOptions(App);
   AddProgramOptions(App, Defaults);
   AddOperatorOptions(App, Defaults);
@@ -104,67 +107,70 @@ void TRegressOptions::AddRunOptions(CLI::App& App) {
   const auto Group = "Run";
   App.add_option("-s,--seconds", Seconds, "Ends the run after so long, at the end of a generation")
       ->check(IsPositive())
+      ->take_last() // the command that repeats a run adds one
       ->type_name("NUMBER")
       ->capture_default_str()
       ->group(Group);
-  App.add_option("-g,--generations", Generations, "Ends the run after so many generations [no limit]")
-      ->check(IsPositive())
+  App.add_option("-g,--generations", Generations,
+                 "Ends the run after so many generations, those before --resume included [no limit]")
+      ->check(IsWhole(1))
+      ->take_last()
       ->type_name("N")
       ->group(Group);
   App.add_option("--seed", Seed, "Makes the run repeatable [a new one each time, which is told]")
-      ->check(IsNotNegative())
+      ->check(IsWhole(0, std::numeric_limits<std::int64_t>::max()))
       ->type_name("N")
       ->group(Group);
   AddSetting(App, "--stop-at", "Ends the run at that error on the training rows", qx::TGAFitness(1e-24),
              &TRegression::SetFitnessCutoff)
-      ->check(IsNotNegative())
+      ->check(IsWithin(0))
       ->group(Group);
   AddSetting(App, "--patience",
              "Ends the run when the error on the test rows has not fallen for so many generations; 0: never",
              0, &TRegression::SetStoppingPatience)
-      ->check(IsNotNegative())
+      ->check(IsWhole(0))
       ->group(Group);
   AddSetting(App, "--restart-patience",
              "Makes the population anew when the error has not fallen by a tenth for so many generations; 0: "
              "never",
              TRegression().RestartPatience(), &TRegression::SetRestartPatience)
-      ->check(IsNotNegative())
+      ->check(IsWhole(0))
       ->group(Group);
   constexpr int MostThreads = 1024;
   AddSetting(App, "--threads", "Threads that evaluate; the run is the same for any number [one a processor]",
-             static_cast<int>(std::thread::hardware_concurrency()), &TRegression::SetThreads)
-      ->check(CLI::Range(1, MostThreads))
+             UsualThreads(), &TRegression::SetThreads)
+      ->check(IsWhole(1, MostThreads))
       ->default_str("")
       ->group(Group);
 }
 
 void TRegressOptions::AddProgramOptions(CLI::App& App, const TRegression& Defaults) {
   const auto Group = "Programs";
-  constexpr int MostIndividuals = 10'000'000;
+  constexpr int MostIndividuals = 1'000'000;
   constexpr int GreatestDepth = 30;
   AddSetting(App, "-p,--population", "Programs in a generation", Defaults.InitialPopulation(),
              &TRegression::SetInitialPopulation)
-      ->check(CLI::Range(2, MostIndividuals))
+      ->check(IsWhole(2, MostIndividuals))
       ->group(Group);
   App.add_option(
          "-f,--functions", Functions,
          "What programs are made of [Add,Sub,Mul,Div,Square,Cube,Sqrt,Sin,Cos,Exp,Log]; there are also "
          "Neg, Inv, AQ, Cbrt, Pow, Tan, Tanh, Abs, Min, Max, comparisons and logic")
       ->delimiter(',')
-      ->check(CLI::IsMember(FunctionNames(), CLI::ignore_case).description(""))
+      ->check(CLI::IsMember(FunctionNames(), CLI::ignore_case))
       ->type_name("NAME,...")
       ->group(Group);
   App.add_flag("--no-constants", NoConstants, "Programs have no numbers of their own")->group(Group);
   AddSetting(App, "--depth", "Levels of the deepest initial programs", Defaults.InitializationDepth(),
              &TRegression::SetInitializationDepth)
-      ->check(CLI::Range(0, GreatestDepth))
+      ->check(IsWhole(0, GreatestDepth))
       ->group(Group);
   AddChoice(App, "--bloat", "Remedy against programs that grow without gain", Defaults.BloatStrategy(),
             &TRegression::SetBloatStrategy);
   App.get_option("--bloat")->group(Group);
   AddSetting(App, "--bloat-limit", "Nodes, or levels, that the remedy begins at", Defaults.BloatLimit(),
              &TRegression::SetBloatLimit)
-      ->check(IsPositive())
+      ->check(IsWhole(1))
       ->group(Group);
 }
 
@@ -173,12 +179,13 @@ void TRegressOptions::AddOperatorOptions(CLI::App& App, const TRegression& Defau
   AddChoice(App, "--selection", "How parents are chosen", Defaults.SelectionMethod(),
             &TRegression::SetSelectionMethod);
   App.get_option("--selection")->group(Group);
+  constexpr int MostContestants = 10'000;
   AddSetting(App, "--tournament", "Contestants of a tournament", Defaults.TournamentField(),
              &TRegression::SetTournamentField)
-      ->check(CLI::Range(2, std::numeric_limits<int>::max()))
+      ->check(IsWhole(2, MostContestants))
       ->group(Group);
   const auto AddChance = [&](const std::string& Name, const std::string& What, double Default, auto Setter) {
-    AddSetting(App, Name, What, Default, Setter)->check(CLI::Range(0.0, 1.0))->group(Group);
+    AddSetting(App, Name, What, Default, Setter)->check(IsWithin(0, 1))->group(Group);
   };
   AddChance("--crossover", "Chance that two parents are crossed", Defaults.CrossoverProbability(),
             &TRegression::SetCrossoverProbability);
@@ -188,9 +195,10 @@ void TRegressOptions::AddOperatorOptions(CLI::App& App, const TRegression& Defau
             &TRegression::SetInversionProbability);
   AddChance("--refine", "Share of the programs whose constants are refined in each generation",
             Defaults.RefinementShare(), &TRegression::SetRefinementShare);
+  constexpr int MostSteps = 1000;
   AddSetting(App, "--refine-steps", "Steps of that", Defaults.RefinementSteps(),
              &TRegression::SetRefinementSteps)
-      ->check(IsNotNegative())
+      ->check(IsWhole(0, MostSteps))
       ->group(Group);
 }
 
@@ -222,7 +230,7 @@ void TRegressOptions::AddOutputOptions(CLI::App& App) {
       ->group(Group);
   App.add_option("--checkpoint", CheckpointSeconds, "Saves after each so many seconds as well; 0: at the end")
       ->needs("--save")
-      ->check(IsNotNegative())
+      ->check(IsWithin(0))
       ->type_name("NUMBER")
       ->capture_default_str()
       ->group(Group);
@@ -241,6 +249,7 @@ void TRegressOptions::AddOutputOptions(CLI::App& App) {
 }
 
 void TRegressOptions::ApplySettings(TRegression& Regression) const {
+  Regression.SetThreads(UsualThreads());
   for (const auto& Apply : FSettings) {
     Apply(Regression);
   }

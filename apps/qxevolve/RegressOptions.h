@@ -30,7 +30,7 @@ public:
   std::string Weights;
   std::optional<double> TestShare; // without it, a quarter of a table that is large enough
 
-  std::int64_t Generations = std::numeric_limits<std::int64_t>::max();
+  int Generations = std::numeric_limits<int>::max();
   double Seconds = 60;
   std::optional<std::uint64_t> Seed;
   std::vector<std::string> Functions; // of standard instructions; empty for those of the component

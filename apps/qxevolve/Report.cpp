@@ -64,9 +64,9 @@ private:
 
   static std::string FigureText(const TFigure& Figure) {
     const std::string Drawing =
-        Figure.SVG ? *Figure.SVG
-                   : fmt::format("<p class=\"missing\">{} is not installed: this figure is missing.</p>",
-                                 Figure.Missing);
+        Figure.Drawing.SVG
+            ? *Figure.Drawing.SVG
+            : fmt::format("<p class=\"missing\">{}: this figure is missing.</p>", Figure.Drawing.Missing);
     return fmt::format("<figure id=\"{}\"{}>\n<h2>{}</h2>\n{}\n<figcaption>{}</figcaption>\n</figure>\n",
                        Figure.Name, Figure.IsWide ? " class=\"wide\"" : "", HTML(Figure.Title), Drawing,
                        HTML(Figure.Caption));
@@ -110,12 +110,25 @@ private:
         HTML(FRun.Data.FileName), FTable.RowCount(), FRegression.TestData().RowCount(), Rows);
   }
 
+  // A run that time has ended is repeated by its generations.
+  std::vector<std::string> RepeatingCommand() const {
+    std::vector<std::string> Words = FRun.Command;
+    std::erase(Words, "--resume");
+    Words.insert(Words.end(), {"--generations", std::to_string(std::max(FRegression.Generation(), 1)),
+                               "--seconds", "1e9"});
+    return Words;
+  }
+
   std::string Settings() const {
     qx::TStrings Lines;
     FRegression.Describe(Lines, "   ");
+    if (!FRun.Weights.empty()) {
+      Lines.Add("   Weights = " + FRun.Weights);
+    }
     return fmt::format("<section id=\"settings\">\n<h2>Settings</h2>\n<pre>{}</pre>\n"
-                       "<p>Seed {}. The command that repeats the run:</p>\n<pre>{}</pre>\n</section>\n",
-                       HTML(Lines.Text()), FRun.Seed, HTML(ShellText(FRun.Command)));
+                       "<p>Seed {}. The command that repeats the run, with the settings that it began "
+                       "with:</p>\n<pre>{}</pre>\n</section>\n",
+                       HTML(Lines.Text()), FRun.Seed, HTML(ShellText(RepeatingCommand())));
   }
 
   const TRun& FRun;

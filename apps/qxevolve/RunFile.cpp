@@ -4,10 +4,11 @@
 #include <qx/platform/Numbers.h>
 #include <qx/platform/XML.h>
 
-#include <array>
 #include <fmt/format.h>
+#include <fstream>
 #include <sstream>
 #include <stdexcept>
+#include <type_traits>
 #include <utility>
 
 namespace qxevolve {
@@ -87,11 +88,18 @@ TRun ReadRun(const qx::TXMLNode& Root) {
   for (const auto& Node : qx::TXMLNodeList<qx::TXMLNode>(Root.FindChild("History"), "Record")) {
     TRegressionRecord& Record = Run.History.emplace_back();
     VisitRecord(Record, [&](std::string_view Name, auto& Value) {
-      const auto Number = qx::ParseReal(Node.Attribute(Name));
-      if (!Number) {
-        Node.Refuse(fmt::format("{} is no number", Name));
+      using TValue = std::remove_reference_t<decltype(Value)>;
+      if constexpr (std::is_integral_v<TValue>) {
+        if (const auto Number = qx::ParseInteger(Node.Attribute(Name));
+            Number && std::in_range<TValue>(*Number)) {
+          Value = static_cast<TValue>(*Number);
+          return;
+        }
+      } else if (const auto Number = qx::ParseReal(Node.Attribute(Name))) {
+        Value = *Number;
+        return;
       }
-      Value = static_cast<std::remove_reference_t<decltype(Value)>>(*Number);
+      Node.Refuse(fmt::format("{} is no number", Name));
     });
   }
   return Run;
@@ -128,13 +136,24 @@ void TRunFile::Read() {
     throw EUsageError(FFileName + " was written by a newer qxevolve");
   }
   FRun = ReadRun(Root);
-  FFunctions = ReadList(Root.FindChild("Functions"), "Function");
+  for (const auto& Node : qx::TXMLNodeList<qx::TXMLNode>(Root.FindChild("Functions"), "Function")) {
+    FFunctions.emplace_back(Node.AsText(), Node.Attribute("Name"));
+  }
   FState = Root.FindChild("State").AsText();
 }
 
+void TRunFile::RequireRunOrNothing(const std::string& FileName) {
+  constexpr std::size_t Enough = 200;
+  std::ifstream Stream(FileName, std::ios::binary);
+  std::string Begin(Enough, ' ');
+  if (Stream && (Stream.read(Begin.data(), Enough), Begin.find("<QXRun") == std::string::npos)) {
+    throw EUsageError(FileName + " is there and holds no run; save under another name");
+  }
+}
+
 void TRunFile::AddFunctions(qx::TQXSymbolicRegression& Regression) const {
-  for (const std::string& Name : FFunctions) {
-    AddStandardInstruction(Regression.Instructions(), Name);
+  for (const auto& [Name, NameInRun] : FFunctions) {
+    AddStandardInstruction(Regression.Instructions(), Name, NameInRun);
   }
 }
 
@@ -161,18 +180,23 @@ void TRunFile::Write(const std::string& FileName, const TRun& Run, qx::TQXSymbol
   Data.Child("Fingerprint").SetText(std::to_string(Run.Fingerprint));
   Root.Child("Seed").SetText(std::to_string(Run.Seed));
   Root.Child("ChosenSize").SetInteger(Run.ChosenSize);
-  std::vector<std::string> Functions;
+  const qx::TXMLNode Functions = Root.Child("Functions");
   for (const auto& Instruction : Regression.Instructions()) {
     if (const auto Name = qx::StandardInstructionName(Instruction); !Name.empty()) {
-      Functions.emplace_back(Name);
+      const qx::TXMLNode Node = Functions.AddChild("Function");
+      Node.SetText(Name);
+      Node.SetAttribute("Name", Instruction.Name());
     }
   }
-  WriteList(Root.Child("Functions"), "Function", Functions);
   const qx::TXMLNode History = Root.Child("History");
   for (const TRegressionRecord& Record : Run.History) {
     const qx::TXMLNode Node = History.AddChild("Record");
     VisitRecord(Record, [&](std::string_view Name, auto Value) {
-      Node.SetAttribute(Name, qx::NumberText(static_cast<double>(Value)));
+      if constexpr (std::is_integral_v<decltype(Value)>) {
+        Node.SetAttribute(Name, std::int64_t{Value});
+      } else {
+        Node.SetAttribute(Name, qx::NumberText(Value));
+      }
     });
   }
   std::ostringstream State;

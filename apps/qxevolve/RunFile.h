@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qxevolve {
@@ -33,6 +34,8 @@ public:
   explicit TRunFile(const std::string& FileName);
 
   const TRun& Run() const { return FRun; }
+  /// Raises EUsageError when the file is there and holds something else, which nobody wants to lose.
+  static void RequireRunOrNothing(const std::string& FileName);
   /// Names of the standard instructions that its programs are made of. A component that is to be restored has
   /// them first.
   void AddFunctions(qx::TQXSymbolicRegression& Regression) const;
@@ -47,7 +50,7 @@ private:
 
   std::string FFileName;
   TRun FRun;
-  std::vector<std::string> FFunctions;
+  std::vector<std::pair<std::string, std::string>> FFunctions; // standard names, and those in the run
   std::string FState;
 };
 

@@ -114,14 +114,18 @@ void TUseOptions::AddDescribeTo(CLI::App& App) { AddRunTo(App, *this); }
 int Predict(const TUseOptions& Options) {
   TKeptRun Kept(Options.RunFile);
   const TRegressionModel& Model = Kept.Model(Options.Size);
-  const qx::TQXDataSet Data = Options.Data.Read();
   const std::string& Target = Kept.Run().Target;
+  RequireOther(Options.Output, {Options.RunFile, Options.Data.FileName});
+  TDataFile File = Options.Data;
+  File.InheritFormat(Kept.Run().Data);
+  File.MissingValues = "keep"; // each row has its prediction, if only NaN
+  const auto Variables = qx::TQXFormula(Model).Variables();
+  const qx::TQXDataSet Data = File.Read(Options.Keep ? std::vector<std::string>() : Variables);
   qx::TQXDataSet Result;
-  const bool Judges = Data.IndexOf(Target) >= 0;
   if (Options.Keep) {
     Result = Data;
   }
-  std::string Name = Options.Keep && Judges ? Target + " predicted" : Target;
+  std::string Name = Result.IndexOf(Target) >= 0 ? Target + " predicted" : Target;
   while (Result.IndexOf(Name) >= 0) {
     Name += '_';
   }
@@ -135,6 +139,7 @@ int Predict(const TUseOptions& Options) {
 }
 
 int Show(const TUseOptions& Options) {
+  RequireOther(Options.Output, {Options.RunFile});
   const TKeptRun Kept(Options.RunFile);
   qx::TQXFormula Formula(Kept.Model(Options.Size));
   std::string Text = Formula.Simplify().Text(Styles.at(Options.Style), Kept.Run().Target);
@@ -150,8 +155,9 @@ int Describe(const TUseOptions& Options) {
   const TRun& Run = Kept.Run();
   qx::TStrings Lines;
   Kept.Regression().Describe(Lines, "   ");
-  std::string Text = fmt::format("Data = {}, {} rows\nTarget = {}\nTest share = {}\nSeed = {}\n",
-                                 Run.Data.FileName, Run.Rows, Run.Target, Short(Run.TestShare), Run.Seed);
+  std::string Text = fmt::format(
+      "Data = {}, {} rows\nTarget = {}\nWeights = {}\nTest share = {}\nSeed = {}\n", Run.Data.FileName,
+      Run.Rows, Run.Target, Run.Weights.empty() ? "None" : Run.Weights, Short(Run.TestShare), Run.Seed);
   for (int I = 0; I < Lines.Count(); ++I) {
     Text += Lines[I] + '\n';
   }

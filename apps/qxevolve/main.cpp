@@ -10,6 +10,8 @@
 #include "UseRun.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <csignal>
 #include <exception>
 #include <fmt/format.h>
 #include <functional>
@@ -38,20 +40,26 @@ constexpr const char* Examples = R"(Examples:
 Exit codes: 0 done, 1 failed, 2 wrong use, 130 ended by Ctrl-C with what there was.
 )";
 
+// Errors take one line, whatever a table has in its cells.
+int Failed(const char* Message, int Code) {
+  std::string Line = Message;
+  std::ranges::replace_if(
+      Line, [](char C) { return static_cast<unsigned char>(C) < ' '; }, ' ');
+  Tell(fmt::format("qxevolve: {}\n", Line));
+  return Code;
+}
+
 // Runs a command, and tells in one line what kept it from its end.
 template <class TCommand>
 int Guarded(TCommand Command) {
   try {
     return Command();
   } catch (const EUsageError& Error) {
-    Tell(fmt::format("qxevolve: {}\n", Error.what()));
-    return ExitUsage;
+    return Failed(Error.what(), ExitUsage);
   } catch (const std::bad_alloc&) {
-    Tell("qxevolve: There is not enough memory; a smaller --population or fewer rows need less\n");
-    return ExitFailed;
+    return Failed("There is not enough memory; a smaller --population or fewer rows need less", ExitFailed);
   } catch (const std::exception& Error) {
-    Tell(fmt::format("qxevolve: {}\n", Error.what()));
-    return ExitFailed;
+    return Failed(Error.what(), ExitFailed);
   }
 }
 
@@ -117,7 +125,7 @@ private:
                           "qxevolve optimize items.csv --capacity 750 --seed 1",
                           [this] { return Optimize(FToOptimize); }));
     Add("manual", "Prints all of this help as Markdown", "qxevolve manual > qxevolve.md", [this] {
-      Print(ManualText(FApp));
+      Print(ManualText(TProgram().FApp)); // one that has parsed nothing shows the help of all
       return ExitGood;
     });
     Add("completion", "Prints a script that completes commands in bash", "source <(qxevolve completion)",
@@ -138,5 +146,6 @@ private:
 } // namespace
 
 int main(int Count, char** Arguments) {
+  std::signal(SIGPIPE, SIG_IGN); // nobody reads: an error of writing, after which the rest is still done
   return Guarded([&] { return TProgram().Run(Count, Arguments); });
 }

@@ -213,12 +213,14 @@ bool IsIn(const TStandard& Standard, TStandardGroup Group) {
 }
 
 template <class T>
-TQXGPInstruction<T>& Add(TQXGPInstructions<T>& Set, const TStandard& Standard) {
-  if (Set.IndexOf(Standard.Name) >= 0) {
+TQXGPInstruction<T>& Add(TQXGPInstructions<T>& Set, const TStandard& Standard,
+                         std::string_view NameInSet = {}) {
+  const std::string_view Name = NameInSet.empty() ? Standard.Name : NameInSet;
+  if (Set.IndexOf(Name) >= 0) {
     throw EGPException(std::string(SInstructionNotUnique));
   }
   TQXGPInstruction<T>& Added = Set.Add();
-  Added.SetName(Standard.Name);
+  Added.SetName(Name);
   Added.SetComment(Standard.Comment);
   Added.SetArity(Standard.Arity);
   Added.OnExecute = TQXGPOperation<T>{OperationOf<T>(Standard)};
@@ -226,10 +228,10 @@ TQXGPInstruction<T>& Add(TQXGPInstructions<T>& Set, const TStandard& Standard) {
 }
 
 template <class T>
-TQXGPInstruction<T>& AddByName(TQXGPInstructions<T>& Set, std::string_view Name) {
+TQXGPInstruction<T>& AddByName(TQXGPInstructions<T>& Set, std::string_view Name, std::string_view NameInSet) {
   for (const TStandard& Standard : Standards) {
     if (SameText(Standard.Name, Name) && OperationOf<T>(Standard) != nullptr) {
-      return Add(Set, Standard);
+      return Add(Set, Standard, NameInSet);
     }
   }
   throw std::invalid_argument("There is no standard instruction \"" + std::string(Name) +
@@ -271,12 +273,14 @@ std::string_view StandardInstructionName(const TQXGPInstruction<TGAFloat>& Instr
   return {};
 }
 
-TQXGPInstruction<TGAFloat>& AddStandardInstruction(TQXGPInstructions<TGAFloat>& Set, std::string_view Name) {
-  return AddByName(Set, Name);
+TQXGPInstruction<TGAFloat>& AddStandardInstruction(TQXGPInstructions<TGAFloat>& Set, std::string_view Name,
+                                                   std::string_view NameInSet) {
+  return AddByName(Set, Name, NameInSet);
 }
 
-TQXGPInstruction<Variant>& AddStandardInstruction(TQXGPInstructions<Variant>& Set, std::string_view Name) {
-  return AddByName(Set, Name);
+TQXGPInstruction<Variant>& AddStandardInstruction(TQXGPInstructions<Variant>& Set, std::string_view Name,
+                                                  std::string_view NameInSet) {
+  return AddByName(Set, Name, NameInSet);
 }
 
 void AddStandardInstructions(TQXGPInstructions<TGAFloat>& Set, TStandardGroup Group) { AddGroup(Set, Group); }

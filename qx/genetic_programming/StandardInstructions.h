@@ -57,14 +57,16 @@ std::vector<std::string_view> StandardInstructionNames(TStandardGroup Group);
 /// takes as many arguments, whatever it is called now; else an empty one.
 std::string_view StandardInstructionName(const generics::TQXGPInstruction<TGAFloat>& Instruction);
 
-/// Adds the instruction of that name, the case of letters aside, to a set; the comment tells what it does.
-/// Raises std::invalid_argument, which names it, when there is none, and EGPException when the set has the
-/// name already; the set is as it was then.
+/// Adds the instruction of that name, the case of letters aside, to a set, where it may get another name; the
+/// comment tells what it does. Raises std::invalid_argument, which names it, when there is none, and
+/// EGPException when the set has the name already; the set is as it was then.
 generics::TQXGPInstruction<TGAFloat>& AddStandardInstruction(generics::TQXGPInstructions<TGAFloat>& Set,
-                                                             std::string_view Name);
+                                                             std::string_view Name,
+                                                             std::string_view NameInSet = {});
 /// Over variants there are the arithmetic ones, Min, Max, the comparisons and the Boolean ones.
 generics::TQXGPInstruction<Variant>& AddStandardInstruction(generics::TQXGPInstructions<Variant>& Set,
-                                                            std::string_view Name);
+                                                            std::string_view Name,
+                                                            std::string_view NameInSet = {});
 
 /// Adds those of a group that the kind of program has and the set does not, by name.
 void AddStandardInstructions(generics::TQXGPInstructions<TGAFloat>& Set, TStandardGroup Group);

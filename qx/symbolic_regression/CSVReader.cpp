@@ -148,16 +148,19 @@ private:
 
   void ReadNames(const TRow& Row) {
     for (std::size_t I = 0; I < Row.Cells.size(); ++I) {
-      const std::string Name = FFormat.Header ? Row.Cells[I] : "x" + std::to_string(I + 1);
+      std::string Name = FFormat.Header ? Row.Cells[I] : "x" + std::to_string(I + 1);
       if (Name.empty()) {
-        Raise(Row.Line, I, "the column has no name");
+        Name = "column" + std::to_string(I + 1);
       }
       if (std::ranges::find(FNames, Name) != FNames.end()) {
         Raise(Row.Line, I, "there is a column \"" + Name + "\" already");
       }
       FNames.push_back(Name);
     }
-    FIsIgnored.resize(FNames.size());
+    for (const std::string& Name : FNames) {
+      const auto& Wanted = FFormat.Wanted;
+      FIsIgnored.push_back(!Wanted.empty() && std::ranges::find(Wanted, Name) == Wanted.end());
+    }
     for (const std::string& Name : FFormat.Ignored) {
       const auto Found = std::ranges::find(FNames, Name);
       if (Found == FNames.end()) {

@@ -47,6 +47,8 @@ struct TCSVFormat {
   TMissingValues MissingValues = mvRefuse;
   /// Names of columns that are left out, whatever their cells hold.
   std::vector<std::string> Ignored;
+  /// Names of the only ones that are read, as far as they are there; empty for all.
+  std::vector<std::string> Wanted;
 };
 
 struct TDataSplit;
@@ -60,8 +62,9 @@ class TQXDataSet {
 public:
   /// Reads a table from text: cells between separators, quoted where they hold a separator, a line feed or a
   /// quote (which is doubled), blanks around them aside. Lines end in LF or CRLF; empty ones, and a UTF-8
-  /// mark at the beginning, are skipped. Raises EDataError for a cell that is no number, a row of another
-  /// length than the first line, a name that is empty or there twice, a quote that is not closed, and a text
+  /// mark at the beginning, are skipped. A column without a name is called "column" with its number. Raises
+  /// EDataError for a cell that is no number, a row of another length than the first line, a name that is
+  /// there twice, a quote that is not closed, and a text
   /// without columns; std::out_of_range for a column to be left out that there is not.
   static TQXDataSet FromCSV(std::istream& Stream, const TCSVFormat& Format = {});
   /// Raises std::system_error, which names the file, when it cannot be read. The message of an EDataError

@@ -1,5 +1,6 @@
 #include <qx/symbolic_regression/ErrorMeasure.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -52,6 +53,19 @@ TRegressionTarget::TRegressionTarget(std::span<const double> Targets, std::span<
   FMean = Kernels.Sum(RowsOf(FTargets.data())) / FWeightSum;
   FSquares = Kernels.Centred(RowsOf(FTargets.data()), FMean, FMean).Squares;
   FRounding = FWeightSum * (Rounding * FMean) * (Rounding * FMean);
+  RequireSquares();
+}
+
+// Squares that overflow or vanish would make any prediction a perfect one.
+void TRegressionTarget::RequireSquares() const {
+  const bool AreEqual = std::ranges::all_of(Targets(), [&](double Target) { return Target == FTargets[0]; });
+  if (!std::isfinite(FSquares)) {
+    throw std::invalid_argument("The targets are too large for squares of errors; scale them down");
+  }
+  if (FSquares < std::numeric_limits<double>::min() / std::numeric_limits<double>::epsilon() && !AreEqual) {
+    throw std::invalid_argument(
+        "The targets are too close to each other for squares of errors; scale them up");
+  }
 }
 
 template <class T>

@@ -46,7 +46,8 @@ class TRegressionTarget {
 public:
   TRegressionTarget() = default;
   /// Without weights, each row counts once. Raises std::invalid_argument for a target that is not finite, and
-  /// for weights of another number, negative ones, and those of which none is positive.
+  /// for weights of another number, negative ones, and those of which none is positive; for targets whose
+  /// squared deviations overflow or, when they differ, vanish.
   explicit TRegressionTarget(std::span<const double> Targets, std::span<const double> Weights = {});
 
   std::size_t RowCount() const { return FRowCount; }
@@ -73,6 +74,7 @@ private:
   template <class T>
   double CorrelationError(const T* Predictions) const;
   double Normalized(double SquaredError) const;
+  void RequireSquares() const;
 
   std::size_t FRowCount = 0;
   TAlignedVector<double> FTargets; // padded

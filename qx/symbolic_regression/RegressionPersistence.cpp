@@ -3,9 +3,11 @@
 #include <qx/engine/LoadScope.h>
 #include <qx/foundation/EnumPropertyText.h>
 #include <qx/platform/Filer.h>
+#include <qx/platform/Text.h>
 #include <qx/symbolic_regression/RegressionDefaults.h>
 
 #include <memory>
+#include <string>
 #include <utility>
 
 namespace qx {
@@ -25,6 +27,24 @@ void TQXSymbolicRegression::InstructionUpdate(TInstruction* Instruction) {
 void TQXSymbolicRegression::InstructionNotify(TInstruction& Instruction, TCollectionNotification Action) {
   TQXTypedGeneticProgramming::InstructionNotify(Instruction, Action);
   ForgetModels();
+}
+
+void TQXSymbolicRegression::Describe(TStrings& Strings, std::string_view TabStr) const {
+  TQXTypedGeneticProgramming::Describe(Strings, TabStr);
+  Strings.Add("Regression");
+  const auto Add = [&](std::string_view Label, const std::string& Value) {
+    AddDescription(Strings, TabStr, Label, Value);
+  };
+  const auto YesOrNo = [](bool Value) { return std::string(Value ? "Yes" : "No"); };
+  Add("Error Measure", std::string(EnumName(FSettings.ErrorMeasure)));
+  Add("Linear Scaling", YesOrNo(FSettings.LinearScaling));
+  Add("Single Precision", YesOrNo(FSettings.SinglePrecision));
+  Add("Tournament Field", std::to_string(TournamentField()));
+  Add("Refinement Share", PercentText(FSettings.RefinementShare));
+  Add("Refinement Steps", std::to_string(FSettings.RefinementSteps));
+  Add("Keeps Best", YesOrNo(FSettings.KeepsBest));
+  Add("Restart Patience", std::to_string(FSettings.RestartPatience));
+  Add("Stopping Patience", std::to_string(FSettings.StoppingPatience));
 }
 
 // What errors depend on comes first: individuals that are read have theirs already.

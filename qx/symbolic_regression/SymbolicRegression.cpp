@@ -114,7 +114,11 @@ void TQXSymbolicRegression::RequireFreeNames(const std::vector<std::string>& Inp
     const bool Taken = Place >= 0 && !IsVariable(Instructions()[Place]);
     const bool Repeated =
         std::any_of(Inputs.begin(), Input, [&](const auto& Other) { return SameText(Other, *Input); });
-    if (Taken || Repeated) {
+    if (Repeated) {
+      throw EGPException("The column \"" + *Input +
+                         "\" differs from another one by the case of letters alone");
+    }
+    if (Taken) {
       throw EGPException("The column \"" + *Input + "\" has the name of another instruction");
     }
   }
@@ -151,9 +155,11 @@ void TQXSymbolicRegression::Declare(const std::vector<std::string>& Inputs) {
   }
   if (!HasFunctions) {
     for (const std::string_view Name : RegressionFunctions) {
-      if (Set.IndexOf(Name) < 0) { // a column may be called so
-        AddStandardInstruction(Set, Name);
+      std::string Free(Name);
+      while (Set.IndexOf(Free) >= 0) { // a column may be called so
+        Free += '_';
       }
+      AddStandardInstruction(Set, Name, Free);
     }
   }
   if (!HasConstants) {

@@ -146,6 +146,8 @@ public:
   void Initialize() override;
   /// Also when the test error stands; see `StoppingPatience`.
   bool IsFinished() override;
+  /// Adds the settings of this class.
+  void Describe(TStrings& Strings, std::string_view TabStr) const override;
   /// Copies the settings too, but neither data nor models nor the host's kernels.
   void Assign(const TPersistent& Source) override;
   void AssignAll(const TPersistent& Source) override;

@@ -31,9 +31,9 @@ public:
   enum class TOutput : std::uint8_t { Pipes, Terminal };
 
   TProcess(const std::vector<std::string>& Command, const std::string& Folder,
-           TOutput Output = TOutput::Pipes) {
+           TOutput Output = TOutput::Pipes, unsigned short Columns = 100) {
     if (Output == TOutput::Terminal) {
-      winsize Size{30, 100, 0, 0};
+      winsize Size{30, Columns, 0, 0};
       FProcess = forkpty(&FOut, nullptr, nullptr, &Size);
     } else {
       std::array<int, 2> Out{};

@@ -21,6 +21,18 @@ TAlignedVector<T> Padded(std::vector<double> Values) {
   return Result;
 }
 
+TEST(ErrorMeasure, TargetsWhoseSquaresOverflowOrVanishAreRefused) {
+  for (const double Unit : {1e300, 1e200, 1e-170, 1e-300}) {
+    const std::vector<double> Targets = {Unit, 4 * Unit, 9 * Unit};
+    EXPECT_THROW(TRegressionTarget{Targets}, std::invalid_argument) << Unit;
+  }
+  for (const double Unit : {1e150, 1e-140}) {
+    const std::vector<double> Targets = {Unit, 4 * Unit, 9 * Unit};
+    EXPECT_NO_THROW(TRegressionTarget{Targets}) << Unit;
+  }
+  EXPECT_NO_THROW(TRegressionTarget(std::vector<double>{3, 3, 3})) << "equal ones are equal, not too close";
+}
+
 TEST(ErrorMeasure, IsWhatItsNameSays) {
   const TRegressionTarget Target(std::vector<double>{1, 2, 3, 6});
   const auto Predictions = Padded({2, 2, 1, 6}); // errors -1, 0, 2, 0; the targets' squares about 3 are 14

@@ -64,6 +64,42 @@ TEST(SymbolicRegression, KeepsTheInstructionsOfTheHost) {
   EXPECT_EQ(NamesOf(Regression), (std::vector<std::string>{"Tanh", "pi", "x", "other"}));
 }
 
+TEST(SymbolicRegression, AFunctionGivesWayToAColumnOfItsName) {
+  TQXSymbolicRegression Regression;
+  TQXDataSet Data;
+  Data.AddColumn("exp", {1, 2, 3, 4});
+  Data.AddColumn("y", {1, 4, 9, 16});
+  Regression.SetData(Data, "y");
+  auto& Set = Regression.Instructions();
+  EXPECT_EQ(Set.GetItemByName("exp").Operation(), gpVariable);
+  EXPECT_EQ(StandardInstructionName(Set.GetItemByName("Exp_")), "Exp");
+}
+
+TEST(SymbolicRegression, ColumnsThatDifferByCaseAloneAreNamed) {
+  TQXSymbolicRegression Regression;
+  TQXDataSet Data;
+  Data.AddColumn("b", {1, 2});
+  Data.AddColumn("B", {1, 2});
+  Data.AddColumn("y", {1, 4});
+  try {
+    Regression.SetData(Data, "y");
+    FAIL() << "nothing raised";
+  } catch (const EGPException& Error) {
+    EXPECT_STREQ(Error.what(), "The column \"B\" differs from another one by the case of letters alone");
+  }
+}
+
+TEST(SymbolicRegression, DescribesItsSettings) {
+  TQXSymbolicRegression Regression;
+  Regression.SetErrorMeasure(emMAE);
+  Regression.SetRestartPatience(7);
+  const std::string Text = Regression.ToString();
+  EXPECT_NE(Text.find("\nRegression\n   Error Measure = emMAE\n   Linear Scaling = Yes\n"),
+            std::string::npos);
+  EXPECT_NE(Text.find("   Refinement Share = 20.00%\n"), std::string::npos);
+  EXPECT_NE(Text.find("   Restart Patience = 7\n"), std::string::npos);
+}
+
 TEST(SymbolicRegression, RefusesDataThatDoNotServeAndChangesNothing) {
   TQXSymbolicRegression Regression;
   Prepare(Regression);

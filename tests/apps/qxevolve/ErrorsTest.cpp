@@ -24,7 +24,7 @@ protected:
 };
 
 TEST_F(QxevolveErrorsTest, TablesThatDoNotServeAreTold) {
-  ExpectDataError("", "data.csv is empty");
+  ExpectDataError("", "data.csv: The text has no columns: it is empty; its first line should");
   ExpectDataError("x,y\n", "no rows of numbers");
   ExpectDataError("x,y\n1,2\n", "one row of numbers");
   ExpectDataError("x,z\n1,2\n3,4\n", "has no column \"y\"; it has x, z");
@@ -36,6 +36,34 @@ TEST_F(QxevolveErrorsTest, TablesThatDoNotServeAreTold) {
   ExpectDataError("x,x,y\n1,2,3\n", "there is a column \"x\" already");
   ExpectDataError("x,y\n1,\"2\n", "the quote is not closed");
   ExpectDataError("x,y\n1,inf\n2,3\n", "data.csv: ");
+}
+
+TEST_F(QxevolveErrorsTest, TextsOfOtherEncodingsAndNumbersAreTold) {
+  ExpectDataError("h\xf6he,y\n1,2\n3,4\n", "the name of column 1 is not UTF-8; save the table as UTF-8");
+  ExpectDataError("\xff\xfex", "data.csv is UTF-16; save it as UTF-8");
+  ExpectDataError("\"a\nb\",y\n1,2\n3,4\n", "the name of column 1 goes over more than one line");
+  ExpectDataError("x,y\n\"1\n2\",2\n3,4\n", "is no number");
+  ExpectDataError("x;y\n1,5;2\n3;4\n", "is no number: \"1,5\"; --decimal-point , reads such numbers");
+  ExpectDataError("b,B,y\n1,2,3\n4,5,7\n", "\"B\" differs from another one by the case of letters alone");
+  ExpectDataError("x,y\n1,1e300\n2,4e300\n3,9e300\n", "too large for squares of errors; scale them down");
+  ExpectDataError("x,y\n1,1e-170\n2,4e-170\n3,9e-170\n", "too close to each other");
+}
+
+TEST_F(QxevolveErrorsTest, NothingThatIsReadIsOverwritten) {
+  WritePlanets();
+  const std::string Table = Read("planets.csv");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--save", "planets.csv"}, 2,
+              "planets.csv is read from");
+  ExpectError({"optimize", "planets.csv", "-o", "planets.csv"}, 2, "planets.csv is read from");
+  ASSERT_EQ(Run({"regress", "planets.csv", "-t", "period", "-g", "1", "-q", "--save", "run.xml"}).Code, 0);
+  ExpectError({"predict", "run.xml", "planets.csv", "-o", "planets.csv"}, 2, "planets.csv is read from");
+  ExpectError({"show", "run.xml", "-o", "run.xml"}, 2, "run.xml is read from");
+  Write("notes.txt", "not to be lost");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--save", "notes.txt"}, 2,
+              "holds no run; save under another");
+  EXPECT_EQ(Read("notes.txt"), "not to be lost");
+  EXPECT_EQ(Read("planets.csv"), Table);
+  EXPECT_EQ(Run({"regress", "planets.csv", "-t", "period", "-g", "1", "-q", "--save", "run.xml"}).Code, 0);
 }
 
 TEST_F(QxevolveErrorsTest, FilesThatAreNotThereAreTold) {
@@ -87,13 +115,21 @@ TEST_F(QxevolveErrorsTest, WrongUseIsTold) {
   WritePlanets();
   ExpectError({}, 2, "see qxevolve --help");
   ExpectError({"evolve"}, 2, "There is no command \"evolve\"");
+  ExpectError({"regress", "planets.csv", "-t", "period", "-g", "1.5"}, 2, "1.5 is no whole number from 1");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--test-share", "nan"}, 2,
+              "nan is no number from 0 to 0.9");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--crossover", "nan"}, 2,
+              "nan is no number from 0 to 1");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--ignore", "period"}, 2,
+              "The target cannot be left out");
   ExpectError({"regress", "planets.csv"}, 2, "--target is required; see qxevolve regress --help");
   ExpectError({"regress", "planets.csv", "-t", "period", "--functions", "Foo"}, 2, "Foo not in {Add,Sub,");
-  ExpectError({"regress", "planets.csv", "-t", "period", "--population", "1"}, 2, "not in range 2 to");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--population", "1"}, 2,
+              "--population: 1 is no whole number from 2 to 1000000");
   ExpectError({"regress", "planets.csv", "-t", "period", "--seed", "-4"}, 2,
-              "--seed: -4 is not a number from 0 on");
+              "--seed: -4 is no whole number from 0 to");
   ExpectError({"regress", "planets.csv", "-t", "period", "--seconds", "soon"}, 2,
-              "soon is not a number above 0");
+              "soon is no number above 0");
   ExpectError({"regress", "planets.csv", "-t", "period", "--selection", "custom"}, 2,
               "custom not in {roulette");
   ExpectError({"regress", "planets.csv", "-t", "period", "--resume"}, 2, "--resume requires --save");

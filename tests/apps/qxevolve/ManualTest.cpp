@@ -5,6 +5,7 @@ namespace qxevolve::tests {
 namespace {
 
 TEST_F(QxevolveTest, TheManualIsThatOfTheProgram) {
+  EXPECT_NE(Run({"manual"}).Out.find("Exit codes: 0 done"), std::string::npos);
   EXPECT_TRUE(Run({"manual"}).Out == qx::tests::ReadFile(QX_SOURCE "/docs/qxevolve.md"))
       << "qxevolve manual > docs/qxevolve.md";
 }
@@ -41,6 +42,9 @@ TEST_F(QxevolveTest, CompletionKnowsCommandsOptionsAndColumns) {
   EXPECT_EQ(Completed("qxevolve regress planets.csv --tar", 3), "--target\n");
   EXPECT_EQ(Completed("qxevolve regress planets.csv --target p", 4), "period\n");
   EXPECT_EQ(Completed("qxevolve show run.xml --as p", 4), "python\n");
+  EXPECT_EQ(Completed("qxevolve regress planets.csv --error r", 4), "rmse r2\n");
+  Write("odd.csv", "\xef\xbb\xbfheight (m),width\n1,2\n");
+  EXPECT_EQ(Completed("qxevolve regress odd.csv --target h", 4), "height (m)\n");
   EXPECT_EQ(Completed("qxevolve regress pla", 2), "planets.csv\n");
 }
 

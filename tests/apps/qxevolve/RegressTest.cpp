@@ -100,7 +100,7 @@ TEST_F(QxevolveTest, CtrlCEndsTheRunWithWhatItHas) {
     }
     const auto End = Process.Finish();
     EXPECT_EQ(End.Code, 130);
-    EXPECT_NE(End.Out.find("ended by Ctrl-C"), std::string::npos);
+    EXPECT_NE(End.Out.find("ended by interrupt"), std::string::npos);
     EXPECT_NE(End.Out.find("y = "), std::string::npos);
     EXPECT_EQ(Run({"show", "run.xml"}).Code, 0);
     std::filesystem::remove(Path("run.xml"));
@@ -136,6 +136,51 @@ TEST_F(QxevolveTest, ResumingIsTheSameAsNotStopping) {
   const auto OtherData = Run(With({"run.xml", "--resume", "-g", "20"}));
   EXPECT_EQ(OtherData.Code, 2);
   EXPECT_NE(OtherData.Error.find("holds a run on other data: 400 rows"), std::string::npos);
+}
+
+TEST_F(QxevolveTest, AnOutputThatFailsTakesNoOtherOneWithIt) {
+  WriteHard();
+  const std::string Usual = std::string(QX_EVOLVE) + " regress hard.csv -t y -g 30 --seed 1 --save ";
+  const auto Shell = [&](const std::string& Text) { return TProcess({"sh", "-c", Text}, Folder()).Finish(); };
+  EXPECT_EQ(Shell(Usual + "full.xml --report report > /dev/full").Code, 1);
+  EXPECT_EQ(Run({"show", "full.xml"}).Code, 0);
+  EXPECT_NE(Read("report/report.html").find("</html>"), std::string::npos);
+  EXPECT_EQ(Shell(Usual + "closed.xml >&-").Code, 1);
+  EXPECT_EQ(Run({"show", "closed.xml"}).Code, 0);
+  Shell(Usual + "piped.xml --json | head -n 1");
+  EXPECT_EQ(Run({"show", "piped.xml"}).Code, 0);
+}
+
+TEST_F(QxevolveTest, ColumnsMayBeCalledAsFunctions) {
+  Write("data.csv",
+        "exp,Add,y\n1,2,2.7182818\n2,1,7.3890561\n3,3,20.085537\n4,0,54.59815\n0.5,1,1.6487213\n");
+  const auto End = Run({"regress", "data.csv", "-t", "y", "-g", "5", "--seed", "1", "-f", "Add,Exp,Mul,exp",
+                        "--save", "run.xml", "-q"});
+  ASSERT_EQ(End.Code, 0) << End.Error;
+  EXPECT_NE(End.Out.find("exp(exp)"), std::string::npos) << End.Out;
+  const auto Predicted = Run({"predict", "run.xml", "data.csv"});
+  EXPECT_EQ(Predicted.Code, 0);
+  EXPECT_TRUE(Predicted.Out.starts_with("y\n2.718")) << Predicted.Out;
+}
+
+TEST_F(QxevolveTest, TimeLeftHeedsTheGenerations) {
+  WriteHard();
+  const auto End = Run({"regress", "hard.csv", "-t", "y", "-g", "60", "-s", "1e10", "--seed", "1"});
+  EXPECT_EQ(End.Code, 0);
+  EXPECT_NE(End.Error.find("generation 0 "), std::string::npos);
+  EXPECT_NE(End.Error.find("days left\n"), std::string::npos) << "of the first generation nothing is known";
+  EXPECT_EQ(CountOf(End.Error, "days left\n"), 1) << End.Error;
+}
+
+TEST_F(QxevolveTest, NarrowTerminalsAreServed) {
+  WriteHard();
+  for (const int Columns : {1, 2, 19, 20, 21, 40}) {
+    const auto End = TProcess(Command({"regress", "hard.csv", "-t", "y", "-g", "2", "--seed", "1"}), Folder(),
+                              TProcess::TOutput::Terminal, static_cast<unsigned short>(Columns))
+                         .Finish();
+    EXPECT_EQ(End.Code, 0) << Columns;
+    EXPECT_NE(End.Out.find("y = "), std::string::npos);
+  }
 }
 
 TEST_F(QxevolveTest, ARunIsKeptWhileItGoesOn) {

@@ -82,7 +82,8 @@ TEST_F(QxevolveReportTest, StandsByItself) {
   for (const std::string Part :
        {"<title>y: a formula</title>", "hard.csv: 400 rows, of which 100 to test", "y (target)",
         "Anti-Bloating Strategy", "Seed 1.",
-        "qxevolve regress hard.csv -t y -g 15 -s 60 --seed 1 --report report", "training rows, "}) {
+        "qxevolve regress hard.csv -t y -g 15 -s 60 --seed 1 --report report --generations 15 --seconds 1e9",
+        "training rows, "}) {
     EXPECT_NE(Page.find(Part), std::string::npos) << Part;
   }
   EXPECT_EQ(CountOf(Page, "<figure id="), 8);
@@ -97,9 +98,36 @@ TEST_F(QxevolveReportTest, WithoutToolsThePageSaysWhatIsMissing) {
   ASSERT_EQ(End.Code, 0) << End.Error;
   const std::string Page = Read("report/report.html");
   EXPECT_EQ(CountOf(Page, "gnuplot is not installed: this figure is missing."), 7);
-  EXPECT_EQ(CountOf(Page, "Graphviz is not installed: this figure is missing."), 1);
+  EXPECT_EQ(CountOf(Page, "dot is not installed: this figure is missing."), 1);
   EXPECT_EQ(CountOf(Page, "<svg"), 0);
   EXPECT_NE(Page.find("Formulas by size"), std::string::npos);
+}
+
+TEST_F(QxevolveReportTest, AToolThatFailsIsNamed) {
+  WriteHard();
+  Write("gnuplot", "#!/bin/sh\nexit 1\n");
+  std::filesystem::permissions(Path("gnuplot"), std::filesystem::perms::all);
+  const auto End = TProcess({"env", "PATH=" + Folder(), QX_EVOLVE, "regress", "hard.csv", "-t", "y", "-g",
+                             "2", "--report", "report"},
+                            Folder())
+                       .Finish();
+  ASSERT_EQ(End.Code, 0) << End.Error;
+  EXPECT_EQ(CountOf(Read("report/report.html"), "gnuplot has failed: this figure is missing."), 7);
+}
+
+TEST_F(QxevolveReportTest, TheCommandInThePageRepeatsARunThatTimeHasEnded) {
+  WriteHard();
+  const auto First =
+      Run({"regress", "hard.csv", "-t", "y", "-s", "0.5", "-q", "--report", "report", "--threads", "1"});
+  ASSERT_EQ(First.Code, 0) << First.Error;
+  const std::string Page = Read("report/report.html");
+  const auto Begin = Page.find("<pre>qxevolve regress ");
+  ASSERT_NE(Begin, std::string::npos);
+  const std::string Repeating = Page.substr(Begin + 14, Page.find("</pre>", Begin) - Begin - 14);
+  EXPECT_NE(Repeating.find("--seed "), std::string::npos);
+  const auto Again = TProcess({"sh", "-c", QX_EVOLVE " " + Repeating}, Folder()).Finish();
+  EXPECT_EQ(Again.Code, 0) << Again.Error;
+  EXPECT_EQ(Again.Out, First.Out);
 }
 
 TEST_F(QxevolveReportTest, NamesOfColumnsAreNoMarkup) {

@@ -40,6 +40,14 @@ TEST_F(QxevolveUseTest, PredictKeepsTheTableAndWritesFiles) {
   EXPECT_EQ(CountOf(Text, "\n"), 9);
 }
 
+TEST_F(QxevolveUseTest, PredictReadsOnlyWhatTheFormulaNeeds) {
+  Write("new.csv", "name;distance;mass\nCeres;2,77;\nPluto;;1\nEris;67,8;2\n");
+  const auto End = Run({"predict", "run.xml", "new.csv", "--decimal-point", ","});
+  EXPECT_EQ(End.Code, 0) << End.Error;
+  EXPECT_EQ(CountOf(End.Out, "\n"), 4);
+  EXPECT_NE(End.Out.find("\nNaN\n"), std::string::npos) << "each row keeps its place: " << End.Out;
+}
+
 TEST_F(QxevolveUseTest, PredictNamesTheColumnThatIsMissing) {
   Write("new.csv", "mass\n3\n");
   const auto End = Run({"predict", "run.xml", "new.csv", "-o", "out.csv"});
@@ -87,9 +95,40 @@ TEST_F(QxevolveTest, OptimizePacksTheKnapsack) { // Kreher and Stinson's 15 item
     EXPECT_TRUE(End.Out.starts_with("item,value,weight\n"));
   }
   EXPECT_GE(Reached, 4);
+  const auto FirstRow =
+      TProcess({"sh", "-c", "sed '3,$s/,750$/,/' items.csv > first.csv"}, Folder()).Finish();
+  ASSERT_EQ(FirstRow.Code, 0);
+  EXPECT_EQ(Run({"optimize", "first.csv", "--seed", "1", "-g", "50", "-q"}).Out,
+            Run({"optimize", "items.csv", "--seed", "1", "-g", "50", "-q"}).Out);
   const auto Small = Run({"optimize", "items.csv", "--seed", "1", "-g", "20", "--capacity", "60", "-q"});
   EXPECT_EQ(Small.Out, "item,value,weight\n") << "nothing fits";
   EXPECT_EQ(Small.Error, "");
+}
+
+TEST_F(QxevolveTest, OptimizeIsNoWorseThanTheOrderOfValueForWeight) {
+  std::string Text = "value,weight\n";
+  std::vector<std::pair<double, double>> Items;
+  for (int I = 0; I < 200; ++I) {
+    Items.emplace_back(10 + I * 7919 % 91, 5 + I * 104729 % 53);
+    Text += std::to_string(Items.back().first) + "," + std::to_string(Items.back().second) + "\n";
+  }
+  Write("items.csv", Text);
+  std::ranges::stable_sort(Items, [](const auto& First, const auto& Second) {
+    return First.first * Second.second > Second.first * First.second;
+  });
+  double Greedy = 0;
+  double Room = 1000;
+  for (const auto& [Value, Weight] : Items) {
+    if (Weight <= Room) {
+      Greedy += Value;
+      Room -= Weight;
+    }
+  }
+  const auto End = Run({"optimize", "items.csv", "-c", "1000", "--seed", "1", "-g", "100"});
+  EXPECT_EQ(End.Code, 0);
+  const auto Place = End.Error.find("\nValue ");
+  ASSERT_NE(Place, std::string::npos) << End.Error;
+  EXPECT_GE(std::stod(End.Error.substr(Place + 7)), Greedy);
 }
 
 } // namespace
