@@ -166,9 +166,8 @@ private:
 
   // Lets the first individual want all items: it packs them by value for weight.
   void WantAll() {
-    auto& First = FAlgorithm.Population()[0];
     for (qx::TQXGAGene& Gene : FAlgorithm.Genes()) {
-      Gene.SetGeneAsBoolean(First.Bits(), true);
+      Gene.SetAsBoolean(0, true);
     }
     FAlgorithm.EvaluateFitness();
   }

@@ -124,7 +124,7 @@ private:
     FToOptimize.AddTo(Add("optimize", "Packs the most valuable items into a knapsack",
                           "qxevolve optimize items.csv --capacity 750 --seed 1",
                           [this] { return Optimize(FToOptimize); }));
-    Add("manual", "Prints all of this help as Markdown", "qxevolve manual > qxevolve.md", [this] {
+    Add("manual", "Prints all of this help as Markdown", "qxevolve manual > qxevolve.md", [] {
       Print(ManualText(TProgram().FApp)); // one that has parsed nothing shows the help of all
       return ExitGood;
     });

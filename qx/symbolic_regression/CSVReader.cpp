@@ -31,7 +31,7 @@ struct TRow {
 
 class TCSVReader {
 public:
-  TCSVReader(std::string_view Text, const TCSVFormat& Format) : FRest(Text), FFormat(Format) {
+  TCSVReader(std::string_view Text, TCSVFormat Format) : FRest(Text), FFormat(std::move(Format)) {
     constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
     if (FRest.starts_with(ByteOrderMark)) {
       FRest.remove_prefix(ByteOrderMark.size());
