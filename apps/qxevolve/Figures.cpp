@@ -222,12 +222,16 @@ private:
   void DrawFront() {
     TBlock Block("front");
     bool Positive = true;
+    const std::string Reason =
+        FRegression.TestData().RowCount() > 0
+            ? "the smallest whose error on the test rows is within a tenth of the least."
+            : "where the error falls most for each node more.";
     for (const TRegressionModel& Model : FRegression.Front()) {
       Block.Add({double(Model.Size()), Model.Error});
       Positive = Positive && Model.Error > 0;
     }
     Add("front", "Error against size",
-        "The least error of a program for each size; the chosen one is marked.",
+        "The least error of a program for each size. The chosen one is marked: " + Reason,
         Head("size (nodes)", "error (" + MeasureText() + ")") + Block.Text() + (Positive ? LogScale : "") +
             fmt::format("unset key\nset offsets 1, 1, 0, 0\n"
                         "plot $front using 1:2 with steps lc rgb '{0}', "

@@ -33,6 +33,9 @@ pre { overflow-x: auto; }
   :root { --text: #000000; --paper: #ffffff; --faint: #444444; --line: #bbbbbb; }
   figure, tr { break-inside: avoid; }
   pre { white-space: pre-wrap; }
+  body { font-size: 12px; }
+  main { padding: 0; gap: 0.8rem; grid-template-columns: 1fr 1fr; }
+  figure { padding: 0.5rem; }
 }
 )css";
 

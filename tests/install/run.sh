@@ -18,6 +18,11 @@ runs() { "$1" | grep -qE '^[0-9.]+ ' || { echo "$1 printed no result"; exit 1; }
 cmake --install "$build" --prefix "$work/prefix" >/dev/null
 if find "$work/prefix" -name 'RandomKernels.h' -o -name 'XMLTree.h' -o -name 'GenesReload.h' -o -name 'BlockKernels.ipp' -o -name 'RegressionWorker.h' | grep -q .; then echo "an internal header was installed"; exit 1; fi
 
+echo "The program ..."
+"$work/prefix/bin/qxevolve" --version | grep -q '^qxevolve [0-9]' || { echo "the program was not installed"; exit 1; }
+grep -q 'complete .* qxevolve' "$work/prefix/share/bash-completion/completions/qxevolve"
+test -s "$(find "$work/prefix/share/doc" -name qxevolve.md)"
+
 echo "find_package ..."
 cmake -S "$here/stranger" -B "$work/found" -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$work/prefix" \
   -DPROGRAM="$work/readme.cpp" >/dev/null

@@ -1,12 +1,11 @@
 #include <apps/qxevolve/Program.h>
-#include <cstdlib>
 #include <map>
 
 namespace qxevolve::tests {
 namespace {
 
 bool IsInstalled(const std::string& Tool) {
-  return std::system(("command -v " + Tool + " > /dev/null").c_str()) == 0; // NOLINT(concurrency-mt-unsafe)
+  return TProcess({"sh", "-c", "command -v " + Tool}, ".").Finish().Code == 0;
 }
 
 // The part of a page from a figure's identifier to its end.
