@@ -36,6 +36,7 @@ pre { overflow-x: auto; }
   body { font-size: 12px; }
   main { padding: 0; gap: 0.8rem; grid-template-columns: 1fr 1fr; }
   figure { padding: 0.5rem; }
+  #tree svg { max-height: 14rem; }
 }
 )css";
 

@@ -169,7 +169,11 @@ private:
     } else {
       qx::SeedRandom(FRun.Seed);
     }
+    const auto FormerMeasure = FRegression.ErrorMeasure();
     FOptions.ApplySettings(FRegression);
+    if (FRegression.ErrorMeasure() != FormerMeasure) { // its errors are no course of these
+      FRun.History.clear();
+    }
     FFormerSeconds = FRun.History.empty() ? 0 : FRun.History.back().Seconds;
     FFormerGenerations = FResumes ? FRegression.Generation() : 0;
   }
@@ -202,23 +206,32 @@ private:
   void DescribeRun(const qx::TQXDataSet& Table) {
     const std::uint64_t Found = Fingerprint(Table);
     if (FResumes) {
-      FRun = FFile->Run(); // with the command that began it
-      const bool Same =
-          FRun.Fingerprint == Found && FRun.Target == FOptions.Target && FRun.Weights == FOptions.Weights;
-      if (!Same) {
-        throw EUsageError(fmt::format("{} holds a run on other data: {} rows of {}, target {}", FOptions.Save,
-                                      FRun.Rows, FRun.Data.FileName, FRun.Target));
-      }
-      if (FOptions.Seed.value_or(FRun.Seed) != FRun.Seed || !FOptions.Functions.empty() ||
-          FOptions.NoConstants || FOptions.TestShare.value_or(FRun.TestShare) != FRun.TestShare) {
-        throw EUsageError(
-            "--seed, --test-share, --functions and --no-constants belong to a new run; leave them "
-            "out with --resume");
-      }
-      return;
+      ResumeRun(Found);
     }
-    FRun.Data = FOptions.Data;
+    FRun.Data = FOptions.Data; // the file may have moved
     FRun.Data.FileName = std::filesystem::absolute(FOptions.Data.FileName).string();
+    if (!FResumes) {
+      BeginRun(Table, Found);
+    }
+  }
+
+  void ResumeRun(std::uint64_t Found) {
+    FRun = FFile->Run(); // with the command that began it
+    const bool Same =
+        FRun.Fingerprint == Found && FRun.Target == FOptions.Target && FRun.Weights == FOptions.Weights;
+    if (!Same) {
+      throw EUsageError(fmt::format("{} holds a run on other data: {} rows of {}, target {}", FOptions.Save,
+                                    FRun.Rows, FRun.Data.FileName, FRun.Target));
+    }
+    if (FOptions.Seed.value_or(FRun.Seed) != FRun.Seed || !FOptions.Functions.empty() ||
+        FOptions.NoConstants || FOptions.TestShare.value_or(FRun.TestShare) != FRun.TestShare) {
+      throw EUsageError(
+          "--seed, --test-share, --functions and --no-constants belong to a new run; leave them "
+          "out with --resume");
+    }
+  }
+
+  void BeginRun(const qx::TQXDataSet& Table, std::uint64_t Found) {
     FRun.Target = FOptions.Target;
     FRun.Weights = FOptions.Weights;
     FRun.Rows = Table.RowCount();

@@ -132,6 +132,12 @@ TEST_F(QxevolveTest, ResumingIsTheSameAsNotStopping) {
   const auto Other = Run(With({"run.xml", "--resume", "--seed", "4"}));
   EXPECT_EQ(Other.Code, 2);
   EXPECT_TRUE(IsOneLine(Other.Error)) << Other.Error;
+  std::filesystem::rename(Path("hard.csv"), Path("moved.csv"));
+  auto Moved = With({"run.xml", "-g", "15", "--resume", "--error", "mae"});
+  Moved[1] = "moved.csv";
+  EXPECT_EQ(Run(Moved).Code, 0);
+  EXPECT_EQ(CountOf(Read("run.xml"), "<Record "), 3) << "errors of another measure are no course";
+  EXPECT_NE(Run({"describe", "run.xml"}).Out.find("moved.csv, 400 rows"), std::string::npos);
   WriteHard(401);
   const auto OtherData = Run(With({"run.xml", "--resume", "-g", "20"}));
   EXPECT_EQ(OtherData.Code, 2);
