@@ -45,11 +45,20 @@ public:
   TRegress(const TRegressOptions& Options, std::vector<std::string> Command) : FOptions(Options) {
     FRun.Command = std::move(Command);
   }
+  TRegress(const TRegress&) = delete;
+  TRegress& operator=(const TRegress&) = delete;
+  // A folder without a report is not left behind.
+  ~TRegress() {
+    if (FHasMadeFolder) {
+      std::error_code Ignored;
+      std::filesystem::remove(FOptions.Report, Ignored); // unless something is in it
+    }
+  }
 
   int Execute() {
-    RequireOutputs();
     const qx::TQXDataSet Table = ReadTable();
     Prepare(Table);
+    RequireOutputs();
     const TInterruptScope Interrupts;
     Evolve();
     FRun.ChosenSize = ChosenSize(FRegression);
@@ -90,14 +99,14 @@ private:
   }
 
   // What cannot be written later is known before the work.
-  void RequireOutputs() const {
+  void RequireOutputs() {
     if (!FOptions.Save.empty()) {
       RequireOther(FOptions.Save, {FOptions.Data.FileName});
       TRunFile::RequireRunOrNothing(FOptions.Save);
       RequireWritable(FOptions.Save);
     }
     if (!FOptions.Report.empty()) {
-      RequireReportFolder(FOptions.Report);
+      FHasMadeFolder = RequireReportFolder(FOptions.Report);
     }
   }
 
@@ -367,6 +376,7 @@ private:
   double FFormerSeconds = 0; // of the run before it was taken up
   int FFormerGenerations = 0;
   bool FHasFailed = false; // some output
+  bool FHasMadeFolder = false;
   std::string FEndedBy;
 };
 

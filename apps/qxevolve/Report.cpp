@@ -139,13 +139,14 @@ private:
 
 } // namespace
 
-void RequireReportFolder(const std::string& Folder) {
+bool RequireReportFolder(const std::string& Folder) {
   std::error_code Error;
-  std::filesystem::create_directories(Folder, Error);
+  const bool IsNew = std::filesystem::create_directories(Folder, Error);
   if (Error) {
     throw std::system_error(Error, "Cannot make the folder \"" + Folder + "\"");
   }
   RequireWritable(Folder + "/report.html");
+  return IsNew;
 }
 
 std::string WriteReport(const std::string& Folder, const TRun& Run, qx::TQXSymbolicRegression& Regression,

@@ -19,7 +19,7 @@ protected:
   }
   void ExpectDataError(const std::string& Data, const std::string& Part) const {
     Write("data.csv", Data);
-    ExpectError({"regress", "data.csv", "--target", "y", "-s", "1"}, 2, Part);
+    ExpectError({"regress", "data.csv", "--target", "y", "-s", "1", "--report", "report"}, 2, Part);
   }
 };
 
@@ -109,6 +109,13 @@ TEST_F(QxevolveErrorsTest, AFullDiskIsTold) {
   const auto End = TProcess({"sh", "-c", std::string(QX_EVOLVE) + " manual > /dev/full"}, Folder()).Finish();
   EXPECT_EQ(End.Code, 1);
   EXPECT_EQ(End.Error, "qxevolve: Cannot write to standard output: No space left on device\n");
+}
+
+TEST_F(QxevolveErrorsTest, ARunWithoutResultLeavesNoFolderBehind) {
+  Write("data.csv", "x,y\n1e200,1\n2e200,2\n3e200,4\n"); // squares of every program's errors are infinite
+  ExpectError({"regress", "data.csv", "-t", "y", "-g", "1", "-q", "--no-scaling", "--no-constants", "-f",
+               "Exp", "--report", "report", "--save", "run.xml"},
+              1, "No program has a finite error");
 }
 
 TEST_F(QxevolveErrorsTest, WrongUseIsTold) {
