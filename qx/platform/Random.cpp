@@ -16,7 +16,6 @@ constinit TRandomBlock RandomBlock;
 
 namespace {
 
-constexpr std::size_t LaneCount = TQXRandomState::Lanes;
 constexpr std::size_t BlockSize = 256;
 // A vector kernel may read up to seven draws past the last one that counts.
 constexpr std::size_t BlockPadding = 8;

@@ -11,7 +11,6 @@ namespace qx::detail {
 
 namespace {
 
-constexpr std::size_t LaneCount = TQXRandomState::Lanes;
 constexpr std::size_t StepsPerWord = 64 / LaneCount;
 
 constexpr std::uint32_t HighHalf(std::uint64_t Draw) { return static_cast<std::uint32_t>(Draw >> 32); }

@@ -9,6 +9,8 @@
 
 namespace qx::detail {
 
+inline constexpr std::size_t LaneCount = TQXRandomState::Lanes;
+
 /// A word whose first `Count` bits are 1; all of them from 64 on.
 constexpr std::uint64_t LowBits(std::size_t Count) { return Count >= 64 ? ~0ULL : (1ULL << Count) - 1; }
 

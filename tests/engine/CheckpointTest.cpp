@@ -9,6 +9,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <support/NonFinite.h>
 #include <support/SmallAlgorithm.h>
 #include <support/SmallGeneticProgram.h>
 #include <support/Streams.h>
@@ -192,7 +193,7 @@ TEST(CheckpointTest, CarriesTheOffsetOfAFirstGeneWhosePredecessorIsGone) {
 
 TEST(CheckpointTest, CarriesFitnessesThatAreNoFiniteNumbers) {
   TSmallAlgorithm Algorithm;
-  constexpr double Infinity = std::numeric_limits<double>::infinity();
+  using tests::Infinity;
   Algorithm.OnEvaluateFitness = [](auto&, auto& Item, double& Fitness) {
     constexpr double Values[] = {std::numeric_limits<double>::quiet_NaN(), -Infinity, 5e-324};
     Fitness = Values[Item.Index() % 3];

@@ -10,6 +10,7 @@
 #include <csignal>
 #include <random>
 #include <set>
+#include <support/Cases.h>
 #include <support/SmallAlgorithm.h>
 #include <support/SmallGeneticProgram.h>
 #include <support/Streams.h>
@@ -177,11 +178,7 @@ public:
   }
 }
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr int Kills = 200;
-#else
-constexpr int Kills = 1000;
-#endif
+constexpr int Kills = tests::Cases(1000, 200);
 
 // How long a process takes, from its start, to the first checkpoint that it writes; in microseconds.
 unsigned TimeToACheckpoint(const std::string& Name) {
@@ -200,7 +197,7 @@ unsigned TimeToACheckpoint(const std::string& Name) {
   return static_cast<unsigned>(std::chrono::duration_cast<std::chrono::microseconds>(Passed).count());
 }
 
-TEST_F(CheckpointsTest, AThousandKillsLeaveTheNewestOneLoadable) {
+TEST_F(CheckpointsTest, ManyKillsLeaveTheNewestOneLoadable) {
   TPrograms Programs;
   SeedRandom(1);
   Programs.Initialize();

@@ -1,16 +1,16 @@
+#include "support/NonFinite.h"
 #include "support/TestComponent.h"
 #include <qx/engine/QXGeneticBase.h>
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 namespace qx {
 namespace {
 
+using tests::Infinity;
 using tests::TTestComponent;
-constexpr double Infinite = std::numeric_limits<double>::infinity();
 
 TEST(FitnessStatistics, ExtremesSumAndFittestOfThePopulation) {
   TTestComponent Component;
@@ -80,7 +80,7 @@ TEST(FitnessStatistics, DiversityWithoutAMaximumIsInfinite) {
   TTestComponent Component;
   Component.Start({-1, 0});
   EXPECT_EQ(Component.MaxFitness(), 0);
-  EXPECT_EQ(Component.Diversity(), Infinite);
+  EXPECT_EQ(Component.Diversity(), Infinity);
   Component.SetUseDiversityLimit(true);
   Component.SetDiversityLimit(1);
   EXPECT_FALSE(Component.IsFinished());

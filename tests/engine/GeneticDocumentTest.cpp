@@ -1,6 +1,7 @@
 // The settings that every genetic component saves and loads.
 
 #include "support/Locales.h"
+#include "support/NonFinite.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestComponent.h"
 #include <qx/engine/QXGeneticDocumentXML.h>
@@ -17,37 +18,37 @@ namespace {
 
 using tests::TTestComponent;
 
-std::string Saved(TQXCustomGeneticComponent& Component) {
+std::string SavedDocument(TQXCustomGeneticComponent& Component) {
   std::ostringstream Stream;
   Component.SaveToStream(Stream);
   return Stream.str();
 }
 
-void Load(TQXCustomGeneticComponent& Component, const std::string& Content) {
+void LoadDocument(TQXCustomGeneticComponent& Component, const std::string& Content) {
   std::istringstream Stream("<GeneticDocument>" + Content + "</GeneticDocument>");
   Component.LoadFromStream(Stream);
 }
 
 TEST(GeneticDocument, OfAStandardComponent) {
   TTestComponent Component;
-  EXPECT_EQ(Saved(Component), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                              "<GeneticDocument>\n"
-                              "  <DiversityLimit>0.02</DiversityLimit>\n"
-                              "  <FitnessCutoff>1</FitnessCutoff>\n"
-                              "  <FitnessMethod>fmMinimize</FitnessMethod>\n"
-                              "  <Generation>0</Generation>\n"
-                              "  <UseDiversityLimit>false</UseDiversityLimit>\n"
-                              "  <UseFitnessCutoff>false</UseFitnessCutoff>\n"
-                              "  <GenerationLimit>0</GenerationLimit>\n"
-                              "  <UseGenerationLimit>false</UseGenerationLimit>\n"
-                              "  <AvgFitness>0</AvgFitness>\n"
-                              "  <MaxFitness>0</MaxFitness>\n"
-                              "  <MinFitness>0</MinFitness>\n"
-                              "</GeneticDocument>\n");
+  EXPECT_EQ(SavedDocument(Component), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                                      "<GeneticDocument>\n"
+                                      "  <DiversityLimit>0.02</DiversityLimit>\n"
+                                      "  <FitnessCutoff>1</FitnessCutoff>\n"
+                                      "  <FitnessMethod>fmMinimize</FitnessMethod>\n"
+                                      "  <Generation>0</Generation>\n"
+                                      "  <UseDiversityLimit>false</UseDiversityLimit>\n"
+                                      "  <UseFitnessCutoff>false</UseFitnessCutoff>\n"
+                                      "  <GenerationLimit>0</GenerationLimit>\n"
+                                      "  <UseGenerationLimit>false</UseGenerationLimit>\n"
+                                      "  <AvgFitness>0</AvgFitness>\n"
+                                      "  <MaxFitness>0</MaxFitness>\n"
+                                      "  <MinFitness>0</MinFitness>\n"
+                                      "</GeneticDocument>\n");
   TTestComponent Copy;
-  std::istringstream Stream(Saved(Component));
+  std::istringstream Stream(SavedDocument(Component));
   Copy.LoadFromStream(Stream);
-  EXPECT_EQ(Saved(Copy), Saved(Component));
+  EXPECT_EQ(SavedDocument(Copy), SavedDocument(Component));
   EXPECT_TRUE(Copy.LoadWarnings().empty());
 }
 
@@ -62,11 +63,11 @@ TEST(GeneticDocument, EverySettingComesBackAndStatisticsDoNot) {
   Component.SetUseFitnessCutoff(true);
   Component.SetGenerationLimit(99);
   Component.SetUseGenerationLimit(true);
-  EXPECT_NE(
-      Saved(Component).find("<AvgFitness>3</AvgFitness>\n  <MaxFitness>6</MaxFitness>\n  <MinFitness>1<"),
-      std::string::npos);
+  EXPECT_NE(SavedDocument(Component).find(
+                "<AvgFitness>3</AvgFitness>\n  <MaxFitness>6</MaxFitness>\n  <MinFitness>1<"),
+            std::string::npos);
   TTestComponent Copy;
-  std::istringstream Stream(Saved(Component));
+  std::istringstream Stream(SavedDocument(Component));
   Copy.LoadFromStream(Stream);
   EXPECT_EQ(Copy.DiversityLimit(), 0.1);
   EXPECT_EQ(Copy.FitnessCutoff(), -2.5);
@@ -83,7 +84,7 @@ TEST(GeneticDocument, MissingElementsReadAsNothing) {
   TTestComponent Component;
   Component.SetUseFitnessCutoff(true);
   Component.SetFitnessMethod(fmMaximize);
-  Load(Component, "");
+  LoadDocument(Component, "");
   EXPECT_EQ(Component.DiversityLimit(), 0);
   EXPECT_EQ(Component.FitnessCutoff(), 0);
   EXPECT_EQ(Component.FitnessMethod(), fmMaximize);
@@ -96,50 +97,50 @@ TEST(GeneticDocument, MissingElementsReadAsNothing) {
 
 TEST(GeneticDocument, TheLimitOfAComponentThatNeverHadOneStays) {
   TTestComponent Fresh;
-  Load(Fresh, "<GenerationLimit>0</GenerationLimit>");
+  LoadDocument(Fresh, "<GenerationLimit>0</GenerationLimit>");
   EXPECT_EQ(Fresh.GenerationLimit(), 0);
   TTestComponent Large;
-  Load(Large, "<GenerationLimit>4294967295</GenerationLimit>"); // unsigned
+  LoadDocument(Large, "<GenerationLimit>4294967295</GenerationLimit>"); // unsigned
   EXPECT_EQ(Large.GenerationLimit(), std::numeric_limits<int>::max());
   EXPECT_EQ(Large.LoadWarnings().size(), 2U);
   TTestComponent Set;
   Set.SetGenerationLimit(5);
-  Load(Set, "<GenerationLimit>0</GenerationLimit>");
+  LoadDocument(Set, "<GenerationLimit>0</GenerationLimit>");
   EXPECT_EQ(Set.GenerationLimit(), 1);
 }
 
 TEST(GeneticDocument, AMethodThatIsNoneAndValuesOutOfBoundsAreReported) {
   TTestComponent Component;
-  Load(Component, "<FitnessMethod>fmBest</FitnessMethod><DiversityLimit>1.5</DiversityLimit>"
-                  "<GenerationLimit>-3</GenerationLimit>");
+  LoadDocument(Component, "<FitnessMethod>fmBest</FitnessMethod><DiversityLimit>1.5</DiversityLimit>"
+                          "<GenerationLimit>-3</GenerationLimit>");
   EXPECT_EQ(Component.FitnessMethod(), fmMinimize);
   EXPECT_EQ(Component.DiversityLimit(), 1);
   EXPECT_EQ(Component.LoadWarnings(),
             (std::vector<std::string>{"DiversityLimit: 1.5 became 1",
                                       "FitnessMethod: \"fmBest\" names no value; fmMinimize stays",
                                       "GenerationLimit: -3 became 1"}));
-  Load(Component, "<FitnessMethod>fmMaximize</FitnessMethod><GenerationLimit>3</GenerationLimit>");
+  LoadDocument(Component, "<FitnessMethod>fmMaximize</FitnessMethod><GenerationLimit>3</GenerationLimit>");
   EXPECT_TRUE(Component.LoadWarnings().empty());
 }
 
 TEST(GeneticDocument, ABooleanIsTrueForThatWordInAnyCaseOnly) {
   TTestComponent Component;
-  Load(Component, "<UseFitnessCutoff>TRUE</UseFitnessCutoff>");
+  LoadDocument(Component, "<UseFitnessCutoff>TRUE</UseFitnessCutoff>");
   EXPECT_TRUE(Component.UseFitnessCutoff());
-  Load(Component, "<UseFitnessCutoff>1</UseFitnessCutoff>");
+  LoadDocument(Component, "<UseFitnessCutoff>1</UseFitnessCutoff>");
   EXPECT_FALSE(Component.UseFitnessCutoff());
 }
 
 TEST(GeneticDocument, InfinityIsKeptWhereASettingHasNoBoundsAndNaNIsRefused) {
-  constexpr double Infinity = std::numeric_limits<double>::infinity();
+  using tests::Infinity;
   TTestComponent Component;
-  Load(Component, "<FitnessCutoff>-INF</FitnessCutoff><DiversityLimit>INF</DiversityLimit>");
+  LoadDocument(Component, "<FitnessCutoff>-INF</FitnessCutoff><DiversityLimit>INF</DiversityLimit>");
   EXPECT_EQ(Component.FitnessCutoff(), -Infinity);
   EXPECT_EQ(Component.DiversityLimit(), 1);
-  EXPECT_NE(Saved(Component).find("<FitnessCutoff>-INF</FitnessCutoff>"), std::string::npos);
+  EXPECT_NE(SavedDocument(Component).find("<FitnessCutoff>-INF</FitnessCutoff>"), std::string::npos);
   for (const std::string Setting : {"FitnessCutoff", "DiversityLimit"}) {
     try {
-      Load(Component, "<Generation>9</Generation><" + Setting + ">NaN</" + Setting + ">");
+      LoadDocument(Component, "<Generation>9</Generation><" + Setting + ">NaN</" + Setting + ">");
       FAIL();
     } catch (const EXMLError& Error) {
       EXPECT_NE(std::string(Error.what()).find('"' + Setting + "\": must be a number, not NaN"),
@@ -148,19 +149,19 @@ TEST(GeneticDocument, InfinityIsKeptWhereASettingHasNoBoundsAndNaNIsRefused) {
   }
   EXPECT_EQ(Component.Generation(), 0);
   Component.SetFitnessCutoff(std::numeric_limits<double>::quiet_NaN());
-  EXPECT_THROW(Saved(Component), std::invalid_argument);
+  EXPECT_THROW(SavedDocument(Component), std::invalid_argument);
 }
 
 TEST(GeneticDocument, AValueThatDoesNotReadChangesNothing) {
   TTestComponent Component;
   Component.SetFitnessCutoff(7);
-  const std::string Before = Saved(Component);
+  const std::string Before = SavedDocument(Component);
   for (const std::string Content :
        {"<DiversityLimit>0.5</DiversityLimit><Generation>many</Generation>",
         "<FitnessCutoff>1</FitnessCutoff><GenerationLimit>1.5</GenerationLimit>",
         "<DiversityLimit>0,5</DiversityLimit>", "<Generation>99999999999</Generation>"}) {
-    EXPECT_THROW(Load(Component, Content), EXMLError);
-    EXPECT_EQ(Saved(Component), Before);
+    EXPECT_THROW(LoadDocument(Component, Content), EXMLError);
+    EXPECT_EQ(SavedDocument(Component), Before);
   }
 }
 
@@ -202,7 +203,7 @@ TEST(GeneticDocument, FilesAreSavedAndLoaded) {
   TTestComponent Component;
   Component.SetGeneration(12);
   Component.SaveToFile(Folder.File("run.xml"));
-  EXPECT_EQ(tests::ReadFile(Folder.File("run.xml")), Saved(Component));
+  EXPECT_EQ(tests::ReadFile(Folder.File("run.xml")), SavedDocument(Component));
   EXPECT_EQ(LoadGeneticDocument(Folder.File("run.xml")).Generation(), 12);
   TTestComponent Copy;
   Copy.LoadFromFile(Folder.File("run.xml"));
@@ -215,9 +216,9 @@ TEST(GeneticDocument, IsTheSameUnderEveryLocale) {
   TTestComponent Component;
   Component.SetFitnessCutoff(12345.5);
   Component.SetGeneration(1234567);
-  const std::string Before = Saved(Component);
+  const std::string Before = SavedDocument(Component);
   const tests::TGermanLocale German;
-  EXPECT_EQ(Saved(Component), Before);
+  EXPECT_EQ(SavedDocument(Component), Before);
   TTestComponent Copy;
   std::istringstream Stream(Before);
   Copy.LoadFromStream(Stream);

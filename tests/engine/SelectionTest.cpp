@@ -1,3 +1,4 @@
+#include "support/NonFinite.h"
 #include "support/ScriptedRandom.h"
 #include "support/TestComponent.h"
 #include <qx/engine/QXGeneticBase.h>
@@ -5,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -14,10 +14,10 @@ namespace qx {
 namespace {
 
 using tests::I;
+using tests::Infinity;
 using tests::R;
 using tests::TScriptedRandom;
 using tests::TTestComponent;
-constexpr double Infinite = std::numeric_limits<double>::infinity();
 
 int Picked(TTestComponent& Component) { return Component.SelectParent(Component.Population()).Index(); }
 
@@ -195,7 +195,7 @@ TEST(Roulette, NotANumberHasNoShare) {
 }
 
 TEST(Roulette, NotANumberAmongZerosLeavesTheZerosTheirShares) {
-  for (const double Out : {static_cast<double>(NAN), -Infinite}) {
+  for (const double Out : {static_cast<double>(NAN), -Infinity}) {
     TTestComponent Component;
     Component.SetFitnessMethod(fmMaximize);
     Component.SetSelectionMethod(smRoulette);
@@ -209,12 +209,12 @@ TEST(Roulette, NotANumberAmongZerosLeavesTheZerosTheirShares) {
 TEST(Roulette, InfiniteFitnessesLeaveTheFiniteOnesTheirShares) {
   TTestComponent Component;
   Component.SetSelectionMethod(smRoulette);
-  Component.Start({Infinite, 1, 2, Infinite}); // ruled out by a host
+  Component.Start({Infinity, 1, 2, Infinity}); // ruled out by a host
   EXPECT_EQ(PickedAt(Component, 0), 1);
   EXPECT_EQ(PickedAt(Component, 0.51), 2);
   EXPECT_EQ(PickedAt(Component, 0.99), 2);
   Component.SetFitnessMethod(fmMaximize);
-  Component.Start({-Infinite, 1, 3});
+  Component.Start({-Infinity, 1, 3});
   EXPECT_EQ(PickedAt(Component, 0), 1);
   EXPECT_EQ(PickedAt(Component, 0.26), 2);
   Component.Start({1e308, 1e308, 1.5e308}); // the sum is infinite

@@ -7,12 +7,13 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <support/NonFinite.h>
 #include <vector>
 
 namespace qx {
 namespace {
 
-constexpr double Infinite = std::numeric_limits<double>::infinity();
+using tests::Infinity;
 
 TQXEncodedBits& Sized(TQXEncodedBits& Bits, int Size, bool Signed = false) {
   Bits.SetSize(Size);
@@ -125,7 +126,7 @@ TEST(EncodedBits, ThirtyTwoAndSixtyFourBitsHoldImages) {
 TEST(EncodedBits, AnImageThatIsNoFiniteNumberReadsZero) {
   TQXEncodedBits Bits;
   Sized(Bits, 64, true);
-  for (const double Value : {Infinite, -Infinite, std::nan("")}) {
+  for (const double Value : {Infinity, -Infinity, std::nan("")}) {
     Bits.SetAsDouble(0, 64, Value);
     EXPECT_EQ(Bits.GetAsDouble(0, 64), 0);
     Bits.SetAsFloat(0, 32, static_cast<float>(Value));
@@ -170,7 +171,7 @@ TEST(EncodedBits, ARealBeyondItsFieldBecomesTheNearestThatTheFieldHolds) {
     }
     const int Whole = std::min(Length, 64);
     Bits.SetPreserveSignBit(false);
-    for (const double Value : {1e37, Infinite, std::ldexp(1.0, Whole)}) {
+    for (const double Value : {1e37, Infinity, std::ldexp(1.0, Whole)}) {
       Bits.SetAsDouble(5, Length, Value);
       EXPECT_EQ(Bits.CountOnes(), Whole) << Length;
     }

@@ -3,12 +3,15 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <stdexcept>
 #include <string>
+#include <support/NonFinite.h>
 
 namespace qx {
 namespace {
+
+using tests::Infinity;
+using tests::NaN;
 
 template <class TEnum>
 void ExpectNames(std::initializer_list<std::string_view> Names) {
@@ -157,16 +160,13 @@ TEST(FitnessOrder, TheBetterOfTwoDependsOnTheDirection) {
   EXPECT_EQ(CompareFitnesses(1, 2, false), -1);
   EXPECT_EQ(CompareFitnesses(1, 2, true), 1);
   EXPECT_EQ(CompareFitnesses(2, 2, true), 0);
-  constexpr double Infinite = std::numeric_limits<double>::infinity();
-  EXPECT_EQ(CompareFitnesses(Infinite, Infinite, false), 0);
-  EXPECT_EQ(CompareFitnesses(-Infinite, Infinite, false), -1);
+  EXPECT_EQ(CompareFitnesses(Infinity, Infinity, false), 0);
+  EXPECT_EQ(CompareFitnesses(-Infinity, Infinity, false), -1);
 }
 
 TEST(FitnessOrder, NotANumberIsWorseThanEveryNumberInEitherDirection) {
-  constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
   for (const bool Maximize : {false, true}) {
-    for (const double Number :
-         {0.0, 1e308, -std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity()}) {
+    for (const double Number : {0.0, 1e308, -Infinity, Infinity}) {
       EXPECT_EQ(CompareFitnesses(NaN, Number, Maximize), 1);
       EXPECT_EQ(CompareFitnesses(Number, NaN, Maximize), -1);
     }

@@ -1,6 +1,5 @@
 // Loads that fail further in leave the component as it was: settings, genes, generations, the very objects.
 
-#include "support/Allocations.h"
 #include "support/SmallAlgorithm.h"
 
 #include <gtest/gtest.h>
@@ -182,21 +181,6 @@ TEST(FailedLoad, WhenAHandlerHasEvolvedOrSwappedGenerations) {
       EXPECT_EQ(&Algorithm.Population(), Population);
     }
   }
-}
-
-TEST(FailedLoad, OfASizeThatGrewTakesMemoryOnce) {
-  TSmallAlgorithm Algorithm;
-  const std::string Before = StateOf(Algorithm);
-  std::string Genes;
-  for (int I = 0; I < 2000; ++I) {
-    Genes += "<BooleanGene><Size>1</Size></BooleanGene>";
-  }
-  const std::size_t Bytes = tests::AllocatedBytes();
-  EXPECT_THROW(Algorithm.Genes().LoadFromXML(GetGenoType(TXMLDocument::Parse(
-                   "<GenoType>" + Genes + "<FloatGene><Size>x</Size></FloatGene></GenoType>"))),
-               EXMLError);
-  EXPECT_LT(tests::AllocatedBytes() - Bytes, 8U << 20);
-  EXPECT_EQ(StateOf(Algorithm), Before);
 }
 
 TEST(FailedLoad, KeepsASizeBelowThatOfTheGenes) {

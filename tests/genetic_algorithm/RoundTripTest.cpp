@@ -1,5 +1,6 @@
 // Random components: what one saves, another loads, evaluates and saves to the same bytes.
 
+#include "support/Cases.h"
 #include "support/Locales.h"
 #include "support/SmallAlgorithm.h"
 
@@ -12,11 +13,7 @@
 namespace qx {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr int Components = 5000;
-#else
-constexpr int Components = 100'000;
-#endif
+constexpr int Components = tests::Cases(100'000, 5000);
 
 class TRandomAlgorithm {
 public:

@@ -10,9 +10,9 @@ namespace {
 
 using tests::Program;
 
-class TProgramming : public tests::TArithmeticProgramming<> {
+class TCopyingProgramming : public tests::TArithmeticProgramming<> {
 public:
-  TProgramming() {
+  TCopyingProgramming() {
     First = &Add("(Add x y)");
     Second = &Add("(Mul x c)");
     Child1 = &Add("y");
@@ -46,7 +46,7 @@ public:
 };
 
 TEST(CopyingLaterTest, TheChildIsACopyWhenNothingIsCrossed) {
-  TProgramming Programming;
+  TCopyingProgramming Programming;
   static_cast<void>(Programming.First->Fitness());
   Programming.ReproduceOnce();
   EXPECT_EQ(Program(*Programming.Child2), "(Add x y)");
@@ -55,7 +55,7 @@ TEST(CopyingLaterTest, TheChildIsACopyWhenNothingIsCrossed) {
 }
 
 TEST(CopyingLaterTest, AnOverrideThatLooksSeesTheCopy) {
-  TProgramming Programming;
+  TCopyingProgramming Programming;
   Programming.Looks = true;
   Programming.ReproduceOnce();
   EXPECT_EQ(Programming.Seen, "(Add x y)");
@@ -63,7 +63,7 @@ TEST(CopyingLaterTest, AnOverrideThatLooksSeesTheCopy) {
 }
 
 TEST(CopyingLaterTest, HandlersSeeTheCopy) {
-  TProgramming Programming;
+  TCopyingProgramming Programming;
   std::string Seen;
   Programming.OnInitializeChild = [&](auto&, auto&, auto&, auto& Child) { Seen += Program(Child); };
   Programming.ReproduceOnce();
@@ -79,7 +79,7 @@ TEST(CopyingLaterTest, HandlersSeeTheCopy) {
 }
 
 TEST(CopyingLaterTest, AParentThatIsAlsoAChildIsCopiedAtOnce) {
-  TProgramming Programming;
+  TCopyingProgramming Programming;
   Programming.SetMutationProbability(1);
   Programming.OnMutation = [&](auto& Sender, auto& Item, bool& Allowed) {
     if (&Item == Programming.First) {
@@ -94,7 +94,7 @@ TEST(CopyingLaterTest, AParentThatIsAlsoAChildIsCopiedAtOnce) {
 }
 
 TEST(CopyingLaterTest, WhenSomethingRaisesTheChildKeepsItsProgram) {
-  TProgramming Programming;
+  TCopyingProgramming Programming;
   Programming.Raises = true;
   EXPECT_THROW(Programming.ReproduceOnce(), std::runtime_error);
   EXPECT_EQ(Program(*Programming.Child2), "y");
@@ -104,7 +104,7 @@ TEST(CopyingLaterTest, WhenSomethingRaisesTheChildKeepsItsProgram) {
 }
 
 TEST(CopyingLaterTest, AssignmentsAfterTheCrossoverAreMadeAtOnce) {
-  TProgramming Programming;
+  TCopyingProgramming Programming;
   Programming.SetMutationProbability(1);
   auto& Source = Programming.Add("(Neg c)");
   Programming.OnMutation = [&](auto&, auto& Item, bool& Allowed) {

@@ -16,7 +16,7 @@ using tests::TCountingRandom;
 using tests::TOpenProgramming;
 using tests::TScriptedRandom;
 
-using TProgramming = TOpenProgramming<TQXGeneticProgramming>;
+using TOpenFloat = TOpenProgramming<TQXGeneticProgramming>;
 
 template <class TCall>
 std::string ErrorOf(TCall Call) {
@@ -72,14 +72,14 @@ TEST(TreeBuildingTest, EveryLeafOfAFullTreeIsAtTheLastLevel) {
 }
 
 TEST(TreeBuildingTest, WhatIsMissingIsNamed) {
-  TProgramming None;
+  TOpenFloat None;
   EXPECT_EQ(ErrorOf([&] { None.DoInitializeFull(1); }), "No terminals found");
   EXPECT_EQ(ErrorOf([&] { None.DoInitializeFull(2); }), "No operations found");
   EXPECT_EQ(ErrorOf([&] { None.DoInitializeGrow(2); }), "No nodes found");
-  TProgramming OnlyFunctions;
+  TOpenFloat OnlyFunctions;
   OnlyFunctions.Function("f", 1);
   EXPECT_EQ(ErrorOf([&] { OnlyFunctions.DoInitializeFull(2); }), "No terminals found");
-  TProgramming OnlyTerminals;
+  TOpenFloat OnlyTerminals;
   OnlyTerminals.Variable("x");
   EXPECT_EQ(ErrorOf([&] { OnlyTerminals.DoInitializeFull(2); }), "No operations found");
   EXPECT_EQ(OnlyTerminals.DoInitializeGrow(2)->ToString(), "x");
@@ -110,7 +110,7 @@ TEST(TreeBuildingTest, ABinaryTreeIsBuiltAsAnyOther) {
 }
 
 TEST(TreeBuildingTest, ADepthBeyondAnyStackIsBuilt) {
-  TProgramming Component;
+  TOpenFloat Component;
   Component.Function("f", 1);
   Component.Variable("x");
   EXPECT_EQ(Component.DoInitializeFull(1'000'000)->Depth(), 999'999);
@@ -143,7 +143,7 @@ TEST(SimilarInstructionTest, OneOfTheSameKindAndArityIsDrawn) {
 
 TEST(SimilarInstructionTest, WithoutInstructionsThereIsNone) {
   TArithmeticProgramming<> Other;
-  TProgramming Component;
+  TOpenFloat Component;
   EXPECT_EQ(ErrorOf([&] { Component.GetSimilarInstruction(Other.Instructions()[0]); }), "No nodes found");
   EXPECT_EQ(ErrorOf([&] { Component.GetNode(nullptr, *Component.CreateNode(nullptr), 0); }),
             "No instruction assigned to node");
@@ -173,14 +173,14 @@ TEST(InitialProgramsTest, TheDepthIsTheNumberOfFunctionsUnlessSet) {
 }
 
 TEST(InitialProgramsTest, WithoutFunctionsAFullTreeCannotBe) {
-  TProgramming Component;
+  TOpenFloat Component;
   Component.Variable("x");
   Component.SetInitialPopulation(1);
   EXPECT_EQ(ErrorOf([&] { Component.Initialize(); }), "No operations found");
 }
 
 TEST(InitialProgramsTest, RampedDepthsRiseInEqualBands) {
-  TProgramming Component;
+  TOpenFloat Component;
   Component.Function("f", 1);
   Component.Variable("x");
   Component.SetInitialDuplicatesRetries(0);
@@ -217,7 +217,7 @@ TEST(InitialProgramsTest, HalvesAlternateBetweenFullAndGrown) {
 }
 
 TEST(InitialProgramsTest, DuplicatesAreRejectedAndTheMinimumDepthRises) {
-  TProgramming Component;
+  TOpenFloat Component;
   Component.Function("f", 1);
   Component.Variable("x");
   Component.OnEvaluateFitness = [](auto&, auto&, double&) {};
@@ -231,7 +231,7 @@ TEST(InitialProgramsTest, DuplicatesAreRejectedAndTheMinimumDepthRises) {
 
 // In a ramped method the raised minimum is added to every depth, those of later individuals too.
 TEST(InitialProgramsTest, ARaisedMinimumCountsForAllThatFollow) {
-  TProgramming Component;
+  TOpenFloat Component;
   Component.Function("f", 1);
   Component.Variable("x");
   Component.SetInitialDuplicatesRetries(1);
@@ -246,7 +246,7 @@ TEST(InitialProgramsTest, ARaisedMinimumCountsForAllThatFollow) {
 }
 
 TEST(InitialProgramsTest, WithoutRetriesDuplicatesStay) {
-  TProgramming Component;
+  TOpenFloat Component;
   Component.Function("f", 1);
   Component.Variable("x");
   Component.SetInitialDuplicatesRetries(0);
@@ -257,7 +257,7 @@ TEST(InitialProgramsTest, WithoutRetriesDuplicatesStay) {
 }
 
 TEST(InitialProgramsTest, MoreDifferentProgramsThanTerminalsCannotBeWithoutFunctions) {
-  TProgramming Component;
+  TOpenFloat Component;
   Component.Variable("x");
   Component.Variable("y");
   Component.SetInitializationMethod(imGrow);
@@ -268,7 +268,7 @@ TEST(InitialProgramsTest, MoreDifferentProgramsThanTerminalsCannotBeWithoutFunct
 }
 
 TEST(InitialProgramsTest, RejectionEndsAfterSoManyAttempts) {
-  TProgramming Component; // constants that draw might come to differ
+  TOpenFloat Component; // constants that draw might come to differ
   Component.Constant("one", 1.0).OnInitializeNode = [](auto&, auto& Node) { Node.SetValue(1); };
   Component.SetInitializationMethod(imGrow);
   Component.SetInitialPopulation(2);
@@ -452,7 +452,7 @@ TEST(InitialProgramsTest, AnErrorLeavesTheProgramsBeforeIt) {
 // --- Ephemeral constants -----------------------------------------------------------------------------------
 
 TEST(EphemeralConstantTest, EveryNewNodeDrawsItsValueAndCopiesDoNot) {
-  TProgramming Component;
+  TOpenFloat Component;
   auto& Constant = AddEphemeralConstant(Component.Instructions(), "r", -1, 3);
   EXPECT_EQ(Constant.Operation(), gpConstant);
   Component.Function("f", 2);
@@ -479,9 +479,9 @@ TEST(EphemeralConstantTest, ABadOneIsNotAdded) {
 }
 
 TEST(EphemeralConstantTest, AFullCopyOfTheInstructionsDrawsToo) {
-  TProgramming Source;
+  TOpenFloat Source;
   AddEphemeralConstant(Source.Instructions(), "r", 0, 1);
-  TProgramming Copy;
+  TOpenFloat Copy;
   Copy.Instructions().AssignAll(Source.Instructions());
   TScriptedRandom Draws({I(0, 1), R(0.75)});
   EXPECT_EQ(Copy.DoInitializeGrow(1)->Value(), 0.75);

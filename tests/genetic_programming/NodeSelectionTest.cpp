@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <stdexcept>
+#include <support/NonFinite.h>
 #include <support/ProgramIndividuals.h>
 #include <support/ScriptedRandom.h>
 #include <vector>
@@ -120,7 +120,7 @@ TEST_F(NodeSelectionTest, TheSameSeedSelectsTheSameNodes) {
 TEST_F(NodeSelectionTest, AProbabilityThatNoNodeCanMeetRaises) {
   TIndividual& Leaf = Add("x");
   TIndividual& Tree = Add("(Neg x)");
-  constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
+  using tests::NaN;
   {
     TScriptedRandom Draws({});
     for (const double Probability : {NaN, 0x1p24, 1e300}) {

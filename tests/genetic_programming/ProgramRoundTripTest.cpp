@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <random>
+#include <support/Cases.h>
 #include <support/Locales.h>
 #include <support/SmallGeneticProgram.h>
 #include <support/Streams.h>
@@ -14,11 +15,7 @@
 namespace qx {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr int Components = 500;
-#else
-constexpr int Components = 10'000;
-#endif
+constexpr int Components = tests::Cases(10'000, 500);
 
 class TRandomPrograms {
 public:

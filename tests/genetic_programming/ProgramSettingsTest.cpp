@@ -15,7 +15,7 @@ using tests::Program;
 using tests::TArithmeticProgramming;
 using tests::TOpenProgramming;
 
-using TProgramming = TOpenProgramming<TQXGeneticProgramming>;
+using TOpenFloat = TOpenProgramming<TQXGeneticProgramming>;
 using TInstruction = generics::TQXGPInstruction<TGAFloat>;
 
 std::string FunctionsOf(const TQXGeneticProgramming& Component) {
@@ -120,7 +120,7 @@ TEST(ProgramSettingsTest, AValueThatIsNoneIsRefused) {
 // --- Functions and terminals -------------------------------------------------------------------------------
 
 TEST(InstructionListsTest, AnInstructionIsInTheListOfItsArityHoweverItGotIt) {
-  TProgramming Component;
+  TOpenFloat Component;
   TInstruction& A = Component.Variable("a");
   TInstruction& B = Component.Variable("b");
   EXPECT_EQ(TerminalsOf(Component), "a b ");
@@ -141,7 +141,7 @@ TEST(InstructionListsTest, AnInstructionIsInTheListOfItsArityHoweverItGotIt) {
 }
 
 TEST(InstructionListsTest, ANewKindMovesAnInstructionToTheEndOfItsList) {
-  TProgramming Component;
+  TOpenFloat Component;
   Component.Variable("a").SetOperation(gpVariable);
   Component.Variable("b");
   Component.Instructions()[0].SetOperation(gpConstant);
@@ -149,7 +149,7 @@ TEST(InstructionListsTest, ANewKindMovesAnInstructionToTheEndOfItsList) {
 }
 
 TEST(InstructionListsTest, AnAssignedInstructionIsInTheListOfItsArity) {
-  TProgramming Component;
+  TOpenFloat Component;
   TInstruction& F = Component.Function("f", 2);
   TInstruction Bare;
   Bare.SetName("bare");
@@ -160,7 +160,7 @@ TEST(InstructionListsTest, AnAssignedInstructionIsInTheListOfItsArity) {
 }
 
 TEST(InstructionListsTest, AReadInstructionIsInTheListOfItsArity) {
-  TProgramming Component;
+  TOpenFloat Component;
   TInstruction& F = Component.Function("f", 2);
   F.LoadFromXML(TXMLInstructionType(TXMLDocument::Parse("<Variable Name='f'/>").Root()));
   EXPECT_EQ(FunctionsOf(Component), "f "); // its arity is as it was
@@ -169,7 +169,7 @@ TEST(InstructionListsTest, AReadInstructionIsInTheListOfItsArity) {
 }
 
 TEST(InstructionListsTest, ChangesInOneUpdateAreSortedAtItsEnd) {
-  TProgramming Component;
+  TOpenFloat Component;
   TInstruction& F = Component.Function("f", 2);
   TUpdateScope Update(Component.Instructions());
   F.SetArity(0);
@@ -180,7 +180,7 @@ TEST(InstructionListsTest, ChangesInOneUpdateAreSortedAtItsEnd) {
 }
 
 TEST(InstructionListsTest, AnInstructionThatGoesLeavesItsList) {
-  TProgramming Component;
+  TOpenFloat Component;
   Component.Function("f", 2);
   Component.Variable("x");
   Component.Function("g", 1);
@@ -193,8 +193,8 @@ TEST(InstructionListsTest, AnInstructionThatGoesLeavesItsList) {
 }
 
 TEST(InstructionListsTest, AnInstructionThatComesWithAnArityIsAFunction) {
-  TProgramming From;
-  TProgramming To;
+  TOpenFloat From;
+  TOpenFloat To;
   From.Function("f", 2).SetCollection(To.Instructions());
   EXPECT_EQ(FunctionsOf(From), "");
   EXPECT_EQ(FunctionsOf(To), "f ");
@@ -202,7 +202,7 @@ TEST(InstructionListsTest, AnInstructionThatComesWithAnArityIsAFunction) {
 }
 
 TEST(InstructionListsTest, AnIndexBeyondAListIsRefused) {
-  TProgramming Component;
+  TOpenFloat Component;
   Component.Variable("x");
   EXPECT_THROW(Component.Functions(0), std::out_of_range);
   EXPECT_THROW(Component.Terminals(1), std::out_of_range);

@@ -4,18 +4,18 @@
 
 #include <cmath>
 #include <initializer_list>
-#include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <support/NonFinite.h>
 #include <vector>
 
 namespace qx {
 namespace {
 
-constexpr double Infinity = std::numeric_limits<double>::infinity();
-constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
+using tests::Infinity;
+using tests::NaN;
 
 /// The value of a standard instruction over constants.
 template <class T>

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <set>
 #include <support/Allocations.h>
+#include <support/Sanitizers.h>
 #include <thread>
 #include <vector>
 
@@ -31,7 +32,7 @@ TEST(FreeListTest, BlocksAreApartAlignedAndWritable) {
   }
 }
 
-#ifndef __SANITIZE_ADDRESS__
+#if !QX_ADDRESS_SANITIZER
 TEST(FreeListTest, AFreedBlockIsHandedOutAgainWithoutTheHeap) {
   void* const First = TakeBlock(Bytes);
   FreeBlock(First, Bytes);
@@ -45,7 +46,7 @@ TEST(FreeListTest, AFreedBlockIsHandedOutAgainWithoutTheHeap) {
 }
 #endif
 
-#ifndef __SANITIZE_ADDRESS__
+#if !QX_ADDRESS_SANITIZER
 // Takes and frees a block when its thread has given its own away already.
 struct TLate {
   bool Wanted = false;

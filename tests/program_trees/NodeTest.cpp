@@ -5,7 +5,6 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <support/Allocations.h>
 #include <support/SmallPrograms.h>
 #include <vector>
 
@@ -349,26 +348,6 @@ TEST(NodeTest, ADyingNodeLeavesItsParentAndOrphansItsChildren) {
   EXPECT_EQ(Root->ChildCount(), 0);
   EXPECT_EQ(Root->Size(), 1);
 }
-
-#ifndef __SANITIZE_ADDRESS__
-TEST(NodeTest, CopiesAndExecutionNeedNoHeapOnceTheListOfFreeNodesIsFilled) {
-  TArithmeticEngine Engine;
-  const auto Tree = Engine.Tree("(Add (Mul x (Neg y)) (Add (Mul x 2) (Neg (Add x y x y x))))");
-  TQXGPContext<TGAFloat> Context;
-  Context.Values().Add("x", 1);
-  Context.Values().Add("y", 2);
-  const auto Use = [&] {
-    const auto Copy = Tree->Clone();
-    Copy->Children(0)->Assign(*Tree);
-    EXPECT_EQ(Copy->Size(), 16 - 4 + 16);
-    EXPECT_EQ(Copy->Execute(&Context), -4);
-  };
-  Use();
-  const long Before = tests::Allocations();
-  Use();
-  EXPECT_EQ(tests::Allocations(), Before);
-}
-#endif
 
 // --- Overrides of Modified ---------------------------------------------------------------------------------
 

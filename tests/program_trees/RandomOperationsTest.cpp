@@ -7,6 +7,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <support/Cases.h>
 #include <support/SmallPrograms.h>
 #include <utility>
 #include <vector>
@@ -392,7 +393,7 @@ private:
 template <class T>
 void CompareWithModel(bool Binary) {
   constexpr int Seeds = 100;
-  constexpr int Steps = 2000;
+  constexpr int Steps = tests::Cases(2000, 300);
   for (int Seed = 0; Seed < Seeds; ++Seed) {
     SeedRandom(static_cast<std::uint64_t>(Seed));
     TTwin<T> Twin(Binary, Seed % 2 == 0);

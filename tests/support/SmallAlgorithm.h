@@ -8,6 +8,15 @@
 
 namespace qx::tests {
 
+/// A text as often as wanted, one behind the other.
+inline std::string Repeated(std::string_view Text, int Times) {
+  std::string All;
+  for (int I = 0; I < Times; ++I) {
+    All += Text;
+  }
+  return All;
+}
+
 inline TQXGAGene& AddGene(TQXGAGenes& Genes, std::string_view Name, TGeneType Type, int Size) {
   TQXGAGene& Gene = Genes.Add();
   Gene.SetName(Name);

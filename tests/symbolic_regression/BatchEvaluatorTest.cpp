@@ -6,12 +6,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <numeric>
 #include <random>
 #include <stdexcept>
 #include <string>
-#include <tests/support/Allocations.h>
+#include <support/NonFinite.h>
 #include <vector>
 
 namespace {
@@ -22,8 +21,8 @@ using TNode = generics::TQXGPNode<TGAFloat>;
 using TNodePointer = TNode::TPointer;
 using TInstruction = generics::TQXGPInstruction<TGAFloat>;
 
-constexpr double Infinity = std::numeric_limits<double>::infinity();
-constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
+using tests::Infinity;
+using tests::NaN;
 
 // All standard instructions, two variables and a constant.
 class BatchEvaluator : public testing::Test {
@@ -462,21 +461,6 @@ TEST_F(BatchEvaluator, AnInstructionClassOfTheHostsIsExecuted) {
   TQXBatchEvaluator<double> Evaluator(Data, Set);
   const auto Node = MakeNode<TQXGPFloatNode>(&Set[0]);
   EXPECT_TRUE(std::ranges::equal(Evaluator.Evaluate(*Node), std::vector<double>{2, 4}));
-}
-
-TEST_F(BatchEvaluator, EvaluationAllocatesNothingOnceWarm) {
-  const auto Data = RandomData(700);
-  TQXBatchEvaluator<double> Evaluator(Data, Instructions);
-  std::vector<TNodePointer> Programs;
-  for (int I = 0; I < 50; ++I) {
-    Programs.push_back(RandomTree(6));
-    Evaluator.Evaluate(*Programs.back());
-  }
-  const auto Before = tests::Allocations();
-  for (const TNodePointer& Program : Programs) {
-    Evaluator.Evaluate(*Program);
-  }
-  EXPECT_EQ(tests::Allocations(), Before);
 }
 
 } // namespace

@@ -11,16 +11,17 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <support/NonFinite.h>
 #include <vector>
 
 namespace {
 
 using namespace qx;
 
-constexpr double Infinity = std::numeric_limits<double>::infinity();
-constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
+using tests::Infinity;
+using tests::NaN;
 constexpr double Huge = std::numeric_limits<double>::max();
-constexpr double Least = std::numeric_limits<double>::denorm_min();
+constexpr double LeastDenormal = std::numeric_limits<double>::denorm_min();
 constexpr double LeastNormal = std::numeric_limits<double>::min();
 
 // One unit of values; a kernel is run on one unit after another.
@@ -297,7 +298,7 @@ TEST(BlockKernels, DoWhatTheStandardInstructionsDoAtTheEdgesOfSinglePrecision) {
 
 TEST(BlockKernels, KeepTheEdgesOfTheExponential) {
   EXPECT_EQ(RunOnce(boExp, -200.0), std::exp(-200.0));
-  EXPECT_EQ(RunOnce(boExp, -745.0), Least);
+  EXPECT_EQ(RunOnce(boExp, -745.0), LeastDenormal);
   EXPECT_EQ(RunOnce(boExp, -746.0), 0);
   EXPECT_EQ(RunOnce(boExp, 710.0), Infinity);
   EXPECT_EQ(RunOnce(boExp, -Infinity), 0);
@@ -310,7 +311,7 @@ TEST(BlockKernels, KeepTheEdgesOfTheLogarithm) {
   EXPECT_EQ(RunOnce(boLog, 0.0), 0);
   EXPECT_EQ(RunOnce(boLog, 1.0), 0);
   EXPECT_EQ(RunOnce(boLog, -1.0), 0);
-  EXPECT_EQ(RunOnce(boLog, Least), std::log(Least));
+  EXPECT_EQ(RunOnce(boLog, LeastDenormal), std::log(LeastDenormal));
   EXPECT_EQ(RunOnce(boLog, LeastNormal), std::log(LeastNormal));
   EXPECT_EQ(RunOnce(boLog, -Infinity), Infinity);
   EXPECT_TRUE(std::isnan(RunOnce(boLog, NaN)));

@@ -5,13 +5,14 @@
 #include <cmath>
 #include <limits>
 #include <stdexcept>
+#include <support/NonFinite.h>
 #include <vector>
 
 namespace {
 
 using namespace qx;
 
-constexpr double Infinity = std::numeric_limits<double>::infinity();
+using tests::Infinity;
 
 // Predictions, aligned and padded by some other value.
 template <class T = double>

@@ -10,6 +10,7 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <support/NonFinite.h>
 #include <tests/support/TemporaryFolder.h>
 #include <vector>
 
@@ -214,7 +215,7 @@ TNodePointer ProgramOf(const TQXFormula& Source, TQXGPFloatInstructions& Set) {
 }
 
 TEST_F(Formula, SimplificationChangesNoValueOfRandomPrograms) {
-  constexpr double Infinity = std::numeric_limits<double>::infinity();
+  using tests::Infinity;
   constexpr double Values[] = {0, -0.0, 1, -1, 2, 0.5, -2.5, 1e-300, 1e200, -1e200, Infinity, -Infinity, NAN};
   int Smaller = 0;
   for (int Round = 0; Round < 4000; ++Round) {

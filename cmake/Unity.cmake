@@ -1,0 +1,10 @@
+# Lets the sources of a target be compiled together, those of one folder as one (QX_UNITY_BUILD).
+function(qx_unite target)
+  get_target_property(sources ${target} SOURCES)
+  foreach(source IN LISTS sources)
+    get_filename_component(folder ${source} DIRECTORY)
+    string(REPLACE / _ group "${target}_${folder}")
+    set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${group})
+  endforeach()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${QX_UNITY_BUILD} UNITY_BUILD_MODE GROUP)
+endfunction()

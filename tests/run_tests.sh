@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# Runs a program of tests and prints what ctest's log needs: of tests that pass nothing but what they said themselves, of
+# others all, and the test that was running when the program died. Usage: run_tests.sh PROGRAM [ARGUMENT...]
+set -uo pipefail
+"$@" 2>&1 | awk '
+  /^\[ RUN      \]/ { held = $0; next }
+  /^\[       OK \]/ { held = ""; passed++; next }
+  held != "" { print held; held = "" }
+  { print }
+  END { if (held != "") { print held; print "The program ended in this test." } }'
