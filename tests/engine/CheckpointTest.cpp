@@ -9,6 +9,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <support/Cases.h>
 #include <support/NonFinite.h>
 #include <support/SmallAlgorithm.h>
 #include <support/SmallGeneticProgram.h>
@@ -356,7 +357,7 @@ TEST(CheckpointTest, CarriesAnOffsetThatTheHostHasSet) {
 
 TEST(CheckpointTest, ManyInstructionsAreReadInTheirOrderWithoutDelay) {
   TQXGeneticProgramming Programming;
-  for (int I = 0; I < 20'000; ++I) { // quadratic in their number, this would take seconds
+  for (int I = 0; I < tests::Cases(20'000, 5000); ++I) { // quadratic in their number, this would take seconds
     Programming.Instructions().Add().SetName("v" + std::to_string(I));
   }
   TQXGeneticProgramming Other;

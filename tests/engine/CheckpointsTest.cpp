@@ -178,7 +178,7 @@ public:
   }
 }
 
-constexpr int Kills = tests::Cases(1000, 200);
+constexpr int Kills = tests::Cases(1000, 100);
 
 // How long a process takes, from its start, to the first checkpoint that it writes; in microseconds.
 unsigned TimeToACheckpoint(const std::string& Name) {

@@ -99,7 +99,7 @@ TEST(SavedFile, IsReadableAfterManyKills) {
   }
   Algorithm.SaveToFile(Folder.File("run.xml"));
   std::mt19937 Choices(1);
-  for (int Kill = 0; Kill < tests::Cases(1000, 200); ++Kill) {
+  for (int Kill = 0; Kill < tests::Cases(1000, 100); ++Kill) {
     const pid_t Child = ::fork();
     ASSERT_GE(Child, 0);
     if (Child == 0) {

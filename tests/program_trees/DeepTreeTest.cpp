@@ -7,6 +7,7 @@
 #include <pthread.h>
 #include <sstream>
 #include <string>
+#include <support/Cases.h>
 #include <support/SmallGeneticProgram.h>
 #include <support/Streams.h>
 #include <utility>
@@ -18,7 +19,7 @@ using TNode = TQXGPNode<TGAFloat>;
 using TPointer = TNode::TPointer;
 using TIndividual = TQXGPIndividual<TGAFloat>;
 
-constexpr int Levels = 1'000'000;
+constexpr int Levels = tests::Cases(1'000'000, 200'000);
 
 /// Runs a call on a stack of 256 KiB.
 template <class TCall>
@@ -58,7 +59,7 @@ protected:
 INSTANTIATE_TEST_SUITE_P(BothFamilies, DeepTreeTest, testing::Bool(),
                          [](const auto& Info) { return Info.param ? "Binary" : "Nary"; });
 
-TEST_P(DeepTreeTest, AMillionLevelsAreBuiltCopiedMeasuredPrintedAndFreed) {
+TEST_P(DeepTreeTest, ManyLevelsAreBuiltCopiedMeasuredPrintedAndFreed) {
   OnSmallStack([&] {
     TPointer Tree = Chain(Levels);
     EXPECT_EQ(Tree->Size(), Levels);
@@ -75,7 +76,7 @@ TEST_P(DeepTreeTest, AMillionLevelsAreBuiltCopiedMeasuredPrintedAndFreed) {
   });
 }
 
-TEST_P(DeepTreeTest, AMillionLevelsAreFlattenedSavedAndLoaded) {
+TEST_P(DeepTreeTest, ManyLevelsAreFlattenedSavedAndLoaded) {
   OnSmallStack([&] {
     TQXGPPopulation<TGAFloat> Population(&Engine);
     TIndividual& Individual = Population.Add();
@@ -97,7 +98,7 @@ TEST_P(DeepTreeTest, AMillionLevelsAreFlattenedSavedAndLoaded) {
   });
 }
 
-TEST_P(DeepTreeTest, AMillionLevelsAreALineAndATreeAgain) {
+TEST_P(DeepTreeTest, ManyLevelsAreALineAndATreeAgain) {
   OnSmallStack([&] {
     const std::string Text = Chain(Levels)->StateText();
     const TPointer Read = TNode::FromStateText(Text, Engine);
@@ -133,7 +134,7 @@ TEST_P(DeepTreeTest, LevelsThatBringChildrenAreAttachedInLinearTime) {
   EXPECT_EQ(Root->Size(), 2 * Levels);
 }
 
-TEST(DeepTreeRunTest, AProgramAMillionLevelsDeepIsInDocumentsAndCheckpoints) {
+TEST(DeepTreeRunTest, AProgramOfManyLevelsIsInDocumentsAndCheckpoints) {
   struct TLargeLimits {
     TLargeLimits() { DefaultXMLLimits.Depth = 2 * Levels; }
     ~TLargeLimits() { DefaultXMLLimits = {}; }

@@ -393,7 +393,7 @@ private:
 template <class T>
 void CompareWithModel(bool Binary) {
   constexpr int Seeds = 100;
-  constexpr int Steps = tests::Cases(2000, 300);
+  constexpr int Steps = tests::Cases(2000, 150);
   for (int Seed = 0; Seed < Seeds; ++Seed) {
     SeedRandom(static_cast<std::uint64_t>(Seed));
     TTwin<T> Twin(Binary, Seed % 2 == 0);
