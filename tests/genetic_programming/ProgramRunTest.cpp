@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdint>
 #include <string>
+#include <support/Fingerprint.h>
 #include <support/SmallGeneticProgram.h>
 
 namespace qx {
@@ -170,22 +171,17 @@ TEST(BloatEffectTest, LexicographicPressureHoldsProgramsDownWhereFitnessesAreEqu
 
 // --- One seed, one run -------------------------------------------------------------------------------------
 
-// FNV-1a, over the programs and the fitnesses of a population.
+// Of the programs and the fitnesses of a population.
 template <class TProgramming>
 std::uint64_t Fingerprint(TProgramming& Component) {
-  std::uint64_t Hash = 0xcbf29ce484222325;
-  const auto Take = [&](const std::string& Text) {
-    for (const char C : Text) {
-      Hash = (Hash ^ static_cast<unsigned char>(C)) * 0x100000001b3;
-    }
-  };
+  tests::TFingerprint Taken;
   for (auto& Individual : Component.Population()) {
-    Take(Program(Individual));
+    Taken.Take(Program(Individual));
     char Bits[32];
-    Take(std::string(Bits,
-                     static_cast<std::size_t>(std::snprintf(Bits, sizeof Bits, "%a", Individual.Fitness()))));
+    const int Length = std::snprintf(Bits, sizeof Bits, "%a", Individual.Fitness());
+    Taken.Take({Bits, static_cast<std::size_t>(Length)});
   }
-  return Hash;
+  return Taken.Hash();
 }
 
 TEST(ProgramRunTest, ASeedGivesTheSameRunOnEveryCompiler) {

@@ -1,0 +1,44 @@
+// Whole runs, known by what they come to: on every compiler, processor and platform that is tried, and after
+// every change that is not to change them.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <support/CheckpointedRuns.h>
+#include <support/Fingerprint.h>
+
+namespace qx {
+namespace {
+
+// Of all that can be seen of a kind's runs after twenty generations: settings, both generations, statistics,
+// draws.
+std::uint64_t FingerprintOf(const std::string& Kind) {
+  tests::TFingerprint Taken;
+  for (const tests::TCheckpointedRun& Run : tests::CheckpointedRuns()) {
+    if (Run.Name.starts_with(Kind)) {
+      SeedRandom(7);
+      const auto Component = Run.Make();
+      Component->Evolve(20);
+      Taken.Take(tests::PictureOf(*Component));
+    }
+  }
+  return Taken.Hash();
+}
+
+TEST(PinnedRun, OfChromosomesIsTheSameEverywhere) {
+  EXPECT_EQ(FingerprintOf("bits-"), 10464368426830727294U);
+}
+TEST(PinnedRun, OfFloatProgramsIsTheSameEverywhere) {
+  EXPECT_EQ(FingerprintOf("float-"), 2940827702862135655U);
+}
+TEST(PinnedRun, OfBinaryProgramsIsTheSameEverywhere) {
+  EXPECT_EQ(FingerprintOf("binary-"), 17111255728176154518U);
+}
+TEST(PinnedRun, OfVariantProgramsIsTheSameEverywhere) {
+  EXPECT_EQ(FingerprintOf("variant-"), 4648824512005755253U);
+}
+
+} // namespace
+} // namespace qx
