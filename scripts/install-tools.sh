@@ -12,5 +12,8 @@ echo "Installing: ${missing[*]}"
 sudo=
 [ "$(id -u)" -eq 0 ] || sudo=sudo
 export DEBIAN_FRONTEND=noninteractive
+for package in "${missing[@]}"; do # of another processor: libc6:arm64
+  case $package in *:*) $sudo dpkg --add-architecture "${package#*:}" ;; esac
+done
 $sudo apt-get update -qq
 $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

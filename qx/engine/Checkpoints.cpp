@@ -3,6 +3,7 @@
 #include <qx/platform/Numbers.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -53,18 +54,22 @@ std::string Numbered(const std::string& FileName, std::int64_t Number) {
   return FileName + '.' + Digits;
 }
 
+std::int64_t MillisecondsNow() {
+  const auto Now = std::chrono::steady_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(Now).count();
+}
+
 } // namespace
 
 TCheckpoints::TCheckpoints(std::string FileName, TCheckpointPolicy Policy)
     : FFileName(std::move(FileName)), FPolicy(Policy) {}
 
 bool TCheckpoints::Update(TQXCustomGeneticComponent& Component) {
-  const auto Passed =
-      std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - FTime);
+  const std::int64_t Passed = MillisecondsNow() - FTime;
   const std::int64_t Generations = std::int64_t{Component.Generation()} - FGeneration.value_or(0);
   const bool Due = !FGeneration || Generations < 0 || // a run that has begun anew
                    (FPolicy.EveryGenerations > 0 && Generations >= FPolicy.EveryGenerations) ||
-                   (FPolicy.Every.count() > 0 && Passed >= FPolicy.Every);
+                   (FPolicy.Every.Milliseconds() > 0 && Passed >= FPolicy.Every.Milliseconds());
   if (Due) {
     Write(Component);
   }
@@ -75,7 +80,7 @@ void TCheckpoints::Write(TQXCustomGeneticComponent& Component) {
   const std::vector<TFile> Former = FilesOf(FFileName);
   Component.SaveCheckpoint(Numbered(FFileName, Former.empty() ? 1 : Former.front().Number + 1));
   FGeneration = Component.Generation();
-  FTime = std::chrono::steady_clock::now();
+  FTime = MillisecondsNow();
   const auto Kept = static_cast<std::size_t>(std::max(FPolicy.KeepLast, 1));
   for (std::size_t I = Kept - 1; I < Former.size(); ++I) { // one has come
     std::error_code Ignored; // it goes the next time, or somebody else has removed it
@@ -95,7 +100,7 @@ std::optional<std::string> TCheckpoints::Resume(TQXCustomGeneticComponent& Compo
       continue;
     }
     FGeneration = Component.Generation();
-    FTime = std::chrono::steady_clock::now();
+    FTime = MillisecondsNow();
     return File.Path.string();
   }
   if (Newest != nullptr) {

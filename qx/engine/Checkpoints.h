@@ -1,6 +1,6 @@
 #pragma once
 
-#include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -8,12 +8,26 @@ namespace qx {
 
 class TQXCustomGeneticComponent;
 
+/// A span of time. Every duration of <chrono> that is counted in whole milliseconds is one: `5min`.
+class TTimeSpan {
+public:
+  constexpr TTimeSpan() = default;
+  template <class TDuration>
+  requires(TDuration::period::num * 1000 % TDuration::period::den ==
+           0) constexpr TTimeSpan(const TDuration& Duration)
+      : FMilliseconds(Duration.count() * (TDuration::period::num * 1000 / TDuration::period::den)) {}
+  constexpr std::int64_t Milliseconds() const { return FMilliseconds; }
+
+private:
+  std::int64_t FMilliseconds = 0;
+};
+
 /// When checkpoints are written, and how many are kept.
 struct TCheckpointPolicy {
   /// After so many generations; 0: not by generations.
   int EveryGenerations = 10;
   /// When so much time has passed since the last one; 0: not by time.
-  std::chrono::milliseconds Every{0};
+  TTimeSpan Every{};
   /// So many of the newest are kept, at least one.
   int KeepLast = 2;
 };
@@ -48,7 +62,7 @@ private:
   TCheckpointPolicy FPolicy;
   // Of the last checkpoint that was written or loaded.
   std::optional<int> FGeneration;
-  std::chrono::steady_clock::time_point FTime;
+  std::int64_t FTime = 0; // in milliseconds, of the steady clock
 };
 
 } // namespace qx

@@ -1,4 +1,5 @@
 #include <qx/engine/GeneticComponent.h>
+#include <qx/foundation/FloatPriorityQueue.h>
 
 #include <algorithm>
 #include <cmath>
@@ -33,6 +34,8 @@ void AssignGeneration(TQXPopulation& Target, const TQXPopulation* Source) {
 TQXCustomGeneticComponent::TQXCustomGeneticComponent(TComponent* Owner) : TComponent(Owner) {
   BindSelection();
 }
+
+TQXCustomGeneticComponent::~TQXCustomGeneticComponent() = default;
 
 void TQXCustomGeneticComponent::SetInitialPopulation(int Value) {
   FSettings.InitialPopulation = std::max(Value, 0);

@@ -5,13 +5,11 @@
 #include <qx/engine/Population.h>
 #include <qx/engine/QXGeneticDocumentXML.h>
 #include <qx/foundation/FitnessOrder.h>
-#include <qx/foundation/FloatPriorityQueue.h>
 #include <qx/foundation/QXGAConsts.h>
 #include <qx/platform/Component.h>
 #include <qx/platform/Strings.h>
 
 #include <cstdint>
-#include <functional>
 #include <iosfwd>
 #include <memory>
 #include <optional>
@@ -21,6 +19,8 @@
 
 namespace qx {
 
+template <class TObject>
+class TFloatPriorityQueue;
 class TLoadScope;
 
 /// The abstract engine of every evolving component: it owns the current population and the previous
@@ -41,6 +41,7 @@ class TLoadScope;
 class TQXCustomGeneticComponent : public TComponent {
 public:
   explicit TQXCustomGeneticComponent(TComponent* Owner = nullptr);
+  ~TQXCustomGeneticComponent() override;
 
   // --- Settings -----------------------------------------------------------------------------------------
 
@@ -384,7 +385,7 @@ protected:
   void DefineState(TFiler& Filer) override;
   /// Raises std::length_error when a load cannot make so many individuals.
   virtual void RequireRoomFor(int /*Individuals*/) const {}
-  void Loading(const std::function<void()>& Load) override;
+  void Loading(TAction Load) override;
   /// The settings that the documents of the concrete components keep under "Reproduction".
   void SaveReproduction(const TXMLReproductionType& Reproduction) const;
   void LoadReproduction(const TXMLReproductionType& Reproduction);
@@ -452,7 +453,7 @@ private:
   void Apply(std::string_view Name, const T& Wanted, const T& Stored, void (TSelf::*Setter)(T));
   void AssignSettings(const TQXCustomGeneticComponent& Source);
   using TElite = TFloatPriorityQueue<TQXIndividual>;
-  void RestoreElite(std::optional<TElite> Former);
+  void RestoreElite(const std::shared_ptr<TElite>& Former);
   void RequireRest() const;
   void DefineGenerations(TFiler& Filer);
   void HavePreviousGeneration(bool Has);

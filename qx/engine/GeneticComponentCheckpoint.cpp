@@ -2,6 +2,7 @@
 
 #include <qx/engine/GeneticComponent.h>
 #include <qx/engine/LoadScope.h>
+#include <qx/foundation/FloatPriorityQueue.h>
 #include <qx/platform/Filer.h>
 #include <qx/platform/Files.h>
 #include <qx/platform/Random.h>

@@ -2,6 +2,7 @@
 
 #include <qx/engine/GeneticComponent.h>
 #include <qx/engine/LoadScope.h>
+#include <qx/foundation/FloatPriorityQueue.h>
 #include <qx/platform/Filer.h>
 #include <qx/platform/Files.h>
 #include <qx/platform/Text.h>
@@ -125,7 +126,7 @@ void TQXCustomGeneticComponent::Remember(TLoadScope& Load) {
   Load.OnFailure([this, Settings = FSettings, Fitnesses = FFitnesses, Weighted = FWeightedFitnesses,
                   Fittest = FFittestIndividual, Due = FStatisticsDue, Cursor = FSelectionCursor,
                   Shares = FCumulativeFitnesses,
-                  Elite = FElite != nullptr ? std::optional(*FElite) : std::nullopt,
+                  Elite = FElite != nullptr ? std::make_shared<TElite>(*FElite) : nullptr,
                   Selection = TQXSelectionEvent(OnSelection), Current = &Population(),
                   Previous = FPreviousGeneration.get()] {
     if (FPopulation.get() != Current && FPreviousGeneration.get() == Current) { // a handler has evolved
@@ -149,8 +150,8 @@ void TQXCustomGeneticComponent::Remember(TLoadScope& Load) {
 }
 
 // The ranking as it was, unless one of its individuals has gone for good.
-void TQXCustomGeneticComponent::RestoreElite(std::optional<TElite> Former) {
-  if (!Former) {
+void TQXCustomGeneticComponent::RestoreElite(const std::shared_ptr<TElite>& Former) {
+  if (Former == nullptr) {
     return;
   }
   std::unordered_set<const TQXIndividual*> Members;
@@ -234,7 +235,7 @@ void TQXCustomGeneticComponent::DefineProperties(TFiler& Filer) {
              &TSelf::SetMutationProbability);
 }
 
-void TQXCustomGeneticComponent::Loading(const std::function<void()>& Load) {
+void TQXCustomGeneticComponent::Loading(TAction Load) {
   TLoadScope Scope(this);
   TComponent::Loading(Load);
   Scope.Done();

@@ -1,6 +1,7 @@
 // The genetic component's selection: the handler, the built-in methods and what they prepare.
 
 #include <qx/engine/GeneticComponent.h>
+#include <qx/foundation/FloatPriorityQueue.h>
 #include <qx/platform/Random.h>
 
 #include <algorithm>

@@ -22,7 +22,7 @@ void TQXPopulation::LoadFromXML(const TXMLNode& Node) {
   });
 }
 
-void TQXPopulation::Reload(const std::function<void()>& AddMembers) {
+void TQXPopulation::Reload(TAction AddMembers) {
   TLoadScope Load(FComponent);
   TUpdateScope Update(*this);
   Load.SetAside(*this);

@@ -1,9 +1,8 @@
 #pragma once
 
 #include <qx/engine/Individual.h>
+#include <qx/platform/Action.h>
 #include <qx/platform/Collection.h>
-
-#include <functional>
 
 namespace qx {
 
@@ -37,7 +36,7 @@ public:
 protected:
   /// Replaces the members by those that `AddMembers` adds, in one update. When that raises, the former
   /// members are back.
-  void Reload(const std::function<void()>& AddMembers);
+  void Reload(TAction AddMembers);
   void Notify(TCollectionItem& Item, TCollectionNotification Action) override;
   void Update(TCollectionItem* Item) override;
 

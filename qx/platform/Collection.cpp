@@ -1,6 +1,8 @@
 #include <qx/platform/Collection.h>
 
 #include <algorithm>
+#include <functional>
+#include <numeric>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -255,13 +257,14 @@ void TSetAsideItems::Restore() {
 }
 
 std::size_t TSetAsideItems::PlaceOf(const TCollectionItem& Item) {
-  if (FPlaceOf.empty()) {
-    for (std::size_t I = 0; I < FPlaces.size(); ++I) {
-      FPlaceOf.emplace(FPlaces[I].Item, I);
-    }
+  const auto ItemAt = [this](std::size_t Place) { return FPlaces[Place].Item; };
+  if (FPlacesByItem.empty()) {
+    FPlacesByItem.resize(FPlaces.size());
+    std::iota(FPlacesByItem.begin(), FPlacesByItem.end(), std::size_t{0});
+    std::ranges::sort(FPlacesByItem, std::less<>(), ItemAt);
   }
-  const auto Found = FPlaceOf.find(&Item);
-  return Found == FPlaceOf.end() ? FItems.size() : Found->second;
+  const auto Found = std::ranges::lower_bound(FPlacesByItem, &Item, std::less<>(), ItemAt);
+  return Found == FPlacesByItem.end() || ItemAt(*Found) != &Item ? FItems.size() : *Found;
 }
 
 } // namespace qx

@@ -9,7 +9,6 @@
 #include <iterator>
 #include <memory>
 #include <type_traits>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -171,7 +170,7 @@ private:
   TOwnedCollection& FCollection;
   std::vector<std::unique_ptr<TCollectionItem>> FItems;
   std::vector<TPlace> FPlaces;
-  std::unordered_map<const TCollectionItem*, std::size_t> FPlaceOf; // made when it is needed
+  std::vector<std::size_t> FPlacesByItem; // made when it is needed
   int FNextID;
 };
 

@@ -49,7 +49,7 @@ void TComponent::DefineProperties(TFiler& Filer) {
   Filer.Property("Name", FName, !FName.empty(), [this](const std::string& Value) { SetName(Value); });
 }
 
-void TComponent::Loading(const std::function<void()>& Load) {
+void TComponent::Loading(TAction Load) {
   const std::string Before = FName;
   try {
     Load();

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <qx/platform/Action.h>
 #include <qx/platform/Persistent.h>
 
 #include <concepts>
-#include <functional>
 #include <iosfwd>
 #include <memory>
 #include <string>
@@ -49,7 +49,7 @@ protected:
   void DefineProperties(TFiler& Filer) override;
   /// Runs `Load`, which reads the component's properties from a stream, and puts the name back when that
   /// raises. A component that can put more back overrides this.
-  virtual void Loading(const std::function<void()>& Load);
+  virtual void Loading(TAction Load);
 
 private:
   friend void ReadComponent(std::istream& Stream, TComponent& Component);

@@ -12,6 +12,9 @@ namespace qx {
 template <class TSignature>
 class TQXEvent;
 
+/// Handlers, of whatever kind, that were replaced while they ran.
+using TRetiredHandlers = std::vector<std::shared_ptr<void>>;
+
 /// A callable that may be empty, as function pointers and std::function may; a function itself never is.
 template <class TCallable>
 concept Nullable =
@@ -148,7 +151,7 @@ private:
   void Replace(THandlerPointer Handler) {
     if (FCalls > 0 && FHandler != nullptr) {
       if (FRetired == nullptr) {
-        FRetired = std::make_unique<std::vector<THandlerPointer>>();
+        FRetired = std::make_unique<TRetiredHandlers>();
       }
       FRetired->push_back(FHandler);
     }
@@ -156,7 +159,7 @@ private:
   }
 
   THandlerPointer FHandler;
-  mutable std::unique_ptr<std::vector<THandlerPointer>> FRetired;
+  mutable std::unique_ptr<TRetiredHandlers> FRetired;
   mutable int FCalls = 0;
 };
 
