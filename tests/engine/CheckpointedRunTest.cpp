@@ -1,5 +1,7 @@
 // Runs that stop at a checkpoint and go on in another process.
 
+#include <qx/platform/Random.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>

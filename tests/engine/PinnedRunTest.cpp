@@ -1,6 +1,8 @@
 // Whole runs, known by what they come to: on every compiler, processor and platform that is tried, and after
 // every change that is not to change them.
 
+#include <qx/platform/Random.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdint>

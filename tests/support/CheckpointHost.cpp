@@ -1,5 +1,7 @@
 // A process that begins or resumes all runs of CheckpointedRuns.h: checkpoint_host begin|resume FOLDER.
 
+#include <qx/platform/Random.h>
+
 #include <cstdlib>
 #include <iostream>
 #include <support/CheckpointedRuns.h>
