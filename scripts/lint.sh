@@ -2,7 +2,7 @@
 # Checks the formatting of all sources, and what clang-tidy has to say about those of the library, the program and the
 # examples that differ from where this branch began; `lint.sh all` about all of them. What differs is told from QX_BASE, a
 # commit, or else from the main branch of origin or, where that is no older, from the last commit a day before this one.
-# All are looked at when the linter's configuration differs, or a header of qx/platform, which nearly all include.
+# All are looked at, too, when the linter's configuration differs, or a header of qx/platform, which nearly all include.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -32,23 +32,29 @@ source_of() {
   done
 }
 
-mapfile -t sources < <(git ls-files 'qx/*.cpp' 'apps/*.cpp' 'examples/*.cpp')
+tidy() { # for the sources on standard input, with the commands of a build
+  xargs -r -P "$(nproc)" -n 1 clang-tidy -p "$1" --quiet --warnings-as-errors='*' \
+    --extra-arg=-Wno-unknown-warning-option --checks="$2" 2>/dev/null
+}
+
 base=
 [ "${1:-}" = all ] || base=$(base_commit)
-what="all ${#sources[@]} sources"
-if [ -n "$base" ] && ! git diff --name-only "$base" | grep -qE '^(\.clang-tidy|qx/platform/.*\.h|scripts/lint\.sh)$'; then
+what=
+if [ -n "$base" ]; then
   mapfile -t sources < <(git diff --name-only --diff-filter=d "$base" -- 'qx/' 'apps/' 'examples/' | while read -r file; do
     case $file in
     *.cpp) echo "$file" ;;
     *.h | *.ipp) source_of "$file" ;;
     esac
   done | sort -u)
-  what="${#sources[@]} sources, those that differ from $(git rev-parse --short "$base") or include what does"
+  cmake --preset lint >/dev/null
+  printf '%s\n' "${sources[@]}" | tidy build/lint ''
+  what="${#sources[@]} sources that differ from $(git rev-parse --short "$base") or include what does"
 fi
-
-cmake --preset lint >/dev/null
-if [ ${#sources[@]} -gt 0 ]; then
-  printf '%s\n' "${sources[@]}" | xargs -P "$(nproc)" -n 1 \
-    clang-tidy -p build/lint --quiet --warnings-as-errors='*' --extra-arg=-Wno-unknown-warning-option 2>/dev/null
+# All of them are linted as they are compiled, a folder at once.
+if [ -z "$base" ] || git diff --name-only "$base" | grep -qE '^(\.clang-tidy|qx/platform/.*\.h)$'; then
+  cmake --preset lint-all >/dev/null
+  sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' build/lint-all/compile_commands.json | tidy build/lint-all -bugprone-suspicious-include
+  what+="${what:+, and }all sources"
 fi
 echo "Proved: the formatting of all, clang-tidy over $what"
