@@ -18,4 +18,5 @@ done
 [ ${#folders[@]} -eq 0 ] || only=(--label-regex "^($(IFS='|'; echo "${folders[*]}"))\$")
 
 scripts/build.sh "$preset" "${targets[@]}"
+source scripts/ccache.sh # for the projects that the install tests build
 ctest --preset "$preset" --parallel "$(nproc)" "${only[@]}"
