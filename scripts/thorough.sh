@@ -17,7 +17,7 @@ cd "$(dirname "$0")/.."
 stages=(gcc examples benchmarks clang asan-ubsan tsan lint fuzz plain-cpu aarch64)
 
 # Tests whose outcome is pinned, or is to be the same on every processor.
-pinned='Pinned*:*ASeedGives*:RandomTest.*:BlockKernels.*'
+pinned='Pinned*:*ASeedGives*:Random.*:BlockKernels.*'
 
 stage_examples() {
   scripts/build.sh gcc compression_spring kepler knapsack multiplexer quartic regression santa_fe_ant
@@ -33,14 +33,15 @@ stage_benchmarks() {
 
 # Runs the pinned tests of the release preset in an emulator of a processor. Usage: pinned_tests EMULATOR...
 pinned_tests() {
-  local folder count=0
+  local folder differing count=0
   for folder in engine genetic_programming platform symbolic_regression; do
     "$@" "build/$preset/tests/qx_${folder}_tests" --gtest_filter="$pinned" --gtest_brief=1 | tee build/thorough/pinned.txt
     count=$((count + $(sed -n 's/^\[  PASSED  \] \([0-9]*\) tests*\.$/\1/p' build/thorough/pinned.txt)))
   done
   [ "$count" -gt 0 ]
   build/release/tests/qx_function_fingerprints >build/thorough/functions.txt
-  differing=$("$@" "build/$preset/tests/qx_function_fingerprints" | diff build/thorough/functions.txt - | sed -n 's/^> \([A-Za-z]*\) .*/\1/p' | paste -sd ' ')
+  "$@" "build/$preset/tests/qx_function_fingerprints" >build/thorough/functions_there.txt
+  differing=$({ diff build/thorough/functions.txt build/thorough/functions_there.txt || true; } | sed -n 's/^> \([A-Za-z]*\) .*/\1/p' | paste -sd ' ')
   echo "Proved: $count tests of pinned runs; functions of the C library that differ: ${differing:-none}"
 }
 
