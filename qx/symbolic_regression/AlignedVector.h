@@ -14,7 +14,7 @@ struct TAlignedAllocator {
 
   TAlignedAllocator() = default;
   template <class TOther>
-  TAlignedAllocator(const TAlignedAllocator<TOther>& /*Other*/) {} // NOLINT(google-explicit-constructor)
+  TAlignedAllocator(const TAlignedAllocator<TOther>& /*Other*/) {}
 
   T* allocate(std::size_t Count) {
     if (Count > static_cast<std::size_t>(-1) / sizeof(T)) {
