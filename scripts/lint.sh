@@ -40,7 +40,7 @@ tidy() { # for the sources on standard input, with the commands of a build
 base=
 [ "${1:-}" = all ] || base=$(base_commit)
 if [ -z "$base" ] || [ -n "$(git diff --name-only "$base" -- .clang-tidy 'qx/platform/*.h')" ]; then
-  # As they are compiled, a folder at once, in a third of the time.
+  # As they are compiled, a folder at once, in half the time.
   cmake --preset lint-all >/dev/null
   sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' build/lint-all/compile_commands.json |
     tidy build/lint-all -bugprone-suspicious-include

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Proves what takes long, in stages, and prints a table of what each has proven: thorough.sh [STAGE...], all without an
-# argument; about two hours on two cores. Its logs lie in build/thorough.
+# argument. Its logs lie in build/thorough.
 #
 #   gcc         all tests with all their cases, optimised, each source compiled by itself; examples and benchmarks build
 #   examples    how often every example succeeds, ten seeds each
