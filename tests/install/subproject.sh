@@ -9,6 +9,7 @@ export CMAKE_GENERATOR=Ninja # as the build around this one
 
 "$here/readme_program.sh" "$source/README.md" >"$work/readme.cpp"
 cmake -S "$here/stranger" -B "$work" -DCMAKE_CXX_COMPILER="$compiler" -DQX_SOURCES="$source" \
+  -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG= \
   -DPROGRAM="$work/readme.cpp" >/dev/null
 cmake --build "$work" >/dev/null
 "$here/prints_result.sh" "$work/stranger"
