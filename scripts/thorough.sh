@@ -26,9 +26,9 @@ stage_examples() {
 
 stage_benchmarks() {
   scripts/build.sh gcc qx_benchmarks qx_accuracy
-  build/gcc/benchmarks/qx_benchmarks --benchmark_min_time=0.001 --benchmark_format=csv | tee build/thorough/benchmarks.csv
+  build/gcc/benchmarks/qx_benchmarks --benchmark_min_time=0.001 --benchmark_format=json | tee build/thorough/benchmarks.json
   build/gcc/benchmarks/qx_accuracy 0.05
-  echo "Proved: $(grep -c '^"' build/thorough/benchmarks.csv) benchmarks ran"
+  echo "Proved: $(grep -c '"run_name"' build/thorough/benchmarks.json) benchmarks ran"
 }
 
 # Runs the pinned tests of the release preset in an emulator of a processor. Usage: pinned_tests EMULATOR...
