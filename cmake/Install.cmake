@@ -6,7 +6,7 @@ set(QX_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/QXEvolution)
 install(TARGETS qxevolution EXPORT QXEvolutionTargets)
 install(DIRECTORY qx DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   FILES_MATCHING PATTERN "*.h" PATTERN "*.ipp" PATTERN "RandomKernels.h" EXCLUDE
-  PATTERN "XMLTree.h" EXCLUDE PATTERN "GenesReload.h" EXCLUDE
+  PATTERN "XMLTree.h" EXCLUDE PATTERN "GenesReload.h" EXCLUDE PATTERN "FieldDecoding.h" EXCLUDE
   PATTERN "BlockFunctions.ipp" EXCLUDE PATTERN "BlockKernels.ipp" EXCLUDE PATTERN "HugeAngle.h" EXCLUDE
   PATTERN "ParallelFor.h" EXCLUDE PATTERN "RegressionDefaults.h" EXCLUDE PATTERN "RegressionWorker.h" EXCLUDE)
 install(EXPORT QXEvolutionTargets NAMESPACE QXEvolution:: DESTINATION ${QX_CMAKE_DIR})

@@ -1,5 +1,6 @@
 #include <qx/engine/GeneticComponent.h>
 #include <qx/foundation/FloatPriorityQueue.h>
+#include <qx/platform/StackGuard.h>
 
 #include <algorithm>
 #include <cmath>
@@ -69,6 +70,8 @@ void TQXCustomGeneticComponent::SetTournamentField(int Value) {
   FSettings.TournamentField = std::max(Value, 2);
 }
 
+void TQXCustomGeneticComponent::SetEliteCount(int Value) { FSettings.EliteCount = std::max(Value, 0); }
+
 void TQXCustomGeneticComponent::SetElitistPct(TGAProbability Value) {
   StoreProbability(FSettings.ElitistPct, Value, "ElitistPct");
 }
@@ -101,8 +104,11 @@ void TQXCustomGeneticComponent::SetPreviousGeneration(const TQXPopulation& Value
 }
 
 void TQXCustomGeneticComponent::Initialize() {
-  const TRunning Running(FRunning);
+  RequireNoUse("Initialize");
+  RequireStack(); // a handler may initialize in turn
+  const TUse Running(FRunning);
   FSettings.Initialized = false;
+  FBestEver.reset();
   while (Population().Count() < FSettings.InitialPopulation) {
     Population().Add();
   }
@@ -115,18 +121,22 @@ void TQXCustomGeneticComponent::Initialize() {
   SetPreviousGeneration(Population());
   FSettings.Initialized = true;
   FSettings.Generation = 0;
+  ++FStarts;
 }
 
 void TQXCustomGeneticComponent::Evolve() {
+  RequireStack(); // a handler may evolve in turn
   DoEvolve();
   OnEvolve(*this);
 }
 
 int TQXCustomGeneticComponent::Evolve(int Generations) {
   FSettings.Halt = false;
-  const std::int64_t Before = FSettings.Generation;
+  std::int64_t Before = FSettings.Generation;
   for (int I = 0; I < Generations; ++I) {
+    const int Starts = FStarts;
     Evolve();
+    Before = FStarts == Starts ? Before : 0;
     if (IsFinished() || FSettings.Halt) {
       break;
     }
@@ -161,6 +171,7 @@ void TQXCustomGeneticComponent::Assign(const TPersistent& Source) {
     TComponent::Assign(Source);
     return;
   }
+  RequireNoUse("Assign");
   Component->EvaluateStale();
   AssignGeneration(Population(), Component->FPopulation.get());
   if (Component->FPreviousGeneration != nullptr) {
@@ -169,6 +180,11 @@ void TQXCustomGeneticComponent::Assign(const TPersistent& Source) {
     FPreviousGeneration.reset();
   }
   FFittestIndividual = Counterpart(*Component);
+  if (Component->BestEver() != nullptr) {
+    StoreBest(*Component->BestEver());
+  } else {
+    FBestEver.reset();
+  }
   AssignSettings(*Component);
 }
 
@@ -219,7 +235,7 @@ void TQXCustomGeneticComponent::PopulationNotify(TQXIndividual& Item, TCollectio
 void TQXCustomGeneticComponent::PopulationUpdate(TQXIndividual* /*Item*/) {}
 
 void TQXCustomGeneticComponent::DoEvolve() {
-  const TRunning Running(FRunning);
+  const TUse Running(FRunning);
   if (!FSettings.Initialized) {
     Initialize();
   }
@@ -230,6 +246,7 @@ void TQXCustomGeneticComponent::DoEvolve() {
     return;
   }
   PrepareGeneration();
+  const TUse Use(*this);
   DoStartEvolve();
   TUpdateScope Update(*FPopulation);
   ReproduceAll();
@@ -261,9 +278,30 @@ void TQXCustomGeneticComponent::ReproduceAll() {
     bool& FFlag;
     bool FFormer; // a handler may evolve in turn
   } const Reproducing(FReproducing);
-  for (int Index = 0; Index < FPopulation->Count(); Index += 2) {
+  for (int Index = KeepElites(); Index < FPopulation->Count(); Index += 2) {
     DoEvolveOneStep(Index);
   }
+}
+
+// Copies the best parents to the first places and returns how many.
+int TQXCustomGeneticComponent::KeepElites() {
+  const int Count = std::min({FSettings.EliteCount, FPopulation->Count(), FPreviousGeneration->Count()});
+  if (Count == 0) {
+    return 0;
+  }
+  FRanked.clear();
+  for (TQXIndividual& Individual : *FPreviousGeneration) {
+    FRanked.push_back(&Individual);
+  }
+  const auto Precedes = [this](TQXIndividual* Left, TQXIndividual* Right) {
+    const int Order = CompareFitness(*Left, *Right, true);
+    return Order != 0 ? Order < 0 : Left->Index() < Right->Index();
+  };
+  std::partial_sort(FRanked.begin(), FRanked.begin() + Count, FRanked.end(), Precedes);
+  for (int I = 0; I < Count; ++I) {
+    (*FPopulation)[I].Assign(*FRanked[static_cast<std::size_t>(I)]);
+  }
+  return Count;
 }
 
 void TQXCustomGeneticComponent::DoEvolveOneStep(int Index) {
@@ -286,6 +324,13 @@ void TQXCustomGeneticComponent::DoFinishEvolve() { ++FSettings.Generation; }
 
 int TQXCustomGeneticComponent::DoInitialize() { return 0; }
 
+void TQXCustomGeneticComponent::RequireNoUse(std::string_view Call) const {
+  if (InUse()) {
+    throw std::logic_error(std::string(Call) + " is refused while individuals of the " + ClassName() +
+                           " are made, selected, changed or evaluated");
+  }
+}
+
 void TQXCustomGeneticComponent::EvaluateStale() const {
   for (const TQXPopulation* Generation : {FPopulation.get(), FPreviousGeneration.get()}) {
     if (Generation != nullptr) {
@@ -297,6 +342,7 @@ void TQXCustomGeneticComponent::EvaluateStale() const {
 void TQXCustomGeneticComponent::FreeGenerations() {
   FFittestIndividual = nullptr;
   FElite.reset();
+  FBestEver.reset();
   FPopulation.reset();
   FPreviousGeneration.reset();
 }
@@ -307,6 +353,7 @@ void TQXCustomGeneticComponent::DiscardGenerations() {
       Generation->Clear();
     }
   }
+  FBestEver.reset();
   FSettings.Initialized = false;
 }
 
@@ -321,6 +368,7 @@ void TQXCustomGeneticComponent::FitnessHandlerChanged(bool WasAssigned) {
       }
     }
   }
+  FBestEver.reset();
   FStatisticsDue = true;
 }
 

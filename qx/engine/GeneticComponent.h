@@ -33,8 +33,11 @@ class TLoadScope;
 /// selected from the previous generation and reproduced over the individuals that stand there; fitness and
 /// statistics are evaluated. All random choices are made by `Random`, in the order that the operations tell.
 /// Everything runs on the caller's thread. An exception of a handler reaches the caller; the population may
-/// be partly overwritten then, `Generation` has not changed, and the component can be used on. A handler may
-/// change either generation, but must not free the individuals that it is called with.
+/// be partly overwritten then, `Generation` has not changed, and the component can be used on.
+///
+/// A handler may do anything but one: what would free individuals, or change what they are made of, is
+/// refused by std::logic_error, which names the call, while individuals are made, selected, changed or
+/// evaluated. It changes nothing then. Handlers of `OnInitialization` and `OnEvolve` may do that too.
 ///
 /// Writing NaN to a setting that is clamped raises std::invalid_argument; an enumeration value that does not
 /// exist raises std::out_of_range. Both name the property.
@@ -74,6 +77,11 @@ public:
   /// Share of the population that elitist selection cycles through. Default 0.1, clamped to 0..1.
   TGAProbability ElitistPct() const { return FSettings.ElitistPct; }
   void SetElitistPct(TGAProbability Value);
+  /// Individuals that a generation keeps: the best of the last one by raw fitness, of equal ones those in
+  /// front, take the first places as they are. Nothing is selected, drawn, reported or evaluated for them.
+  /// Default 0; negative values become 0.
+  int EliteCount() const { return FSettings.EliteCount; }
+  void SetEliteCount(int Value);
   /// Which fitness is better, and which one drives selection. Default fmMinimize.
   TGAFitnessMethod FitnessMethod() const { return FSettings.FitnessMethod; }
   void SetFitnessMethod(TGAFitnessMethod Value);
@@ -103,15 +111,25 @@ public:
 
   /// The current generation.
   TQXPopulation& Population();
+  const TQXPopulation& Population() const {
+    return const_cast<TQXCustomGeneticComponent*>(this)->Population();
+  }
   /// Copies the contents of `Value` into the current generation.
   void SetPopulation(const TQXPopulation& Value) { Population().Assign(Value); }
   /// The generation that parents are selected from; nullptr until there is one.
   TQXPopulation* PreviousGeneration() { return FPreviousGeneration.get(); }
+  const TQXPopulation* PreviousGeneration() const { return FPreviousGeneration.get(); }
   /// Copies the contents of `Value` into the previous generation, which is created first if need be.
   void SetPreviousGeneration(const TQXPopulation& Value);
   bool Initialized() const { return FSettings.Initialized; }
   /// The best individual of the current population by raw fitness, or nullptr.
   TQXIndividual* FittestIndividual() { return FFittestIndividual; }
+  const TQXIndividual* FittestIndividual() const { return FFittestIndividual; }
+  /// A copy of the best individual by raw fitness that an evaluation has found since the run began, the first
+  /// one of several; nullptr when there is none. It is in neither generation. Documents do not hold it,
+  /// checkpoints do; a load begins without one.
+  TQXIndividual* BestEver();
+  const TQXIndividual* BestEver() const;
 
   TGAFitness MaxFitness() const { return FFitnesses.Max; }
   TGAFitness MinFitness() const { return FFitnesses.Min; }
@@ -131,7 +149,7 @@ public:
   /// the run is finished or the population empty. Raises EGAException without a fitness handler.
   virtual void Evolve();
   /// Runs up to `Generations` generations until the run is finished or `Halt` is set; returns by how much
-  /// `Generation` grew.
+  /// `Generation` grew: since the call, or since the component last started anew during it.
   int Evolve(int Generations);
   /// Whether one of the termination conditions that are in use holds.
   virtual bool IsFinished();
@@ -321,6 +339,24 @@ protected:
   friend class TLoadScope;
   friend class TQXPopulation;
 
+  /// Lasts while individuals are in somebody's hands.
+  class TUse {
+  public:
+    explicit TUse(TQXCustomGeneticComponent& Component) : TUse(Component.FInUse) {}
+    TUse(const TUse&) = delete;
+    TUse& operator=(const TUse&) = delete;
+    ~TUse() { --FCount; }
+
+  private:
+    friend class TQXCustomGeneticComponent;
+    explicit TUse(int& Count) : FCount(Count) { ++FCount; }
+    int& FCount;
+  };
+  /// Whether individuals are in somebody's hands, so that none may be freed.
+  bool InUse() const { return FInUse > 0; }
+  /// Raises std::logic_error then, which names the call.
+  void RequireNoUse(std::string_view Call) const;
+
   /// Makes a population owned by this component. `ItemClass` is what its members shall be at least; a
   /// descendant makes its own population class with its own item class.
   virtual std::unique_ptr<TQXPopulation> CreatePopulation(TItemClass<TQXIndividual> ItemClass);
@@ -411,6 +447,7 @@ private:
     TGASelectionMethod SelectionMethod = smStochasticTournament;
     int TournamentField = 2;
     TGAProbability ElitistPct = DEFAULT_ELITIST_PCT;
+    int EliteCount = 0;
     TGAFitnessMethod FitnessMethod = fmMinimize;
     TGAFitness FitnessCutoff = DEFAULT_FITNESS_CUTOFF;
     TGAProbability DiversityLimit = DEFAULT_DIVERSITY_LIMIT;
@@ -425,18 +462,6 @@ private:
 
   bool Maximizing() const { return (FSettings.FitnessMethod & 1) != 0; }
   bool UsesWeightedFitness() const { return FSettings.FitnessMethod >= fmWeightedMinimize; }
-  // Lasts while a generation, or the first one, is made or evaluated.
-  class TRunning {
-  public:
-    explicit TRunning(int& Count) : FCount(Count) { ++FCount; }
-    TRunning(const TRunning&) = delete;
-    TRunning& operator=(const TRunning&) = delete;
-    ~TRunning() { --FCount; }
-
-  private:
-    int& FCount;
-  };
-
   bool AllFitnessesEqual() const;
   void FitnessHandlerChanged(bool WasAssigned);
   void SelectionHandlerChanged(bool WasAssigned);
@@ -445,6 +470,10 @@ private:
   void ForgetSelection();
   void PrepareGeneration();
   void ReproduceAll();
+  int KeepElites();
+  void RememberBest();
+  void SetAsideBestEver(TLoadScope& Load);
+  void StoreBest(const TQXIndividual& Best);
   // The population that the statistics were taken of.
   TQXPopulation& JudgedPopulation() { return FReproducing ? *FPreviousGeneration : Population(); }
   using TSelf = TQXCustomGeneticComponent;
@@ -470,9 +499,12 @@ private:
   std::unique_ptr<TQXPopulation> FPopulation;
   std::unique_ptr<TQXPopulation> FPreviousGeneration;
   TQXIndividual* FFittestIndividual = nullptr;
+  std::unique_ptr<TQXPopulation> FBestEver; // of one member, or none
+  std::vector<TQXIndividual*> FRanked;      // for choosing elites, kept for its memory
   TFitnessStatistics FFitnesses;
   TFitnessStatistics FWeightedFitnesses;
   TGAFitnessArray FCumulativeFitnesses;
+  int FLastShare = -1;            // the place of the last share above 0 among them
   std::unique_ptr<TElite> FElite; // made on first use
   std::int32_t FSelectionCursor = -1;
   // The statistics do not belong to the current population, or not to the fitness that it has now: the next
@@ -481,6 +513,8 @@ private:
   // Children are being made: the statistics and the preparation of selection are those of the parents.
   bool FReproducing = false;
   int FRunning = 0; // generations, initializations and evaluations under way
+  int FInUse = 0;   // those, and steps of them, that have individuals in hand
+  int FStarts = 0;  // how often the generations began at 0
   bool FRestoring = false;
   TLoadScope* FLoad = nullptr; // the load that is under way
   std::vector<std::string> FLoadWarnings;

@@ -88,6 +88,7 @@ void TQXCustomGeneticComponent::DefinePopulation(TFiler& Filer) {
       [&](int Count) {
         RequireRoomFor(Count);
         FLoad->SetAside(Population());
+        SetAsideBestEver(*FLoad);
         InitializeEmpty();
         Population().Clear(); // of what a handler has added
         Loaded = true;
@@ -139,6 +140,19 @@ void TQXCustomGeneticComponent::DefineGenerations(TFiler& Filer) {
         RequireRoomFor(Count);
       },
       [&](std::string_view /*Name*/) -> TCollectionItem& { return FPreviousGeneration->Add(); });
+  Filer.Items(
+      "BestEver", FBestEver != nullptr ? *FBestEver : *None,
+      [&](int Count) {
+        if (Count > 1) {
+          throw std::invalid_argument("there is one best individual, not " + std::to_string(Count));
+        }
+        RequireRoomFor(Count);
+      },
+      [&](std::string_view /*Name*/) -> TCollectionItem& {
+        FBestEver = CreatePopulation(Population().ItemClass());
+        FBestEver->FIsGeneration = false;
+        return FBestEver->Add();
+      });
 }
 
 void TQXCustomGeneticComponent::HavePreviousGeneration(bool Has) {
@@ -158,6 +172,12 @@ void TQXCustomGeneticComponent::DefineSelectionState(TFiler& Filer) {
     FSelectionCursor = Read;
   });
   Filer.Field("CumulativeFitnesses", FCumulativeFitnesses);
+  Filer.Property("LastShare", FLastShare, true, [this](int Read) {
+    if (Read < -1 || std::cmp_greater_equal(Read, FCumulativeFitnesses.size())) {
+      throw std::out_of_range("there is no share at place " + std::to_string(Read));
+    }
+    FLastShare = Read;
+  });
   bool Ranked = FElite != nullptr;
   std::vector<int> Places;
   for (int I = 0; Ranked && Filer.Writes() && I < FElite->Count(); ++I) {

@@ -37,6 +37,19 @@ void TQXCustomGeneticComponent::Apply(std::string_view Name, const T& Wanted, co
   FLoad->WarnIfMoved(Name, Wanted, Stored);
 }
 
+namespace {
+
+// Refuses a number of things that would keep the next generation busy for hours.
+void RequireCount(int Count) {
+  if (Count > DefaultXMLLimits.Count) {
+    throw std::out_of_range("holds " + std::to_string(Count) + ", which is more than the " +
+                            std::to_string(DefaultXMLLimits.Count) +
+                            " that a document or stream may ask for (DefaultXMLLimits.Count)");
+  }
+}
+
+} // namespace
+
 // --- XML ---------------------------------------------------------------------------------------------------
 
 void TQXCustomGeneticComponent::SaveToXML(const TXMLGeneticDocumentType& Document) {
@@ -57,6 +70,7 @@ void TQXCustomGeneticComponent::SaveToXML(const TXMLGeneticDocumentType& Documen
 }
 
 void TQXCustomGeneticComponent::LoadFromXML(const TXMLGeneticDocumentType& Document) {
+  const TXMLReadScope Reading(Document);
   TLoadScope Load(this);
   Apply("DiversityLimit", Document.DiversityLimit(), FSettings.DiversityLimit, &TSelf::SetDiversityLimit);
   SetFitnessCutoff(Document.FitnessCutoff());
@@ -95,6 +109,11 @@ void TQXCustomGeneticComponent::LoadReproduction(const TXMLReproductionType& Rep
   const TXMLReproductionType_SelectionMethod Selection = Reproduction.SelectionMethod();
   SetSelectionMethod(Load.ValueOr("Method", Selection.Method(), SelectionMethod()));
   Apply("ElitistPercent", Selection.ElitistPercent(), FSettings.ElitistPct, &TSelf::SetElitistPct);
+  try {
+    RequireCount(Selection.TournamentField());
+  } catch (const std::out_of_range& Error) {
+    Selection.FindChild("TournamentField").Refuse(Error.what());
+  }
   Apply("TournamentField", Selection.TournamentField(), FSettings.TournamentField,
         &TSelf::SetTournamentField);
   Load.Done();
@@ -113,6 +132,7 @@ void TQXCustomGeneticComponent::InitializeEmpty() {
   const int Generation = FSettings.Generation;
   Initialize();
   FSettings.Generation = Generation;
+  --FStarts; // the run goes on
 }
 
 void TQXCustomGeneticComponent::SetAsideGenerations(TLoadScope& Load) {
@@ -120,12 +140,20 @@ void TQXCustomGeneticComponent::SetAsideGenerations(TLoadScope& Load) {
   if (FPreviousGeneration != nullptr) {
     Load.SetAside(*FPreviousGeneration);
   }
+  SetAsideBestEver(Load);
+}
+
+void TQXCustomGeneticComponent::SetAsideBestEver(TLoadScope& Load) {
+  if (FBestEver != nullptr) {
+    const auto Former = std::make_shared<std::unique_ptr<TQXPopulation>>(std::move(FBestEver));
+    Load.OnFailure([this, Former] { FBestEver = std::move(*Former); });
+  }
 }
 
 void TQXCustomGeneticComponent::Remember(TLoadScope& Load) {
   Load.OnFailure([this, Settings = FSettings, Fitnesses = FFitnesses, Weighted = FWeightedFitnesses,
                   Fittest = FFittestIndividual, Due = FStatisticsDue, Cursor = FSelectionCursor,
-                  Shares = FCumulativeFitnesses,
+                  Shares = FCumulativeFitnesses, LastShare = FLastShare,
                   Elite = FElite != nullptr ? std::make_shared<TElite>(*FElite) : nullptr,
                   Selection = TQXSelectionEvent(OnSelection), Current = &Population(),
                   Previous = FPreviousGeneration.get()] {
@@ -145,6 +173,7 @@ void TQXCustomGeneticComponent::Remember(TLoadScope& Load) {
     FStatisticsDue = Due;
     FSelectionCursor = Cursor;
     FCumulativeFitnesses = Shares;
+    FLastShare = LastShare;
     RestoreElite(Elite);
   });
 }
@@ -200,12 +229,22 @@ void TQXCustomGeneticComponent::DefineProperties(TFiler& Filer) {
     Filer.Property(Name, Value, Value != Default,
                    [&](const auto& Read) { Apply(Name, Read, Value, Setter); });
   };
+  const auto DefineCount = [&](std::string_view Name, const int& Value, int Default, auto Setter) {
+    Filer.Property(Name, Value, Value != Default, [&](int Read) {
+      if (!Filer.Exact()) {
+        RequireCount(Read);
+      }
+      Apply(Name, Read, Value, Setter);
+    });
+  };
   const TSettings& S = FSettings;
-  Define("InitialPopulation", S.InitialPopulation, Defaults.InitialPopulation, &TSelf::SetInitialPopulation);
-  Define("InitialDuplicatesRetries", S.InitialDuplicatesRetries, Defaults.InitialDuplicatesRetries,
-         &TSelf::SetInitialDuplicatesRetries);
+  DefineCount("InitialPopulation", S.InitialPopulation, Defaults.InitialPopulation,
+              &TSelf::SetInitialPopulation);
+  DefineCount("InitialDuplicatesRetries", S.InitialDuplicatesRetries, Defaults.InitialDuplicatesRetries,
+              &TSelf::SetInitialDuplicatesRetries);
   Define("SelectionMethod", S.SelectionMethod, Defaults.SelectionMethod, &TSelf::SetSelectionMethod);
-  Define("TournamentField", S.TournamentField, Defaults.TournamentField, &TSelf::SetTournamentField);
+  DefineCount("TournamentField", S.TournamentField, Defaults.TournamentField, &TSelf::SetTournamentField);
+  Define("EliteCount", S.EliteCount, Defaults.EliteCount, &TSelf::SetEliteCount);
   Define("Operations", S.Operations, Defaults.Operations, &TSelf::SetOperations);
   Define("FitnessMethod", S.FitnessMethod, Defaults.FitnessMethod, &TSelf::SetFitnessMethod);
   Define("Generation", S.Generation, Defaults.Generation, &TSelf::SetGeneration);

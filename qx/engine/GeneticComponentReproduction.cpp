@@ -7,6 +7,7 @@ namespace qx {
 
 bool TQXCustomGeneticComponent::Reproduce(TQXIndividual& Parent1, TQXIndividual& Parent2,
                                           TQXIndividual& Child1) {
+  const TUse Use(*this);
   bool Changed = DoReproduce(Parent1, Parent2, Child1);
   OnReproduction(*this, Child1, Changed);
   return Changed;
@@ -14,6 +15,7 @@ bool TQXCustomGeneticComponent::Reproduce(TQXIndividual& Parent1, TQXIndividual&
 
 bool TQXCustomGeneticComponent::Reproduce(TQXIndividual& Parent1, TQXIndividual& Parent2,
                                           TQXIndividual& Child1, TQXIndividual& Child2) {
+  const TUse Use(*this);
   bool Changed = DoReproduce(Parent1, Parent2, Child1, Child2);
   OnReproduction(*this, Child1, Changed);
   OnReproduction(*this, Child2, Changed);
@@ -58,6 +60,7 @@ bool TQXCustomGeneticComponent::ApplyOperators(TQXIndividual& Parent1, TQXIndivi
 
 void TQXCustomGeneticComponent::InitializeChild(TQXIndividual& Parent1, TQXIndividual& Parent2,
                                                 TQXIndividual& Child) {
+  const TUse Use(*this);
   Child.Assign(Parent1);
   OnInitializeChild(*this, Parent1, Parent2, Child);
 }
@@ -74,6 +77,7 @@ bool TQXCustomGeneticComponent::Crossover(TQXIndividual& Parent1, TQXIndividual&
 
 bool TQXCustomGeneticComponent::GatedCrossover(TQXIndividual& Parent1, TQXIndividual& Parent2,
                                                TQXIndividual& Child1, TQXIndividual* Child2) {
+  const TUse Use(*this);
   bool Allowed = Random() < FSettings.CrossoverProbability;
   if (Allowed) {
     OnCrossover(*this, Parent1, Parent2, Child1, Allowed);
@@ -86,6 +90,7 @@ bool TQXCustomGeneticComponent::GatedCrossover(TQXIndividual& Parent1, TQXIndivi
 }
 
 bool TQXCustomGeneticComponent::Mutate(TQXIndividual& Item) {
+  const TUse Use(*this);
   bool Allowed = Random() < FSettings.MutationProbability;
   if (Allowed) {
     OnMutation(*this, Item, Allowed);
@@ -94,6 +99,7 @@ bool TQXCustomGeneticComponent::Mutate(TQXIndividual& Item) {
 }
 
 bool TQXCustomGeneticComponent::Invert(TQXIndividual& Item) {
+  const TUse Use(*this);
   bool Allowed = Random() < FSettings.InversionProbability;
   if (Allowed) {
     OnInversion(*this, Item, Allowed);

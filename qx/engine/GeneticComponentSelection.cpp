@@ -42,7 +42,7 @@ TGAFitness MakeSummable(TGAFitnessArray& Values) {
   return Total;
 }
 
-// The share of each number when they are all equal and have no sum; otherwise 0.
+// The share of each number when they are all equal; otherwise 0.
 TGAFitness EqualShare(const TGAFitnessArray& Values) {
   TFitnessStatistics Statistics;
   for (const TGAFitness Value : Values) {
@@ -51,19 +51,24 @@ TGAFitness EqualShare(const TGAFitnessArray& Values) {
   return Statistics.Min == Statistics.Max ? TGAFitness{1} / std::max(Statistics.Numbers, 1) : 0;
 }
 
-// Turns values into their shares of the total, added up; one that is not a number gets none.
-void AccumulateShares(TGAFitnessArray& Values, TGAFitness Total) {
+// Turns values into their shares of the total, added up; one that is not a number gets none. The result is
+// the place of the last one whose share is above 0, or -1.
+int AccumulateShares(TGAFitnessArray& Values, TGAFitness Total, bool EqualWithoutTotal) {
   if (!std::isfinite(Total)) {
     Total = MakeSummable(Values);
   }
-  const TGAFitness WithoutTotal = Total == 0 ? EqualShare(Values) : 0;
-  TGAFitness Share = 0;
-  for (TGAFitness& Value : Values) {
-    if (!std::isnan(Value)) {
-      Share += Total == 0 ? WithoutTotal : Value / Total;
+  const TGAFitness WithoutTotal = Total == 0 && EqualWithoutTotal ? EqualShare(Values) : 0;
+  TGAFitness Sum = 0;
+  int Last = -1;
+  for (std::size_t I = 0; I < Values.size(); ++I) {
+    if (!std::isnan(Values[I])) {
+      const TGAFitness Share = Total == 0 ? WithoutTotal : Values[I] / Total;
+      Sum += Share;
+      Last = Share > 0 ? static_cast<int>(I) : Last;
     }
-    Value = Share;
+    Values[I] = Sum;
   }
+  return Last;
 }
 
 } // namespace
@@ -107,6 +112,7 @@ void TQXCustomGeneticComponent::SelectionHandlerChanged(bool /*WasAssigned*/) {
 }
 
 TQXIndividual& TQXCustomGeneticComponent::SelectParent(TQXPopulation& Population) {
+  const TUse Use(*this);
   TQXIndividual* Parent = nullptr;
   if (OnSelection) {
     OnSelection(*this, Population, Parent);
@@ -143,7 +149,6 @@ void TQXCustomGeneticComponent::SelectRoulette(TQXCustomGeneticComponent& Sender
   if (FCumulativeFitnesses.empty()) {
     CalculateCumulativeNormalizedFitnesses();
   }
-  // The search goes one past the last index: a draw that no entry exceeds fails in the population.
   const int Length = static_cast<int>(FCumulativeFitnesses.size());
   int Low = 0;
   int High = Length;
@@ -154,6 +159,9 @@ void TQXCustomGeneticComponent::SelectRoulette(TQXCustomGeneticComponent& Sender
     } else {
       Low = Middle + 1;
     }
+  }
+  if (Low == Length) { // no entry exceeds the draw
+    Low = FLastShare >= 0 ? FLastShare : static_cast<int>(Draw * Population.Count());
   }
   FSelectionCursor = Low;
   Parent = &Population[Low];
@@ -193,7 +201,7 @@ void TQXCustomGeneticComponent::SelectElitist(TQXCustomGeneticComponent& Sender,
   if (FElite == nullptr) {
     PrioritizePopulation();
   }
-  if (FElite->Count() == 0) {
+  if (FElite == nullptr || FElite->Count() == 0) {
     throw std::out_of_range("Elitist selection from a population that has no ranked individual");
   }
   if (FSelectionCursor >= FElite->Count()) {
@@ -214,29 +222,31 @@ void TQXCustomGeneticComponent::CalculateCumulativeNormalizedFitnesses() {
   const bool Weighted = UsesWeightedFitness();
   const TFitnessStatistics& Fitnesses = Weighted ? FWeightedFitnesses : FFitnesses;
   TQXPopulation& Judged = JudgedPopulation();
-  FCumulativeFitnesses.clear();
+  // Reading fitnesses calls handlers, which may change the method of selection; so this is stored when whole.
+  TGAFitnessArray Shares = std::move(FCumulativeFitnesses);
+  Shares.clear();
   TGAFitness Total = 0;
   for (int I = 0; I < Judged.Count(); ++I) {
     const TGAFitness Fitness = Weighted ? Judged[I].WeightedFitness() : Judged[I].Fitness();
     const TGAFitness Value = Maximizing() ? Fitness : Fitnesses.Max - Fitness;
-    FCumulativeFitnesses.push_back(Value);
+    Shares.push_back(Value);
     Total += std::isnan(Value) ? 0 : Value;
   }
-  AccumulateShares(FCumulativeFitnesses, Maximizing() ? Fitnesses.Sum : Total);
+  FLastShare = AccumulateShares(Shares, Maximizing() ? Fitnesses.Sum : Total, !Maximizing());
+  FCumulativeFitnesses = std::move(Shares);
 }
 
 void TQXCustomGeneticComponent::PrioritizePopulation() {
-  if (FElite == nullptr) {
-    FElite = std::make_unique<TElite>();
-  }
-  FElite->Clear();
-  FElite->SetHighestFirst(Maximizing());
+  std::unique_ptr<TElite> Elite = FElite != nullptr ? std::move(FElite) : std::make_unique<TElite>();
+  Elite->Clear();
+  Elite->SetHighestFirst(Maximizing());
   TQXPopulation& Judged = JudgedPopulation();
   for (int I = 0; I < Judged.Count(); ++I) {
     TQXIndividual& Individual = Judged[I];
     const TGAFitness Key = UsesWeightedFitness() ? Individual.WeightedFitness() : Individual.Fitness();
-    FElite->Push(Individual, static_cast<float>(Key));
+    Elite->Push(Individual, static_cast<float>(Key));
   }
+  FElite = std::move(Elite);
 }
 
 } // namespace qx

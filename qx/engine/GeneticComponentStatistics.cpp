@@ -1,6 +1,7 @@
 // The genetic component's fitness: evaluation, statistics and what is derived from them.
 
 #include <qx/engine/GeneticComponent.h>
+#include <qx/platform/StackGuard.h>
 
 #include <limits>
 
@@ -19,14 +20,16 @@ TGAFitness TQXCustomGeneticComponent::Diversity() const {
 }
 
 void TQXCustomGeneticComponent::EvaluateFitness() {
-  const TRunning Running(FRunning);
-  FStatisticsDue = false; // a handler that deletes an individual makes them due again
+  const TUse Running(FRunning);
+  const TUse Use(*this);
+  FStatisticsDue = false; // a handler that changes the fitness method makes them due again
   try {
     if (Population().Count() == 0) {
       FFitnesses = {};
       FWeightedFitnesses = {};
     } else {
       DoCalculateFitnessStatistics();
+      RememberBest();
       DoCalculateWeightedFitnessStatistics();
       DoSelectionPreparation();
     }
@@ -36,7 +39,36 @@ void TQXCustomGeneticComponent::EvaluateFitness() {
   }
 }
 
+TQXIndividual* TQXCustomGeneticComponent::BestEver() {
+  return FBestEver != nullptr && FBestEver->Count() > 0 ? &FBestEver->Items(0) : nullptr;
+}
+
+const TQXIndividual* TQXCustomGeneticComponent::BestEver() const {
+  return const_cast<TQXCustomGeneticComponent*>(this)->BestEver();
+}
+
+void TQXCustomGeneticComponent::RememberBest() {
+  if (FFittestIndividual == nullptr || !OnEvaluateFitness) {
+    return;
+  }
+  TQXIndividual* const Best = BestEver();
+  if (Best == nullptr || CompareFitness(*FFittestIndividual, *Best, true) < 0) {
+    StoreBest(*FFittestIndividual);
+  }
+}
+
+void TQXCustomGeneticComponent::StoreBest(const TQXIndividual& Best) {
+  if (BestEver() == nullptr) {
+    FBestEver = CreatePopulation(Population().ItemClass());
+    FBestEver->FIsGeneration = false;
+    FBestEver->Add();
+  }
+  BestEver()->Assign(Best);
+}
+
 TGAFitness TQXCustomGeneticComponent::EvaluateFitness(TQXIndividual& Item, bool Weighted) {
+  RequireStack(); // a handler may ask for the fitness in turn
+  const TUse Use(*this);
   if (Weighted) {
     return DoEvaluateWeightedFitness(Item);
   }
@@ -54,7 +86,7 @@ TGAFitness TQXCustomGeneticComponent::DoEvaluateWeightedFitness(TQXIndividual& I
   return Fitness;
 }
 
-// Handlers may add and delete individuals while these passes run, so they go by index.
+// Handlers may add individuals while these passes run, so they go by index.
 void TQXCustomGeneticComponent::DoCalculateFitnessStatistics() {
   TFitnessStatistics Statistics;
   FFittestIndividual = nullptr;

@@ -7,8 +7,8 @@
 namespace qx {
 
 TLoadScope::TLoadScope(TQXCustomGeneticComponent* Component) : FComponent(Component), FOutermost(this) {
-  if (Component != nullptr && Component->FReproducing) {
-    throw std::logic_error("A component cannot be loaded while it makes children");
+  if (Component != nullptr) {
+    Component->RequireNoUse("A load");
   }
   if (Component != nullptr && Component->FLoad != nullptr) {
     FOutermost = Component->FLoad;

@@ -25,7 +25,7 @@ class TQXPopulation;
 /// a component a scope stands for itself.
 class TLoadScope {
 public:
-  /// Raises std::logic_error while children are being made: their parents must not go.
+  /// Raises std::logic_error while individuals are in use: they must not go.
   explicit TLoadScope(TQXCustomGeneticComponent* Component);
   TLoadScope(const TLoadScope&) = delete;
   TLoadScope& operator=(const TLoadScope&) = delete;

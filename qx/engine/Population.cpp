@@ -43,16 +43,22 @@ void TQXPopulation::EvaluateStale() const {
   }
 }
 
+void TQXPopulation::RequireRemovable(const char* Call) const {
+  if (FComponent != nullptr) {
+    FComponent->RequireNoUse(Call);
+  }
+}
+
 void TQXPopulation::Notify(TCollectionItem& Item, TCollectionNotification Action) {
   TTypedCollection::Notify(Item, Action);
-  if (FComponent != nullptr) {
+  if (FComponent != nullptr && FIsGeneration) {
     FComponent->PopulationNotify(static_cast<TQXIndividual&>(Item), Action);
   }
 }
 
 void TQXPopulation::Update(TCollectionItem* Item) {
   TTypedCollection::Update(Item);
-  if (FComponent != nullptr) {
+  if (FComponent != nullptr && FIsGeneration) {
     FComponent->PopulationUpdate(static_cast<TQXIndividual*>(Item));
   }
 }

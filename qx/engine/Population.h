@@ -37,11 +37,15 @@ protected:
   /// Replaces the members by those that `AddMembers` adds, in one update. When that raises, the former
   /// members are back.
   void Reload(TAction AddMembers);
+  void RequireRemovable(const char* Call) const override;
   void Notify(TCollectionItem& Item, TCollectionNotification Action) override;
   void Update(TCollectionItem* Item) override;
 
 private:
+  friend class TQXCustomGeneticComponent;
+
   TQXCustomGeneticComponent* FComponent;
+  bool FIsGeneration = true; // only of those does the component hear what happens to their members
 };
 
 } // namespace qx

@@ -20,6 +20,16 @@ public:
   TPopulation& Population() { return static_cast<TPopulation&>(TEngine::Population()); }
   TPopulation* PreviousGeneration() { return static_cast<TPopulation*>(TEngine::PreviousGeneration()); }
   TIndividual* FittestIndividual() { return static_cast<TIndividual*>(TEngine::FittestIndividual()); }
+  TIndividual* BestEver() { return static_cast<TIndividual*>(TEngine::BestEver()); }
+
+  const TPopulation& Population() const { return static_cast<const TPopulation&>(TEngine::Population()); }
+  const TPopulation* PreviousGeneration() const {
+    return static_cast<const TPopulation*>(TEngine::PreviousGeneration());
+  }
+  const TIndividual* FittestIndividual() const {
+    return static_cast<const TIndividual*>(TEngine::FittestIndividual());
+  }
+  const TIndividual* BestEver() const { return static_cast<const TIndividual*>(TEngine::BestEver()); }
 
   using TFitnessEvent = TTypedEvent<TQXFitnessEvent, TSelf&, TIndividual&, TGAFitness&>;
   using TParentChildEvent =

@@ -90,8 +90,8 @@ void TQXEncodedBits::SetAsBoolean(int Offset, int Length, bool Value) {
   WriteInteger(Offset, Length, Value ? 1 : 0, false);
 }
 
-std::int32_t TQXEncodedBits::GetAsInteger(int Offset, int Length) const {
-  return static_cast<std::int32_t>(GetAsInt64(Offset, Length));
+std::int32_t TQXEncodedBits::GetAsInteger(int Offset, int Length, bool Signed) const {
+  return static_cast<std::int32_t>(GetAsInt64(Offset, Length, Signed));
 }
 
 void TQXEncodedBits::SetAsInteger(int Offset, int Length, std::int32_t Value) {
@@ -103,9 +103,9 @@ void TQXEncodedBits::SetAsInteger(int Offset, int Length, std::int32_t Value) {
   }
 }
 
-std::int64_t TQXEncodedBits::GetAsInt64(int Offset, int Length) const {
+std::int64_t TQXEncodedBits::GetAsInt64(int Offset, int Length, bool Signed) const {
   CheckField(Offset, Length);
-  return ReadInteger(Offset, Length);
+  return ReadInteger(Offset, Length, Signed);
 }
 
 void TQXEncodedBits::SetAsInt64(int Offset, int Length, std::int64_t Value) {
@@ -113,25 +113,24 @@ void TQXEncodedBits::SetAsInt64(int Offset, int Length, std::int64_t Value) {
   WriteInteger(Offset, Length, static_cast<std::uint64_t>(Value), FPreserveSignBit && Value < 0);
 }
 
-float TQXEncodedBits::GetAsFloat(int Offset, int Length) const {
+float TQXEncodedBits::GetAsFloat(int Offset, int Length, bool Signed) const {
   CheckField(Offset, Length);
-  return NearestSingle(GetAsDouble(Offset, Length));
+  return NearestSingle(GetAsDouble(Offset, Length, Signed));
 }
 
 void TQXEncodedBits::SetAsFloat(int Offset, int Length, float Value) { SetAsDouble(Offset, Length, Value); }
 
-double TQXEncodedBits::GetAsDouble(int Offset, int Length) const {
+double TQXEncodedBits::GetAsDouble(int Offset, int Length, bool Signed) const {
   CheckField(Offset, Length);
   if (Length == SingleBits) {
     const auto Image = static_cast<std::uint32_t>(ReadBits(Offset, Length));
-    return FromImage(std::bit_cast<float>(Image), FPreserveSignBit);
+    return FromImage(std::bit_cast<float>(Image), Signed);
   }
   if (Length == DoubleBits) {
-    return FromImage(std::bit_cast<double>(ReadBits(Offset, Length)), FPreserveSignBit);
+    return FromImage(std::bit_cast<double>(ReadBits(Offset, Length)), Signed);
   }
-  const std::int64_t Whole = ReadInteger(Offset, Length);
-  return FPreserveSignBit ? static_cast<double>(Whole)
-                          : static_cast<double>(static_cast<std::uint64_t>(Whole));
+  const std::int64_t Whole = ReadInteger(Offset, Length, Signed);
+  return Signed ? static_cast<double>(Whole) : static_cast<double>(static_cast<std::uint64_t>(Whole));
 }
 
 void TQXEncodedBits::SetAsDouble(int Offset, int Length, double Value) {
@@ -205,9 +204,9 @@ void TQXEncodedBits::WriteBits(int Offset, int Length, std::uint64_t Value) {
 }
 
 // The low 64 bits of the field; a shorter signed field carries its sign up.
-std::int64_t TQXEncodedBits::ReadInteger(int Offset, int Length) const {
+std::int64_t TQXEncodedBits::ReadInteger(int Offset, int Length, bool Signed) const {
   std::uint64_t Value = ReadBits(Offset, std::min(Length, WordBits));
-  if (FPreserveSignBit && Length > 0 && Length < WordBits && (Value >> (Length - 1) & 1) != 0) {
+  if (Signed && Length > 0 && Length < WordBits && (Value >> (Length - 1) & 1) != 0) {
     Value |= ~LowMask(Length);
   }
   return static_cast<std::int64_t>(Value);

@@ -40,15 +40,24 @@ public:
   /// Writes 1 or 0 as an integer.
   void SetAsBoolean(int Offset, int Length, bool Value);
 
-  std::int32_t GetAsInteger(int Offset, int Length) const;
+  // Numbers are signed as `PreserveSignBit` says, or as the last argument does.
+  std::int32_t GetAsInteger(int Offset, int Length) const {
+    return GetAsInteger(Offset, Length, FPreserveSignBit);
+  }
+  std::int32_t GetAsInteger(int Offset, int Length, bool Signed) const;
   void SetAsInteger(int Offset, int Length, std::int32_t Value);
-  std::int64_t GetAsInt64(int Offset, int Length) const;
+  std::int64_t GetAsInt64(int Offset, int Length) const {
+    return GetAsInt64(Offset, Length, FPreserveSignBit);
+  }
+  std::int64_t GetAsInt64(int Offset, int Length, bool Signed) const;
   void SetAsInt64(int Offset, int Length, std::int64_t Value);
 
   /// An image that is no finite number reads 0. When signs do not count, the sign bit of an image is ignored.
-  float GetAsFloat(int Offset, int Length) const;
+  float GetAsFloat(int Offset, int Length) const { return GetAsFloat(Offset, Length, FPreserveSignBit); }
+  float GetAsFloat(int Offset, int Length, bool Signed) const;
   void SetAsFloat(int Offset, int Length, float Value);
-  double GetAsDouble(int Offset, int Length) const;
+  double GetAsDouble(int Offset, int Length) const { return GetAsDouble(Offset, Length, FPreserveSignBit); }
+  double GetAsDouble(int Offset, int Length, bool Signed) const;
   /// A finite value beyond single precision becomes the largest single in a field of 32 bits; in a field of
   /// any other length than 32 and 64, a value beyond what it holds becomes the nearest integer that it does
   /// hold.
@@ -64,7 +73,7 @@ private:
   void CheckField(int Offset, int Length) const;
   std::uint64_t ReadBits(int Offset, int Length) const;
   void WriteBits(int Offset, int Length, std::uint64_t Value);
-  std::int64_t ReadInteger(int Offset, int Length) const;
+  std::int64_t ReadInteger(int Offset, int Length, bool Signed) const;
   void WriteInteger(int Offset, int Length, std::uint64_t Value, bool Negative);
 
   bool FPreserveSignBit = false;

@@ -22,6 +22,12 @@ std::span<const std::string_view> EnumNames<TGeneType>() {
 }
 
 template <>
+std::span<const std::string_view> EnumNames<TGADecoding>() {
+  static constexpr std::string_view Names[] = {"gdStrict", "gdAlwaysValid"};
+  return Names;
+}
+
+template <>
 std::span<const std::string_view> EnumNames<TGACrossoverMethod>() {
   static constexpr std::string_view Names[] = {"cmGeneBoundary", "cmBitBoundary", "cmByteBoundary",
                                                "cmWordBoundary", "cmLongwordBoundary"};

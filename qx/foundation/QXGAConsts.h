@@ -32,6 +32,11 @@ using TIntegerArray = std::vector<std::int32_t>;
 /// The value type of a gene.
 enum TGeneType : std::uint8_t { gtUnknown, gtBoolean, gtInteger, gtFloat, gtEnumeration };
 
+/// What a field stands for. gdStrict: for the number that its bits spell, which may be the place of no text
+/// and lie outside the gene's limits. gdAlwaysValid: for one of the gene's texts, or a value within its
+/// limits, in shares as equal as can be.
+enum TGADecoding : std::uint8_t { gdStrict, gdAlwaysValid };
+
 /// Where the crossover of bit chromosomes may cut.
 enum TGACrossoverMethod : std::uint8_t {
   cmGeneBoundary,
@@ -125,6 +130,8 @@ std::span<const std::string_view> EnumNames();
 
 template <>
 std::span<const std::string_view> EnumNames<TGeneType>();
+template <>
+std::span<const std::string_view> EnumNames<TGADecoding>();
 template <>
 std::span<const std::string_view> EnumNames<TGACrossoverMethod>();
 template <>

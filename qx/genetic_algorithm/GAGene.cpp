@@ -1,3 +1,4 @@
+#include <qx/genetic_algorithm/FieldDecoding.h>
 #include <qx/genetic_algorithm/GAGene.h>
 #include <qx/genetic_algorithm/GAGenes.h>
 #include <qx/genetic_algorithm/GeneticAlgorithm.h>
@@ -64,8 +65,28 @@ void TQXGAGene::SetSize(int Value) {
                             std::to_string(Value) + ")");
   }
   if (Value != FSize) {
+    ChangeSize(Value);
+  }
+}
+
+// When the chromosomes cannot become as long as that, the gene has the former size and limits.
+void TQXGAGene::ChangeSize(int Value) {
+  const int Size = FSize;
+  const double Min = FMinValue;
+  const double Max = FMaxValue;
+  try {
     StoreSize(Value);
     SizeChange();
+  } catch (...) {
+    if (FSize != Size) {
+      StoreSize(Size);
+      FMinValue = Min;
+      FMaxValue = Max;
+      if (TQXGAGenes* const Genes = Collection()) {
+        Genes->UpdateOffsets(Index() + 1);
+      }
+    }
+    throw;
   }
 }
 
@@ -152,36 +173,41 @@ void TQXGAGene::Assign(const TPersistent& Source) {
   Changed(false);
 }
 
-bool TQXGAGene::GeneAsBoolean(TQXEncodedBits& Bits, int Offset) const {
+bool TQXGAGene::GeneAsBoolean(const TQXEncodedBits& Bits, int Offset) const {
   return Bits.GetAsBoolean(Offset, FSize);
 }
 
-std::int32_t TQXGAGene::GeneAsInteger(TQXEncodedBits& Bits, int Offset) const {
-  Bits.SetPreserveSignBit(FPreserveSignBit);
-  return Bits.GetAsInteger(Offset, FSize);
+bool TQXGAGene::AlwaysDecodes(TGeneType Type) const {
+  const TQXGAGenes* const Genes = FGeneType == Type ? Collection() : nullptr;
+  return Genes != nullptr && Genes->Decoding() == gdAlwaysValid;
 }
 
-std::int64_t TQXGAGene::GeneAsInt64(TQXEncodedBits& Bits, int Offset) const {
-  Bits.SetPreserveSignBit(FPreserveSignBit);
-  return Bits.GetAsInt64(Offset, FSize);
+std::int64_t TQXGAGene::ReadInt64(const TQXEncodedBits& Bits, int Offset) const {
+  return AlwaysDecodes(gtInteger)
+             ? detail::DecodeInteger(Bits, Offset, FSize, LimitAs<std::int64_t>(FMinValue),
+                                     LimitAs<std::int64_t>(FMaxValue))
+             : Bits.GetAsInt64(Offset, FSize, FPreserveSignBit);
 }
 
-float TQXGAGene::GeneAsFloat(TQXEncodedBits& Bits, int Offset) const {
-  Bits.SetPreserveSignBit(FPreserveSignBit);
-  return Bits.GetAsFloat(Offset, FSize);
+float TQXGAGene::ReadFloat(const TQXEncodedBits& Bits, int Offset) const {
+  return AlwaysDecodes(gtFloat) ? static_cast<float>(ReadDouble(Bits, Offset))
+                                : Bits.GetAsFloat(Offset, FSize, FPreserveSignBit);
 }
 
-double TQXGAGene::GeneAsDouble(TQXEncodedBits& Bits, int Offset) const {
-  Bits.SetPreserveSignBit(FPreserveSignBit);
-  return Bits.GetAsDouble(Offset, FSize);
+double TQXGAGene::ReadDouble(const TQXEncodedBits& Bits, int Offset) const {
+  return AlwaysDecodes(gtFloat) ? detail::DecodeReal(Bits, Offset, FSize, FMinValue, FMaxValue)
+                                : Bits.GetAsDouble(Offset, FSize, FPreserveSignBit);
 }
 
-const std::string& TQXGAGene::GeneAsEnumeration(TQXEncodedBits& Bits, int Offset) const {
-  const std::int32_t Place = GeneAsInteger(Bits, Offset);
-  if (FEnumerations == nullptr || Place < 0 || Place >= FEnumerations->Count()) {
+const std::string& TQXGAGene::ReadEnumeration(const TQXEncodedBits& Bits, int Offset) const {
+  const int Count = FEnumerations != nullptr ? FEnumerations->Count() : 0;
+  const std::int64_t Place = AlwaysDecodes(gtEnumeration)
+                                 ? detail::DecodeInteger(Bits, Offset, FSize, 0, std::max(Count - 1, 0))
+                                 : Bits.GetAsInteger(Offset, FSize, FPreserveSignBit);
+  if (Place < 0 || Place >= Count) {
     throw EGAException(std::string(SNoEnumerationFound));
   }
-  return FEnumerations->Strings(Place);
+  return FEnumerations->Strings(static_cast<int>(Place));
 }
 
 void TQXGAGene::SetGeneAsBoolean(TQXEncodedBits& Bits, int Offset, bool Value) {
@@ -190,6 +216,10 @@ void TQXGAGene::SetGeneAsBoolean(TQXEncodedBits& Bits, int Offset, bool Value) {
 
 void TQXGAGene::SetGeneAsDouble(TQXEncodedBits& Bits, int Offset, double Value) {
   const double Held = Clamped(Value);
+  if (AlwaysDecodes(gtFloat)) {
+    detail::EncodeReal(Bits, Offset, FSize, FMinValue, FMaxValue, Held);
+    return;
+  }
   Bits.SetPreserveSignBit(FPreserveSignBit);
   Bits.SetAsDouble(Offset, FSize, Held);
 }
@@ -200,10 +230,18 @@ void TQXGAGene::SetGeneAsEnumeration(TQXEncodedBits& Bits, int Offset, std::stri
     throw EGAException(FormatText(SValueNotEnumeration, {Value}));
   }
   Bits.SetPreserveSignBit(false);
+  if (AlwaysDecodes(gtEnumeration)) {
+    detail::EncodeInteger(Bits, Offset, FSize, 0, FEnumerations->Count() - 1, Place);
+    return;
+  }
   Bits.SetAsInteger(Offset, FSize, Place);
 }
 
 void TQXGAGene::SetGeneAsFloat(TQXEncodedBits& Bits, int Offset, float Value) {
+  if (AlwaysDecodes(gtFloat)) {
+    SetGeneAsDouble(Bits, Offset, static_cast<double>(Value));
+    return;
+  }
   const float Held = Clamped(Value);
   Bits.SetPreserveSignBit(FPreserveSignBit);
   Bits.SetAsFloat(Offset, FSize, Held);
@@ -211,17 +249,26 @@ void TQXGAGene::SetGeneAsFloat(TQXEncodedBits& Bits, int Offset, float Value) {
 
 void TQXGAGene::SetGeneAsInt64(TQXEncodedBits& Bits, int Offset, std::int64_t Value) {
   const std::int64_t Held = Clamped(Value);
+  if (AlwaysDecodes(gtInteger)) {
+    detail::EncodeInteger(Bits, Offset, FSize, LimitAs<std::int64_t>(FMinValue),
+                          LimitAs<std::int64_t>(FMaxValue), Held);
+    return;
+  }
   Bits.SetPreserveSignBit(FPreserveSignBit);
   Bits.SetAsInt64(Offset, FSize, Held);
 }
 
 void TQXGAGene::SetGeneAsInteger(TQXEncodedBits& Bits, int Offset, std::int32_t Value) {
+  if (AlwaysDecodes(gtInteger)) {
+    SetGeneAsInt64(Bits, Offset, Value);
+    return;
+  }
   const std::int32_t Held = Clamped(Value);
   Bits.SetPreserveSignBit(FPreserveSignBit);
   Bits.SetAsInteger(Offset, FSize, Held);
 }
 
-std::string TQXGAGene::AsString(TQXEncodedBits& Bits) const {
+std::string TQXGAGene::ReadText(const TQXEncodedBits& Bits) const {
   switch (FGeneType) {
   case gtBoolean:
     return GeneAsBoolean(Bits) ? "True" : "False";

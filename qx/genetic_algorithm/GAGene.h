@@ -5,6 +5,7 @@
 #include <qx/platform/CollectionItem.h>
 #include <qx/platform/Strings.h>
 
+#include <concepts>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -70,21 +71,51 @@ public:
   // --- Values in a chromosome, at the gene's own offset or at a given one -------------------------------
   // A field outside the chromosome raises std::out_of_range.
 
-  bool GeneAsBoolean(TQXEncodedBits& Bits) const { return GeneAsBoolean(Bits, FOffset); }
-  bool GeneAsBoolean(TQXEncodedBits& Bits, int Offset) const;
-  std::int32_t GeneAsInteger(TQXEncodedBits& Bits) const { return GeneAsInteger(Bits, FOffset); }
-  std::int32_t GeneAsInteger(TQXEncodedBits& Bits, int Offset) const;
-  std::int64_t GeneAsInt64(TQXEncodedBits& Bits) const { return GeneAsInt64(Bits, FOffset); }
-  std::int64_t GeneAsInt64(TQXEncodedBits& Bits, int Offset) const;
-  float GeneAsFloat(TQXEncodedBits& Bits) const { return GeneAsFloat(Bits, FOffset); }
-  float GeneAsFloat(TQXEncodedBits& Bits, int Offset) const;
-  double GeneAsDouble(TQXEncodedBits& Bits) const { return GeneAsDouble(Bits, FOffset); }
-  double GeneAsDouble(TQXEncodedBits& Bits, int Offset) const;
+  // A number that is read from bits that are not const leaves its sign setting there, as one that is written.
+
+  bool GeneAsBoolean(const TQXEncodedBits& Bits) const { return GeneAsBoolean(Bits, FOffset); }
+  bool GeneAsBoolean(const TQXEncodedBits& Bits, int Offset) const;
+  template <std::derived_from<TQXEncodedBits> TBits>
+  std::int32_t GeneAsInteger(TBits& Bits) const {
+    return GeneAsInteger(Bits, FOffset);
+  }
+  template <std::derived_from<TQXEncodedBits> TBits>
+  std::int32_t GeneAsInteger(TBits& Bits, int Offset) const {
+    return static_cast<std::int32_t>(ReadInt64(WithSign(Bits), Offset));
+  }
+  template <std::derived_from<TQXEncodedBits> TBits>
+  std::int64_t GeneAsInt64(TBits& Bits) const {
+    return GeneAsInt64(Bits, FOffset);
+  }
+  template <std::derived_from<TQXEncodedBits> TBits>
+  std::int64_t GeneAsInt64(TBits& Bits, int Offset) const {
+    return ReadInt64(WithSign(Bits), Offset);
+  }
+  template <std::derived_from<TQXEncodedBits> TBits>
+  float GeneAsFloat(TBits& Bits) const {
+    return GeneAsFloat(Bits, FOffset);
+  }
+  template <std::derived_from<TQXEncodedBits> TBits>
+  float GeneAsFloat(TBits& Bits, int Offset) const {
+    return ReadFloat(WithSign(Bits), Offset);
+  }
+  template <std::derived_from<TQXEncodedBits> TBits>
+  double GeneAsDouble(TBits& Bits) const {
+    return GeneAsDouble(Bits, FOffset);
+  }
+  template <std::derived_from<TQXEncodedBits> TBits>
+  double GeneAsDouble(TBits& Bits, int Offset) const {
+    return ReadDouble(WithSign(Bits), Offset);
+  }
   /// Raises EGAException when the field holds no index of the list.
-  const std::string& GeneAsEnumeration(TQXEncodedBits& Bits) const {
+  template <std::derived_from<TQXEncodedBits> TBits>
+  const std::string& GeneAsEnumeration(TBits& Bits) const {
     return GeneAsEnumeration(Bits, FOffset);
   }
-  const std::string& GeneAsEnumeration(TQXEncodedBits& Bits, int Offset) const;
+  template <std::derived_from<TQXEncodedBits> TBits>
+  const std::string& GeneAsEnumeration(TBits& Bits, int Offset) const {
+    return ReadEnumeration(WithSign(Bits), Offset);
+  }
 
   void SetGeneAsBoolean(TQXEncodedBits& Bits, bool Value) { SetGeneAsBoolean(Bits, FOffset, Value); }
   virtual void SetGeneAsBoolean(TQXEncodedBits& Bits, int Offset, bool Value);
@@ -103,7 +134,10 @@ public:
   virtual void SetGeneAsInteger(TQXEncodedBits& Bits, int Offset, std::int32_t Value);
 
   /// The value as text for people.
-  std::string AsString(TQXEncodedBits& Bits) const;
+  template <std::derived_from<TQXEncodedBits> TBits>
+  std::string AsString(TBits& Bits) const {
+    return ReadText(IsNumeric() ? WithSign(Bits) : Bits);
+  }
 
   // --- Values of an individual of the component's population, by its index there ------------------------
   // Writing marks the individual as modified. Outside a genetic algorithm: std::logic_error.
@@ -137,6 +171,20 @@ private:
   friend class TQXGAGenes;
   friend struct detail::TGeneContent;
 
+  const TQXEncodedBits& WithSign(TQXEncodedBits& Bits) const {
+    Bits.SetPreserveSignBit(FPreserveSignBit);
+    return Bits;
+  }
+  const TQXEncodedBits& WithSign(const TQXEncodedBits& Bits) const { return Bits; }
+  std::int64_t ReadInt64(const TQXEncodedBits& Bits, int Offset) const;
+  float ReadFloat(const TQXEncodedBits& Bits, int Offset) const;
+  double ReadDouble(const TQXEncodedBits& Bits, int Offset) const;
+  const std::string& ReadEnumeration(const TQXEncodedBits& Bits, int Offset) const;
+  std::string ReadText(const TQXEncodedBits& Bits) const;
+  bool IsNumeric() const { return FGeneType >= gtInteger; }
+
+  bool AlwaysDecodes(TGeneType Type) const;
+  void ChangeSize(int Value);
   void StoreSize(int Value);
   void RecalcMinMax();
   void RequireNumber(double Value, std::string_view What) const;

@@ -21,6 +21,20 @@ void TQXGAGenes::SizeChange(int Index) {
   }
 }
 
+void TQXGAGenes::SetDecoding(TGADecoding Value) {
+  if (CheckedEnum(Value, "Decoding") != FDecoding) {
+    FDecoding = Value;
+    Changed();
+  }
+}
+
+void TQXGAGenes::Assign(const TPersistent& Source) {
+  TTypedCollection::Assign(Source);
+  if (const auto* Genes = SourceAs<TQXGAGenes>(Source)) {
+    SetDecoding(Genes->FDecoding);
+  }
+}
+
 void TQXGAGenes::Move(int From, int To) {
   OffsetsUnknownFrom(std::min(From, To));
   TTypedCollection::Move(From, To);

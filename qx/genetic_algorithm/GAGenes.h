@@ -21,12 +21,24 @@ public:
   /// when the gene before it goes or it is moved to the front, the bits before it belong to no gene.
   int Size() const;
 
+  /// What the fields of the genes stand for. Default gdStrict: a random field may name no text of an
+  /// enumerated gene, which cannot be read then, and leave an integer gene's limits. Under gdAlwaysValid each
+  /// gene of a type, read as that type, gives one of its texts or a value within its limits: number
+  /// floor(code * count / 2^Size) of its texts or integers, where the code is what the bits spell unsigned;
+  /// of a floating-point gene the limits are the least and the largest code, and the values between lie
+  /// evenly. A value is written as a code that reads back, in a field that is long enough.
+  TGADecoding Decoding() const { return FDecoding; }
+  void SetDecoding(TGADecoding Value);
+
+  /// Adds the way of decoding to what is copied.
+  void Assign(const TPersistent& Source) override;
   void Move(int From, int To) override;
 
   /// Called when the gene at `Index` has a new size: moves the genes behind it, then tells the owner.
   virtual void SizeChange(int Index);
 
-  /// Writes the genes and the attribute "Size": the genes' total, or the chromosomes' when that is 0. A gene
+  /// Writes the genes, the attribute "Decoding" when it is not gdStrict, and the attribute "Size": the genes'
+  /// total, or the chromosomes' when that is 0. A gene
   /// of unknown type is left out.
   void SaveToXML(const TXMLGenoType& GenoType);
   /// Writes the value of each gene in an individual's chromosome. Raises EGAException when an enumerated gene
@@ -34,7 +46,8 @@ public:
   void SaveToXML(const TXMLGenes& Genes, TQXGAIndividual& Item);
   /// Replaces the genes; one whose name was there before comes back as the same object. The owner's
   /// `GeneSize` becomes the attribute "Size" first; limits come from sizes and signs, and the size of an
-  /// enumerated gene from its texts. When something raises, genes and owner are as they were.
+  /// enumerated gene from its texts; under gdAlwaysValid the limits are those of the document. When something
+  /// raises, genes and owner are as they were.
   void LoadFromXML(const TXMLGenoType& GenoType);
 
 protected:
@@ -56,6 +69,7 @@ private:
   [[noreturn]] static void RaiseTooLong(const TQXGAGene& Gene);
 
   TQXCustomGeneticAlgorithm* FAlgorithm;
+  TGADecoding FDecoding = gdStrict;
   // Genes known to stand end to end, counted from the first; what lies behind is computed when it is due.
   int FOffsetsKnown = 0;
 };

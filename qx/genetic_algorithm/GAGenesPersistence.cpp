@@ -85,6 +85,9 @@ void TQXGAGenes::SaveToXML(const TXMLGenoType& GenoType) {
     SaveGene(GenoType, Gene);
   }
   const bool Unused = Size() == 0 && FAlgorithm != nullptr;
+  if (FDecoding != gdStrict) {
+    GenoType.SetAttribute("Decoding", EnumName(FDecoding));
+  }
   GenoType.SetSize(Unused ? FAlgorithm->GeneSize() : Size());
 }
 
@@ -108,17 +111,27 @@ void TQXGAGenes::SaveToXML(const TXMLGenes& Genes, TQXGAIndividual& Item) {
 }
 
 void TQXGAGenes::LoadFromXML(const TXMLGenoType& GenoType) {
+  const TXMLReadScope Reading(GenoType);
   TLoadScope Load(FAlgorithm);
   if (FAlgorithm != nullptr) {
     FAlgorithm->RequireRoom(FAlgorithm->Population().Count(), LargestSize(GenoType));
     FAlgorithm->SetGeneSize(GenoType.Size());
   }
   TUpdateScope Update(*this);
+  Load.OnFailure([this, Former = FDecoding] { FDecoding = Former; });
+  FDecoding = GenoType.HasAttribute("Decoding")
+                  ? Load.ValueOr("Decoding", GenoType.Attribute("Decoding"), FDecoding)
+                  : gdStrict;
   detail::TGenesReload Genes(*this, Load);
   for (TXMLNode Element = GenoType.FirstChild(); Element; Element = Element.NextSibling()) {
     if (const TGeneType Type = GeneTypeOf(Element); Type != gtUnknown) {
       const TXMLGeneType GeneXML(Element);
-      LoadGene(GeneXML, Type, Genes.Add(GeneXML.Name()));
+      TQXGAGene& Gene = Genes.Add(GeneXML.Name());
+      LoadGene(GeneXML, Type, Gene);
+      if (FDecoding == gdAlwaysValid && (Type == gtInteger || Type == gtFloat)) { // values depend on them
+        Gene.FMinValue = TXMLNumericGeneType(GeneXML).MinValue();
+        Gene.FMaxValue = TXMLNumericGeneType(GeneXML).MaxValue();
+      }
     }
   }
   Update.End();

@@ -34,13 +34,29 @@ void TQXCustomGeneticAlgorithm::SetGeneSize(int Value) {
     RequireRoom(Population().Count(), Value);
     RememberChromosomes(*Load);
   }
+  ResizeChromosomes(Value);
   FGeneSize = Value;
   TUpdateScope Update(Population());
   for (TQXGAIndividual& Individual : Population()) {
-    Individual.Bits().SetSize(Value);
     Individual.Modified();
   }
   Update.End();
+}
+
+// All of them, or none when one cannot have that size.
+void TQXCustomGeneticAlgorithm::ResizeChromosomes(int Size) {
+  TBits::CheckSize(Size);
+  int Resized = 0;
+  try {
+    for (; Resized < Population().Count(); ++Resized) {
+      Population()[Resized].Bits().SetSize(Size);
+    }
+  } catch (...) { // those before it go back to what they had, which needs no room
+    while (Resized-- > 0) {
+      Population()[Resized].Bits().SetSize(FGeneSize);
+    }
+    throw;
+  }
 }
 
 void TQXCustomGeneticAlgorithm::SetCrossoverMethod(TGACrossoverMethod Value) {
@@ -50,6 +66,7 @@ void TQXCustomGeneticAlgorithm::SetCrossoverMethod(TGACrossoverMethod Value) {
 void TQXCustomGeneticAlgorithm::Assign(const TPersistent& Source) {
   const auto* Algorithm = SourceAs<TQXCustomGeneticAlgorithm>(Source);
   if (Algorithm != nullptr && Algorithm != this) {
+    RequireNoUse("Assign");
     Algorithm->EvaluateStale(); // may fail; then nothing has changed
     FGeneSize = Algorithm->FGeneSize;
     FCrossoverMethod = Algorithm->FCrossoverMethod;
@@ -63,6 +80,7 @@ void TQXCustomGeneticAlgorithm::Assign(const TPersistent& Source) {
 }
 
 bool TQXCustomGeneticAlgorithm::Mutate(TQXIndividual& Item) {
+  const TUse Use(*this);
   bool Allowed = true;
   TQXCustomGeneticComponent::OnMutation(*this, Item, Allowed);
   return Allowed && DoMutate(Item);

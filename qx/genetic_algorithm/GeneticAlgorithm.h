@@ -38,6 +38,7 @@ public:
 
   /// The genotype.
   TQXGAGenes& Genes();
+  const TQXGAGenes& Genes() const { return const_cast<TQXCustomGeneticAlgorithm*>(this)->Genes(); }
   /// Copies the given genes into the genotype; `GeneSize` follows when that became longer.
   void SetGenes(const TQXGAGenes& Value);
   /// Length in bits of every chromosome of the population. It follows the genotype when that grows, and never
@@ -110,6 +111,7 @@ private:
   // Raises std::length_error when a document asks for more chromosomes or bits than a load may make.
   void RequireRoom(int Chromosomes, std::int64_t Bits) const;
   void RememberChromosomes(TLoadScope& Load);
+  void ResizeChromosomes(int Size);
   int DrawCrossoverBit(int Length);
   int DrawGeneBoundary(int Length);
 

@@ -32,6 +32,7 @@ void TQXGAIndividual::SaveToXML(const TXMLNode& Node) {
 }
 
 void TQXGAIndividual::LoadFromXML(const TXMLChromosome& Chromosome) {
+  const TXMLReadScope Reading(Chromosome);
   const TXMLGenes Genes = Chromosome.Genes();
   try {
     Bits().SetAsBitString(0, Bits().Size(), Trimmed(Genes.Bits()));
@@ -85,6 +86,7 @@ void TQXGAPopulation::SaveToXML(const TXMLNode& Node) {
 }
 
 void TQXGAPopulation::LoadFromXML(const TXMLChromosomes& Chromosomes) {
+  const TXMLReadScope Reading(Chromosomes);
   const TXMLNodeList<TXMLChromosome> List = Chromosomes.Chromosome();
   if (FAlgorithm != nullptr) {
     FAlgorithm->RequireRoom(List.Count(), FAlgorithm->GeneSize());
@@ -114,6 +116,7 @@ void TQXCustomGeneticAlgorithm::SaveToXML(const TXMLGeneticAlgorithm& Document) 
 }
 
 void TQXCustomGeneticAlgorithm::LoadFromXML(const TXMLGeneticAlgorithm& Document) {
+  const TXMLReadScope Reading(Document);
   TLoadScope Load(this);
   LoadFromXML(static_cast<const TXMLGeneticDocumentType&>(Document));
   const genetic_algorithm_xml::TXMLReproductionType Reproduction = Document.Reproduction();
@@ -133,6 +136,7 @@ void TQXCustomGeneticAlgorithm::SaveToXML(const TXMLGADomainType& Domain) {
 }
 
 void TQXCustomGeneticAlgorithm::LoadFromXML(const TXMLGADomainType& Domain) {
+  const TXMLReadScope Reading(Domain);
   TLoadScope Load(this);
   SetAsideGenerations(Load);
   InitializeEmpty();
@@ -202,6 +206,10 @@ void TQXCustomGeneticAlgorithm::DefineProperties(TFiler& Filer) {
   TQXTypedGeneticComponent::DefineProperties(Filer);
   Filer.Property("CrossoverMethod", FCrossoverMethod, FCrossoverMethod != cmGeneBoundary,
                  [this](TGACrossoverMethod Value) { SetCrossoverMethod(Value); });
+  Filer.Property("Decoding", Genes().Decoding(), Genes().Decoding() != gdStrict, [this](TGADecoding Value) {
+    CurrentLoad()->OnFailure([this, Former = Genes().Decoding()] { Genes().SetDecoding(Former); });
+    Genes().SetDecoding(Value);
+  });
   std::optional<detail::TGenesReload> Reload;
   Filer.Items(
       "Genes", Genes(), [&](int /*Count*/) { Reload.emplace(Genes(), *CurrentLoad()); },

@@ -115,7 +115,7 @@ void TQXCustomGeneticProgramming<T>::DoAntiBloating(TIndividual& Parent, TIndivi
 
 template <class T>
 TGAFitness TQXCustomGeneticProgramming<T>::EvaluateFitness(TQXIndividual& Item, bool Weighted) {
-  const TUse Use(*this);
+  const typename TBase::TUse Use(*this);
   if (!Weighted && IsRuledOut(static_cast<TIndividual&>(Item))) {
     return this->UnfitFitness();
   }
@@ -322,7 +322,7 @@ void TQXCustomGeneticProgramming<T>::DoEvolve() {
   if (!this->Initialized()) {
     this->Initialize();
   }
-  const TUse Use(*this);
+  const typename TBase::TUse Use(*this);
   TBase::DoEvolve();
 }
 

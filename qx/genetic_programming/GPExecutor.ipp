@@ -85,6 +85,7 @@ void TQXCustomGeneticProgrammingExecutor<T>::SaveToXML(const TXMLGPDomainType& D
 
 template <class T>
 void TQXCustomGeneticProgrammingExecutor<T>::LoadFromXML(const TXMLGPDomainType& Domain) {
+  const TXMLReadScope Reading(Domain);
   TLoadScope Load(nullptr);
   this->MergeInstructions(Domain.Instructions(), Load);
   if (this->Instructions().Count() > 0) {

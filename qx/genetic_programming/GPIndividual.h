@@ -66,7 +66,7 @@ public:
   /// Puts a tree in the place of the subtree `Node`, which is handed out. The new one becomes the last child
   /// of its parent or, in a binary node, takes the free slot. Raises, and leaves everything as it was:
   /// std::invalid_argument when `Node` is not in this tree, and what `AddChild` of a node raises.
-  virtual TNodePointer Graft(TNode& Node, TNodePointer&& NewNode);
+  [[nodiscard]] virtual TNodePointer Graft(TNode& Node, TNodePointer&& NewNode);
   /// As `Graft`, but the new tree takes the very place of the subtree among the children of its parent. It
   /// must be detached.
   TNodePointer Replace(TNode& Node, TNodePointer&& NewNode);

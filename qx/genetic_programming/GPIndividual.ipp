@@ -413,6 +413,7 @@ void TQXGPIndividual<T>::SaveToXML(const TXMLNode& Node) {
 
 template <class T>
 void TQXGPIndividual<T>::LoadFromXML(const TXMLIndividualType& Element) {
+  const TXMLReadScope Reading(Element);
   SetName(Element.Name());
   if (DNA() == nullptr) { // what reads the tree
     AssignDNA(CreateDNA());

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -85,6 +86,12 @@ auto TQXCustomGeneticProgramming<T>::GetSimilarInstruction(const TInstruction& I
                        [&](const TInstruction& Other) { return IsSimilar(Other) && Left-- == 0; });
 }
 
+template <class T>
+auto TQXCustomGeneticProgramming<T>::AttachNew(TNode& Parent, int Index, TNodePointer Node) -> TNode& {
+  const bool HasTwoSlots = dynamic_cast<const TQXGPBinaryNode<T>*>(&Parent) != nullptr;
+  return HasTwoSlots ? Parent.AddChild(std::move(Node)) : Parent.AttachChild(Index, std::move(Node));
+}
+
 // --- Trees -------------------------------------------------------------------------------------------------
 
 template <class T>
@@ -145,12 +152,17 @@ auto TQXCustomGeneticProgramming<T>::BuildTree(const TNode* Parent, int Index, i
 }
 
 template <class T>
+class TQXCustomGeneticProgramming<T>::TTooLarge : public std::length_error {
+public:
+  using std::length_error::length_error;
+};
+
+template <class T>
 void TQXCustomGeneticProgramming<T>::RequireBuildSize(int Nodes) const {
   if (Nodes > FSettings.BuildSizeLimit) {
-    throw std::length_error(
-        "A program of more than " + std::to_string(FSettings.BuildSizeLimit) +
-        " nodes would be built; raise BuildSizeLimit, lower InitializationDepth, choose a "
-        "BloatStrategy, or declare instructions that make more different programs");
+    throw TTooLarge("A program of more than " + std::to_string(FSettings.BuildSizeLimit) +
+                    " nodes would be built; raise BuildSizeLimit, lower InitializationDepth, choose a "
+                    "BloatStrategy, or declare instructions that make more different programs");
   }
 }
 
@@ -194,15 +206,17 @@ private:
   }
 
   // Builds the program anew, after so many attempts with one more level at least, until no other has its
-  // text.
+  // text, or until so many nodes have been built that this one is left as it is.
   void MakeDifferent(TIndividual& Individual) {
     int Budget = FRetries;
-    int Attempts = 0;
     std::string Text = Individual.DNA()->ToString();
     while (FKnown.ContainsKey(Text)) {
-      RequireOtherPrograms(++Attempts);
+      RequireOtherTerminals();
+      if (!BuildAnew(Individual)) {
+        ++FComponent.FInitialDuplicates;
+        return;
+      }
       ++FRegenerated;
-      Individual.AssignDNA(Build(Individual.Index()));
       if (--Budget == 0) {
         Budget = FRetries;
         FMinimumDepth += FMinimumDepth < std::numeric_limits<int>::max() ? 1 : 0;
@@ -212,15 +226,23 @@ private:
     FKnown.Add(std::move(Text), &Individual);
   }
 
-  // Without functions a program is one terminal, and there are only so many.
-  void RequireOtherPrograms(int Attempts) const {
-    if (Attempts > FComponent.BuildSizeLimit()) {
-      throw std::length_error("After " + std::to_string(FComponent.BuildSizeLimit()) +
-                              " attempts (BuildSizeLimit) there is no program that differs from the " +
-                              std::to_string(FKnown.Count()) +
-                              " before it; declare more instructions, lower InitialPopulation, or set "
-                              "InitialDuplicatesRetries to 0");
+  bool BuildAnew(TIndividual& Individual) {
+    if (FNodesBuilt >= FComponent.DuplicatesBuildLimit()) {
+      return false;
     }
+    try {
+      Individual.AssignDNA(Build(Individual.Index()));
+    } catch (const TTooLarge&) { // so it was the level too many, for others as well
+      FMinimumDepth = std::max(FMinimumDepth - 1, 2);
+      FNodesBuilt = std::numeric_limits<std::int64_t>::max();
+      return false;
+    }
+    FNodesBuilt += Individual.DNA()->Size();
+    return true;
+  }
+
+  // Without functions a program is one terminal, and there are only so many.
+  void RequireOtherTerminals() const {
     if (FComponent.FunctionsCount() > 0) {
       return;
     }
@@ -234,11 +256,12 @@ private:
   }
 
   TQXCustomGeneticProgramming& FComponent;
-  TUse FUse;
+  typename TBase::TUse FUse;
   int FRetries;
   int FDepth;
   int FMinimumDepth = 2;
   int FRegenerated = 0;
+  std::int64_t FNodesBuilt = 0; // in place of duplicates
   TQXDictionary<std::string, TIndividual*> FKnown;
 };
 
@@ -252,6 +275,7 @@ void TQXCustomGeneticProgramming<T>::Initialize() {
 template <class T>
 int TQXCustomGeneticProgramming<T>::DoInitialize() {
   const int Retries = this->InitialDuplicatesRetries();
+  FInitialDuplicates = 0;
   for (int I = 0; I < this->Instructions().Count(); ++I) {
     this->Instructions()[I].Initialize();
   }

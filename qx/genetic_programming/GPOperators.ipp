@@ -44,7 +44,7 @@ bool TQXCustomGeneticProgramming<T>::DoCrossover(TQXIndividual& Parent1, TQXIndi
   if (Other != nullptr) {
     Child.Crossover(*Mine, *Other, *Theirs);
   } else {
-    Child.Graft(*Mine, Theirs->Clone());
+    static_cast<void>(Child.Graft(*Mine, Theirs->Clone()));
   }
   return true;
 }
@@ -56,7 +56,7 @@ bool TQXCustomGeneticProgramming<T>::DoCrossover(TQXIndividual& Parent1, TQXIndi
 template <class T>
 template <class TStep>
 bool TQXCustomGeneticProgramming<T>::ThenFlatten(TIndividual& Individual, TStep Step) {
-  const TUse Use(*this);
+  const typename TBase::TUse Use(*this);
   bool Changed = false;
   try {
     Changed = Step();
@@ -93,7 +93,7 @@ bool TQXCustomGeneticProgramming<T>::MutateByWeight(TIndividual& Individual) {
 
 template <class T>
 bool TQXCustomGeneticProgramming<T>::Mutate(TIndividual& Individual, TGPMutationMethod Method) {
-  const TUse Use(*this);
+  const typename TBase::TUse Use(*this);
   switch (Method) {
   case mmSubtree:
     return DoSubtreeMutation(Individual);

@@ -41,6 +41,7 @@ void TQXCustomGeneticProgramming<T>::SaveToXML(const TXMLGeneticProgram& Documen
 
 template <class T>
 void TQXCustomGeneticProgramming<T>::LoadFromXML(const TXMLGeneticProgram& Document) {
+  const TXMLReadScope Reading(Document);
   TLoadScope Load(this);
   LoadFromXML(static_cast<const TXMLGeneticDocumentType&>(Document));
   const TXMLGPReproductionType Reproduction = Document.Reproduction();
@@ -96,6 +97,7 @@ void TQXCustomGeneticProgramming<T>::SaveToXML(const TXMLGPDomainType& Domain) {
 // The instructions come back before the individuals, which they would send away.
 template <class T>
 void TQXCustomGeneticProgramming<T>::LoadFromXML(const TXMLGPDomainType& Domain) {
+  const TXMLReadScope Reading(Domain);
   TLoadScope Load(this);
   this->SetAsideGenerations(Load);
   this->InitializeEmpty();
@@ -113,14 +115,31 @@ void TQXCustomGeneticProgramming<T>::SaveToXML(const TXMLGPInstructions& Instruc
 
 template <class T>
 void TQXCustomGeneticProgramming<T>::LoadFromXML(const TXMLGPInstructions& Instructions) {
-  RequireNoUse();
+  const TXMLReadScope Reading(Instructions);
+  this->RequireNoUse("LoadFromXML");
   // What does not read must not get as far as a change, which would send the programs away.
   TQXGPInstructions<T> Trial(nullptr, this->Instructions().ItemClass());
   Trial.Assign(this->Instructions());
   Trial.LoadFromXML(Instructions);
   TLoadScope Load(this);
+  const int Unnamed = CountUnnamed();
   this->MergeInstructions(Instructions, Load);
+  if (CountUnnamed() > Unnamed) {
+    Load.Warn("Instructions: " + std::to_string(CountUnnamed() - Unnamed) +
+              " without a name came in addition to those that were there, as by each load: give them names");
+  }
+  for (const TInstruction* const Instruction : this->InstructionsWithoutHandler()) {
+    Load.Warn("Instructions: the function \"" + Instruction->DisplayName() +
+              "\" has no handler of OnExecute, so it evaluates to nothing but the default value");
+  }
   Load.Done();
+}
+
+template <class T>
+int TQXCustomGeneticProgramming<T>::CountUnnamed() {
+  const TQXGPInstructions<T>& Set = this->Instructions();
+  return static_cast<int>(std::count_if(
+      Set.begin(), Set.end(), [](const TInstruction& Instruction) { return Instruction.Name().empty(); }));
 }
 
 // --- Component stream --------------------------------------------------------------------------------------
@@ -160,6 +179,8 @@ void TQXCustomGeneticProgramming<T>::DefineProperties(TFiler& Filer) {
   Define("InitializationMethod", S.InitializationMethod, Defaults.InitializationMethod,
          &TThis::SetInitializationMethod);
   Define("BuildSizeLimit", S.BuildSizeLimit, Defaults.BuildSizeLimit, &TThis::SetBuildSizeLimit);
+  Define("DuplicatesBuildLimit", S.DuplicatesBuildLimit, Defaults.DuplicatesBuildLimit,
+         &TThis::SetDuplicatesBuildLimit);
   Define("PointMutationMethod", S.PointMutationMethod, Defaults.PointMutationMethod,
          &TThis::SetPointMutationMethod);
   Define("BloatStrategy", S.BloatStrategy, Defaults.BloatStrategy, &TThis::SetBloatStrategy);
@@ -198,7 +219,6 @@ void TQXCustomGeneticProgramming<T>::DefineInstructions(TFiler& Filer) {
   Filer.Items(
       "Instructions", Set,
       [&](int /*Count*/) {
-        RequireNoUse();
         TLoadScope& Load = *this->CurrentLoad();
         this->SetAsideGenerations(Load);
         Reload.emplace(Set, Load);
@@ -229,6 +249,7 @@ void TQXCustomGeneticProgramming<T>::DefineState(TFiler& Filer) {
   Filer.Field("MaxProgramDepth", S.MaxDepth);
   Filer.Field("AvgProgramDepth", S.AvgDepth);
   Filer.Field("DiscardDue", FDiscardDue);
+  Filer.Field("InitialDuplicates", FInitialDuplicates);
 }
 
 // The order in which instructions came to a list is what draws choose by.
@@ -255,7 +276,8 @@ template <class T>
 void TQXCustomGeneticProgramming<T>::Remember(TLoadScope& Load) {
   TBase::Remember(Load);
   Load.OnFailure([this, Settings = FSettings, Statistics = FStatistics, Functions = FFunctions,
-                  Terminals = FTerminals, Due = FDiscardDue] {
+                  Terminals = FTerminals, Due = FDiscardDue, Duplicates = FInitialDuplicates] {
+    FInitialDuplicates = Duplicates;
     FSettings = Settings;
     FStatistics = Statistics;
     FFunctions = Functions;

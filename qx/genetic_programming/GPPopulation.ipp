@@ -27,6 +27,7 @@ void TQXGPPopulation<T>::SaveToXML(const TXMLNode& Node) {
 
 template <class T>
 void TQXGPPopulation<T>::LoadFromXML(const TXMLGPPopulation& Element) {
+  const TXMLReadScope Reading(Element);
   this->Reload([&] {
     for (const TXMLIndividualType& Individual : Element.Individual()) {
       this->Add().LoadFromXML(Individual);

@@ -81,6 +81,14 @@ public:
   /// raises std::length_error. Default one million; values below 1 become 1.
   int BuildSizeLimit() const { return FSettings.BuildSizeLimit; }
   void SetBuildSizeLimit(int Value);
+  /// Nodes that one initialization may build, in all, in place of programs that another individual has
+  /// already; then such a program stays, and `InitialDuplicates` counts it. Default one million, which takes
+  /// less than a second; negative values become 0.
+  int DuplicatesBuildLimit() const { return FSettings.DuplicatesBuildLimit; }
+  void SetDuplicatesBuildLimit(int Value);
+  /// How many programs of the last initialization another individual had already; 0 when
+  /// `InitialDuplicatesRetries` is 0, since nobody looks then.
+  int InitialDuplicates() const { return FInitialDuplicates; }
 
   /// Relative weights of the mutation methods. Default 25, 0, 0, 25, 25, 0.
   const TGPMutationMethodWeights& MutationWeights() const { return FSettings.MutationWeights; }
@@ -198,6 +206,19 @@ public:
   virtual TNodePointer GetNode(const TNode* Parent, int Index);
   /// Of an instruction similar to that of `Node`, which must have one.
   virtual TNodePointer GetNode(const TNode* Parent, const TNode& Node, int Index);
+
+  // Each of these attaches what the one of its name above makes: to a node with a list of children at that
+  // index, 0 to their number, to one with two slots as `AddChild` does. Raises what both raise.
+  TNode& GetOperationNode(TNode& Parent, int Index) {
+    return AttachNew(Parent, Index, GetOperationNode(&Parent, Index));
+  }
+  TNode& GetTerminalNode(TNode& Parent, int Index) {
+    return AttachNew(Parent, Index, GetTerminalNode(&Parent, Index));
+  }
+  TNode& GetNode(TNode& Parent, int Index) { return AttachNew(Parent, Index, GetNode(&Parent, Index)); }
+  TNode& GetNode(TNode& Parent, const TNode& Node, int Index) {
+    return AttachNew(Parent, Index, GetNode(&Parent, Node, Index));
+  }
   /// One of the instructions of the same kind and arity, which the given one is among: one integer draw.
   /// Raises EGPException when the set has none.
   TInstruction& GetSimilarInstruction(const TInstruction& Instruction);
@@ -221,15 +242,16 @@ public:
 protected:
   std::unique_ptr<TQXPopulation> CreatePopulation(TItemClass<TQXIndividual> ItemClass) override;
 
+  void RequireChangeable(const char* Call) const override;
   void InstructionUpdate(TInstruction* Instruction) override;
   void InstructionNotify(TInstruction& Instruction, TCollectionNotification Action) override;
   /// Moves the instruction to the end of the list that its arity says.
   void InstructionOperationUpdate(TInstruction& Instruction) override;
 
   /// Makes the initial programs; the result is the number of those that were made anew because another one
-  /// had the same text. Raises EGPException when the instructions cannot make such programs, or not as many
-  /// different ones; see `BuildSizeLimit` too, which is also the number of attempts to find a program that no
-  /// other individual has. The individuals before it keep their new programs then.
+  /// had the same text; see `DuplicatesBuildLimit`. Raises EGPException when the instructions cannot make
+  /// such programs, or, without functions, not as many different ones; see `BuildSizeLimit` too. The
+  /// individuals before it keep their new programs then.
   int DoInitialize() override;
   /// Builds a tree of that many levels for a place (see `GetNode`): with a function wherever there is room
   /// for its arguments, and with any instruction there.
@@ -302,6 +324,7 @@ private:
     int InitializationDepth = 0;
     TGPInitializationMethod InitializationMethod = imFull;
     int BuildSizeLimit = 1'000'000;
+    int DuplicatesBuildLimit = 1'000'000;
     TGPMutationMethodWeights MutationWeights = DefaultMutationWeights;
     int MutationWeightSum = SumOfWeights(DefaultMutationWeights);
     TGPPointMutationMethod PointMutationMethod = pmmPerNode;
@@ -321,19 +344,22 @@ private:
   };
   using TInstructionList = std::vector<TInstruction*>;
   class TInitialPrograms;
-  class TUse;
+  class TTooLarge;
   struct TMeasureCounts;
 
-  void RequireNoUse();
   void DiscardPrograms();
+  int CountUnnamed();
   void DefineInstructions(TFiler& Filer);
   static TInstruction& ItemAt(const TInstructionList& List, int Index, const char* What);
+  bool Unlist(const TInstruction& Instruction);
+  static bool EraseLast(TInstructionList& List, const TInstruction* Instruction);
   static void MoveWhere(bool WantsFunction, TInstructionList& From, TInstructionList& To);
   void AssignWith(const TPersistent& Source, void (TQXGPInstructions<T>::*CopySet)(const TPersistent&));
   void DefineOrder(TFiler& Filer, std::string_view Name, TInstructionList& List);
   void RequireSameNodes(TQXCustomGeneticProgramming& Source);
 
   TNodePointer MakeNodeFor(TInstruction* Instruction);
+  static TNode& AttachNew(TNode& Parent, int Index, TNodePointer Node);
   TNodePointer NewNode(TInstruction& Instruction);
   TNodePointer BuildTree(const TNode* Parent, int Index, int Depth, bool Full);
   void RequireBuildSize(int Nodes) const;
@@ -362,10 +388,9 @@ private:
   TProgramStatistics FStatistics;
   TInstructionList FFunctions;
   TInstructionList FTerminals;
+  int FInitialDuplicates = 0;
   bool FPointMutated = false; // by the point mutation under way
-  // Whether individuals or nodes are in use, and whether the set has changed meanwhile all the same.
-  int FInUse = 0;
-  bool FDiscardDue = false;
+  bool FDiscardDue = false;   // the set has changed while programs were in use
 };
 
 extern template class TQXCustomGeneticProgramming<TGAFloat>;

@@ -46,27 +46,6 @@ auto TQXCustomGeneticProgramming<T>::ItemAt(const TInstructionList& List, int In
   return *List[static_cast<std::size_t>(Index)];
 }
 
-// Lasts while individuals or nodes are in somebody's hands.
-template <class T>
-class TQXCustomGeneticProgramming<T>::TUse {
-public:
-  explicit TUse(TQXCustomGeneticProgramming& Component) : FCount(Component.FInUse) { ++FCount; }
-  TUse(const TUse&) = delete;
-  TUse& operator=(const TUse&) = delete;
-  ~TUse() { --FCount; }
-
-private:
-  int& FCount;
-};
-
-template <class T>
-void TQXCustomGeneticProgramming<T>::RequireNoUse() {
-  if (FInUse > 0) {
-    throw std::logic_error("The instructions of " + this->ClassName() +
-                           " cannot be changed while its programs are made, changed or evaluated");
-  }
-}
-
 template <class T>
 void TQXCustomGeneticProgramming<T>::DiscardPrograms() {
   FDiscardDue = false;
@@ -74,13 +53,50 @@ void TQXCustomGeneticProgramming<T>::DiscardPrograms() {
   this->DiscardGenerations();
 }
 
+// A single instruction is moved without a look at the others, so that n changes cost n.
 template <class T>
-void TQXCustomGeneticProgramming<T>::InstructionUpdate(TInstruction* /*Instruction*/) {
-  MoveWhere(false, FFunctions, FTerminals);
-  MoveWhere(true, FTerminals, FFunctions);
-  FDiscardDue = true; // also when it is too early for it
-  RequireNoUse();
+void TQXCustomGeneticProgramming<T>::InstructionUpdate(TInstruction* Instruction) {
+  const bool Alone = Instruction != nullptr && this->Instructions().OnlyFlipped(*Instruction);
+  if (Alone) {
+    TInstructionList& From = Instruction->Arity() > 0 ? FTerminals : FFunctions;
+    TInstructionList& To = Instruction->Arity() > 0 ? FFunctions : FTerminals;
+    if (EraseLast(From, Instruction)) {
+      To.push_back(Instruction);
+    }
+  } else if (this->Instructions().AnyFlipped()) {
+    MoveWhere(false, FFunctions, FTerminals);
+    MoveWhere(true, FTerminals, FFunctions);
+  }
+  this->Instructions().ForgetFlipped();
+  FDiscardDue = true; // also when it is too early for it: an update that was open ends in a handler
+  this->RequireNoUse("EndUpdate");
   DiscardPrograms();
+}
+
+// Looks for it from the end, where what came last is.
+template <class T>
+bool TQXCustomGeneticProgramming<T>::EraseLast(TInstructionList& List, const TInstruction* Instruction) {
+  const auto Found = std::find(List.rbegin(), List.rend(), Instruction);
+  if (Found == List.rend()) {
+    return false;
+  }
+  List.erase(std::prev(Found.base()));
+  return true;
+}
+
+// Takes it out of the list that has it; looks at both from their ends at once, since it is in one only.
+template <class T>
+bool TQXCustomGeneticProgramming<T>::Unlist(const TInstruction& Instruction) {
+  const std::size_t Longest = std::max(FFunctions.size(), FTerminals.size());
+  for (std::size_t Distance = 1; Distance <= Longest; ++Distance) {
+    for (TInstructionList* const List : {&FFunctions, &FTerminals}) {
+      if (Distance <= List->size() && (*List)[List->size() - Distance] == &Instruction) {
+        List->erase(List->end() - static_cast<std::ptrdiff_t>(Distance));
+        return true;
+      }
+    }
+  }
+  return false;
 }
 
 // Moves the instructions that do or do not take arguments to the end of the other list, in their order.
@@ -99,21 +115,24 @@ void TQXCustomGeneticProgramming<T>::InstructionNotify(TInstruction& Instruction
                                                        TCollectionNotification Action) {
   if (Action == cnAdded) {
     (Instruction.Arity() > 0 ? FFunctions : FTerminals).push_back(&Instruction);
-    FDiscardDue = true;
   }
-  RequireNoUse(); // then one that was about to go stays
   DiscardPrograms();
   if (Action != cnAdded) {
-    std::erase(FTerminals, &Instruction);
-    std::erase(FFunctions, &Instruction);
+    Unlist(Instruction);
   }
 }
 
 template <class T>
+void TQXCustomGeneticProgramming<T>::RequireChangeable(const char* Call) const {
+  this->RequireNoUse(Call);
+}
+
+template <class T>
 void TQXCustomGeneticProgramming<T>::InstructionOperationUpdate(TInstruction& Instruction) {
-  if (std::erase(FTerminals, &Instruction) + std::erase(FFunctions, &Instruction) > 0) {
+  if (Unlist(Instruction)) {
     (Instruction.Arity() > 0 ? FFunctions : FTerminals).push_back(&Instruction);
   }
+  this->Instructions().ForgetFlipped(Instruction);
 }
 
 // --- Settings ----------------------------------------------------------------------------------------------
@@ -136,6 +155,11 @@ void TQXCustomGeneticProgramming<T>::SetInitializationMethod(TGPInitializationMe
 template <class T>
 void TQXCustomGeneticProgramming<T>::SetBuildSizeLimit(int Value) {
   FSettings.BuildSizeLimit = std::max(Value, 1);
+}
+
+template <class T>
+void TQXCustomGeneticProgramming<T>::SetDuplicatesBuildLimit(int Value) {
+  FSettings.DuplicatesBuildLimit = std::max(Value, 0);
 }
 
 template <class T>
@@ -195,6 +219,7 @@ void TQXCustomGeneticProgramming<T>::AssignWith(const TPersistent& Source,
                                                 void (TQXGPInstructions<T>::*CopySet)(const TPersistent&)) {
   const auto* const Component = this->template SourceAs<TQXCustomGeneticProgramming>(Source);
   if (Component != nullptr && Component != this) {
+    this->RequireNoUse("Assign");
     RequireSameNodes(const_cast<TQXCustomGeneticProgramming&>(*Component)); // changes nothing
     Component->EvaluateStale(); // may fail; then nothing has changed
     FSettings = Component->FSettings;

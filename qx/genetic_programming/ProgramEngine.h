@@ -34,6 +34,18 @@ public:
   /// Copies the given instructions, without their handlers, into the own set.
   void SetInstructions(const TQXGPInstructions<T>& Value) { Instructions().Assign(Value); }
 
+  /// The functions that nothing is known to execute: they have no handler of `OnExecute`, and their class
+  /// does not override the evaluation. Such a function evaluates to the default value.
+  std::vector<TInstruction*> InstructionsWithoutHandler() {
+    std::vector<TInstruction*> Found;
+    for (TInstruction& Instruction : Instructions()) {
+      if (Instruction.IsWithoutHandler()) {
+        Found.push_back(&Instruction);
+      }
+    }
+    return Found;
+  }
+
   /// A detached node for an instruction or for none, of this component's node class; with `MakeNode`.
   TNodePointer CreateNode(TInstruction* Instruction) override {
     return MakeNode<TQXGPTreeNode<T>>(Instruction);

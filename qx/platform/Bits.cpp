@@ -7,7 +7,7 @@
 
 namespace qx {
 
-void TBits::SetSize(int Value) {
+void TBits::CheckSize(int Value) {
   if (Value < 0) {
     throw std::out_of_range("Size of a bit vector must not be negative (" + std::to_string(Value) + ")");
   }
@@ -15,6 +15,10 @@ void TBits::SetSize(int Value) {
     throw std::length_error("A bit vector holds up to " + std::to_string(MaxSize) + " bits, not " +
                             std::to_string(Value));
   }
+}
+
+void TBits::SetSize(int Value) {
+  CheckSize(Value);
   const std::size_t Before = WordCount();
   Reserve((static_cast<std::size_t>(Value) + 63) / 64, true);
   FSize = Value;

@@ -20,6 +20,8 @@ public:
   /// Keeps the bits that stay and fills new places with 0. Raises std::out_of_range for a negative size and
   /// std::length_error for one above `MaxSize`.
   void SetSize(int Value);
+  /// Raises what `SetSize` raises for that size.
+  static void CheckSize(int Value);
 
   /// Raises std::out_of_range, as `SetBits`.
   bool Bits(int Index) const;

@@ -28,6 +28,11 @@ TCollectionItem& TOwnedCollection::Insert(int Index) {
 }
 
 TCollectionItem& TOwnedCollection::Insert(int Index, std::unique_ptr<TCollectionItem> Item) {
+  return Take(Index, Item);
+}
+
+// When it raises, `Item` still has the item, unless a receiver has taken it out.
+TCollectionItem& TOwnedCollection::Take(int Index, std::unique_ptr<TCollectionItem>& Item) {
   CheckInsertIndex(Index);
   if (!Item) {
     throw std::invalid_argument("No item to insert into the " + ClassName());
@@ -35,7 +40,12 @@ TCollectionItem& TOwnedCollection::Insert(int Index, std::unique_ptr<TCollection
   RequireAccepted(*Item);
   TCollectionItem& Inserted = Place(Index, std::move(Item), FNextID);
   ++FNextID;
-  Notify(Inserted, cnAdded);
+  try {
+    Notify(Inserted, cnAdded);
+  } catch (...) {
+    Item = Reject(Inserted);
+    throw;
+  }
   Changed();
   return Inserted;
 }
@@ -56,10 +66,25 @@ TCollectionItem& TOwnedCollection::Place(int Index, std::unique_ptr<TCollectionI
   return Placed;
 }
 
+// Takes an item out again whose coming somebody has refused; who heard of it hears that it goes.
+std::unique_ptr<TCollectionItem> TOwnedCollection::Reject(TCollectionItem& Item) {
+  const auto Place =
+      std::find_if(FItems.begin(), FItems.end(), [&](const auto& Slot) { return Slot.get() == &Item; });
+  if (Place == FItems.end()) { // a receiver has taken it out
+    return nullptr;
+  }
+  try {
+    return Remove(Item, cnExtracted);
+  } catch (...) { // nobody can keep it here
+    return Unlink(Item, Count());
+  }
+}
+
 std::unique_ptr<TCollectionItem> TOwnedCollection::Extract(TCollectionItem& Item) {
   if (Item.FCollection != this) {
     throw std::invalid_argument("The item to extract is not in this " + ClassName());
   }
+  RequireRemovable("Extract");
   const int ID = Item.FID;
   const int Index = Item.FIndex;
   std::unique_ptr<TCollectionItem> Extracted = Remove(Item, cnExtracted);
@@ -75,8 +100,10 @@ std::unique_ptr<TCollectionItem> TOwnedCollection::Extract(TCollectionItem& Item
 }
 
 void TOwnedCollection::Delete(int Index) {
+  TCollectionItem& Item = *FItems[CheckedIndex(Index)];
+  RequireRemovable("Delete");
   // The item lives until the list is whole again and its update has been sent.
-  const std::unique_ptr<TCollectionItem> Deleted = Remove(*FItems[CheckedIndex(Index)], cnDeleted);
+  const std::unique_ptr<TCollectionItem> Deleted = Remove(Item, cnDeleted);
   Changed();
 }
 
@@ -84,6 +111,7 @@ void TOwnedCollection::Clear() {
   if (FItems.empty()) {
     return;
   }
+  RequireRemovable("Clear");
   TUpdateScope Update(*this);
   while (!FItems.empty()) {
     Remove(*FItems.back(), cnDeleted);
@@ -115,6 +143,7 @@ void TOwnedCollection::Assign(const TPersistent& Source) {
     TPersistent::Assign(Source);
     return;
   }
+  RequireRemovable("Assign");
   TUpdateScope Update(*this);
   Clear();
   FItems.reserve(List->FItems.size());
@@ -153,6 +182,7 @@ void TOwnedCollection::RequireAccepted(const TCollectionItem& Item) const {
   if (!Accepts(Item)) {
     throw std::invalid_argument("A " + ClassName() + " does not hold items of class " + Item.ClassName());
   }
+  RequireInsertable();
 }
 
 void TOwnedCollection::CheckInsertIndex(int Index) const {
@@ -171,7 +201,12 @@ std::unique_ptr<TCollectionItem> TOwnedCollection::Remove(TCollectionItem& Item,
                                                           TCollectionNotification Action) {
   const int Index = Item.FIndex;
   Notify(Item, Action);
-  // The receiver may have moved the item, or taken it out and freed it.
+  return Unlink(Item, Index);
+}
+
+// The result is nullptr when the item is not here: whoever was notified may have taken it out and freed it,
+// or moved it from the place where it was.
+std::unique_ptr<TCollectionItem> TOwnedCollection::Unlink(TCollectionItem& Item, int Index) {
   auto Place = FItems.begin() + std::min(Index, Count());
   if (Place == FItems.end() || Place->get() != &Item) {
     Place = std::find_if(FItems.begin(), FItems.end(), [&](const auto& Slot) { return Slot.get() == &Item; });
@@ -214,7 +249,7 @@ TCollectionItem* TSetAsideItems::BringBack(int Index) {
   if (!FCollection.Accepts(*Item)) {
     return nullptr;
   }
-  return &FCollection.Insert(FCollection.Count(), std::move(Item));
+  return &FCollection.Take(FCollection.Count(), Item);
 }
 
 void TSetAsideItems::Restore() {

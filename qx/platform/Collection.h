@@ -75,7 +75,7 @@ public:
 
   /// Makes an item and appends it.
   TCollectionItem& Add() { return Insert(Count()); }
-  /// Makes an item and inserts it at `Index`, 0 to `Count`.
+  /// Makes an item and inserts it at `Index`, 0 to `Count`. When those that hear of it raise, it goes again.
   TCollectionItem& Insert(int Index);
   /// Takes over a whole item that belongs to no collection. Raises std::invalid_argument for nullptr and for
   /// an item of a class that the collection does not hold.
@@ -99,6 +99,10 @@ public:
 protected:
   /// Whether an item handed to `Insert` is of a class that this collection holds.
   virtual bool Accepts(const TCollectionItem& Item) const;
+  /// Called before an item comes, and before items are taken out or freed with the name of the call: an
+  /// override raises to refuse it.
+  virtual void RequireInsertable() const {}
+  virtual void RequireRemovable(const char* /*Call*/) const {}
   /// Called once for each item that comes (it is in its place already) or goes (it still is in its place).
   virtual void Notify(TCollectionItem& Item, TCollectionNotification Action);
   /// Called when an item changed, or with nullptr when the whole list did.
@@ -122,9 +126,12 @@ private:
   [[noreturn]] void RaiseIndexError(int Index) const;
   void CheckInsertIndex(int Index) const;
   void RequireAccepted(const TCollectionItem& Item) const;
+  TCollectionItem& Take(int Index, std::unique_ptr<TCollectionItem>& Item);
   TCollectionItem& Place(int Index, std::unique_ptr<TCollectionItem> Item, int ID);
+  std::unique_ptr<TCollectionItem> Reject(TCollectionItem& Item);
   void Renumber(std::size_t From, std::size_t To);
   std::unique_ptr<TCollectionItem> Remove(TCollectionItem& Item, TCollectionNotification Action);
+  std::unique_ptr<TCollectionItem> Unlink(TCollectionItem& Item, int Index);
   void ItemChanged(TCollectionItem& Item) {
     if (FUpdateCount == 0) {
       Update(&Item);

@@ -1,7 +1,10 @@
 #include <qx/platform/Collection.h>
 #include <qx/platform/CollectionItem.h>
 
+#include <algorithm>
+#include <memory>
 #include <stdexcept>
+#include <utility>
 
 namespace qx {
 
@@ -13,7 +16,17 @@ void TCollectionItem::SetCollection(TOwnedCollection& Value) {
     throw std::logic_error("The " + ClassName() + " is in no collection: hand it over with Insert");
   }
   Value.RequireAccepted(*this);
-  Value.Insert(Value.Count(), FCollection->Extract(*this));
+  TOwnedCollection& Former = *FCollection;
+  const int Place = FIndex;
+  std::unique_ptr<TCollectionItem> Self = Former.Extract(*this);
+  try {
+    Value.Take(Value.Count(), Self);
+  } catch (...) {
+    if (Self != nullptr) { // it stays where it was
+      Former.Insert(std::min(Place, Former.Count()), std::move(Self));
+    }
+    throw;
+  }
 }
 
 void TCollectionItem::SetIndex(int Value) {

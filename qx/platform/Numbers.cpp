@@ -94,6 +94,11 @@ double RoundedToDigits(double Value, int Digits) {
 
 std::optional<double> ParseReal(std::string_view Text) { return Parse<double>(Text); }
 
+bool IsRealBeyondRange(std::string_view Text) {
+  const std::optional<double> Value = ParseReal(Text);
+  return Value && std::isinf(*Value) && Text.find_first_of("0123456789") != std::string_view::npos;
+}
+
 std::optional<std::int64_t> ParseInteger(std::string_view Text) { return Parse<std::int64_t>(Text); }
 
 } // namespace qx

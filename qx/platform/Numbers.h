@@ -23,6 +23,8 @@ double RoundedToDigits(double Value, int Digits);
 /// a whole one that the type cannot hold. A real beyond the range of a double is infinite or 0; reals may be
 /// written "INF", "-INF" and "NaN", whatever the case.
 std::optional<double> ParseReal(std::string_view Text);
+/// Whether the text is that of a finite number that no double can be.
+bool IsRealBeyondRange(std::string_view Text);
 std::optional<std::int64_t> ParseInteger(std::string_view Text);
 
 } // namespace qx

@@ -198,7 +198,19 @@ TXMLNode TXMLNode::FindChild(std::string_view Tag) const {
 
 TXMLNode TXMLNode::Child(std::string_view Tag) const {
   TXMLNode Found = FindChild(Tag);
-  return Found ? Found : AddChild(Tag);
+  return Found || FTree == nullptr || FTree->Readers > 0 ? Found : AddChild(Tag);
+}
+
+TXMLReadScope::TXMLReadScope(const TXMLNode& Node) : FTree(Node.FTree) {
+  if (FTree != nullptr) {
+    ++FTree->Readers;
+  }
+}
+
+TXMLReadScope::~TXMLReadScope() {
+  if (FTree != nullptr) {
+    --FTree->Readers;
+  }
 }
 
 TXMLNode TXMLNode::AddChild(std::string_view Tag) const {

@@ -44,6 +44,9 @@ struct TXMLLimits {
   std::size_t Elements = 50'000'000;
   /// Bytes of one attribute's value.
   std::size_t Attribute = std::size_t{1} << 20;
+  /// The largest number of individuals, contestants or attempts that a setting read from a document or stream
+  /// may ask for.
+  int Count = 1'000'000;
 };
 
 /// The limits of every read that is given none; a host may change them.
@@ -100,7 +103,7 @@ public:
   /// The first child element of that tag, or none.
   TXMLNode FindChild(std::string_view Tag) const;
   bool HasChild(std::string_view Tag) const { return static_cast<bool>(FindChild(Tag)); }
-  /// The same, but made when there is none.
+  /// The same, but made when there is none, unless the document is being read (see `TXMLReadScope`).
   TXMLNode Child(std::string_view Tag) const;
   /// Appends an element. Raises std::invalid_argument for an illegal tag; `XMLTag` makes any text a legal
   /// one.
@@ -142,6 +145,7 @@ public:
 
 private:
   friend class TXMLDocument;
+  friend class TXMLReadScope;
   TXMLNode(std::shared_ptr<detail::TXMLTree> Tree, pugi::xml_node_struct* Node)
       : FTree(std::move(Tree)), FNode(Node) {}
   // The handle of another element of the document.
@@ -149,6 +153,18 @@ private:
 
   std::shared_ptr<detail::TXMLTree> FTree;
   pugi::xml_node_struct* FNode = nullptr;
+};
+
+/// Lasts while a document is read: what it lacks reads as empty, and is not added by `Child`.
+class TXMLReadScope {
+public:
+  explicit TXMLReadScope(const TXMLNode& Node);
+  TXMLReadScope(const TXMLReadScope&) = delete;
+  TXMLReadScope& operator=(const TXMLReadScope&) = delete;
+  ~TXMLReadScope();
+
+private:
+  std::shared_ptr<detail::TXMLTree> FTree;
 };
 
 /// A legal tag made of any text: characters that no tag can hold there become "_".

@@ -16,6 +16,7 @@ namespace qx::detail {
 struct TXMLTree {
   std::string Source; // what was parsed, as UTF-8; empty for a new document
   pugi::xml_document Document;
+  int Readers = 0; // scopes in which nothing is added
 };
 
 /// Raises EXMLError at a byte of the text.

@@ -109,6 +109,9 @@ public:
   /// Evaluates a node of this instruction. More children than arguments are no error. Raises EGPException
   /// when there are fewer; std::invalid_argument when a variable has no context.
   virtual T Execute(TQXGPNode<T>& Node, TQXGPContext<T>* Context);
+  /// Whether this is a function that has neither a handler of `OnExecute` nor a class of its own to evaluate
+  /// it.
+  bool IsWithoutHandler() const;
   /// Prepares the instruction for a run.
   virtual void Initialize() { OnInitialize(*this); }
 
@@ -159,10 +162,8 @@ private:
   template <class>
   friend struct TInstructionContent;
 
-  void StoreArity(int Value) {
-    FArity = Value;
-    FEvaluation = evNotKnown;
-  }
+  void RequireChangeable(const char* Call) const;
+  void StoreArity(int Value);
   void StoreOperation(TGPGeneticInstruction Value) {
     FOperation = Value;
     FEvaluation = evNotKnown;

@@ -28,6 +28,7 @@ void TQXGPInstruction<T>::SetName(std::string_view Value) {
   if (FSet != nullptr && FSet->IndexOf(Value) >= 0) {
     throw EGPException(std::string(SInstructionNotUnique));
   }
+  RequireChangeable("SetName");
   StoreName(Value);
   Changed(false);
 }
@@ -37,6 +38,7 @@ void TQXGPInstruction<T>::SetArity(int Value) {
   if (Value == FArity) {
     return;
   }
+  RequireChangeable("SetArity");
   if (Value < 0) {
     StoreArity(0);
   } else {
@@ -54,6 +56,7 @@ void TQXGPInstruction<T>::SetOperation(TGPGeneticInstruction Value) {
   if (CheckedEnum(Value, "Operation") == FOperation) {
     return;
   }
+  RequireChangeable("SetOperation");
   StoreOperation(Value);
   if (Value != gpFunction) {
     SetArity(0);
@@ -98,6 +101,11 @@ T TQXGPInstruction<T>::DoExecute(TQXGPNode<T>& Node, TQXGPContext<T>* Context) {
 }
 
 template <class T>
+bool TQXGPInstruction<T>::IsWithoutHandler() const {
+  return FOperation == gpFunction && OnExecute == nullptr && typeid(*this) == PlainClass();
+}
+
+template <class T>
 void TQXGPInstruction<T>::LearnEvaluation() {
   FEvaluation = evInFull;
   if (typeid(*this) != PlainClass()) {
@@ -121,6 +129,7 @@ void TQXGPInstruction<T>::Assign(const TPersistent& Source) {
     TCollectionItem::Assign(Source);
     return;
   }
+  RequireChangeable("Assign");
   StoreName(Instruction->FName);
   FComment = Instruction->FComment;
   StoreArity(Instruction->FArity);
@@ -148,6 +157,8 @@ std::string TQXGPInstruction<T>::ToString() const {
 
 template <class T>
 void TQXGPInstruction<T>::LoadFromXML(const TXMLInstructionType& Element) {
+  const TXMLReadScope Reading(Element);
+  RequireChangeable("LoadFromXML");
   const std::string Name = Element.Name();
   const int Arity = Element.IsFunction() ? TXMLFunctionInstructionType(Element).Arity() : 0;
   const bool Renamed = Name != DisplayName();
@@ -209,6 +220,22 @@ void TQXGPInstruction<T>::SaveNames(const TXMLInstructionType& Element) const {
 }
 
 template <class T>
+void TQXGPInstruction<T>::RequireChangeable(const char* Call) const {
+  if (FSet != nullptr) {
+    FSet->RequireChangeable(Call);
+  }
+}
+
+template <class T>
+void TQXGPInstruction<T>::StoreArity(int Value) {
+  if (FSet != nullptr && (Value > 0) != (FArity > 0)) {
+    FSet->Flip(*this);
+  }
+  FArity = Value;
+  FEvaluation = evNotKnown;
+}
+
+template <class T>
 void TQXGPInstruction<T>::OperationChanged() {
   if (FSet != nullptr) {
     FSet->InstructionOperationUpdate(*this);
@@ -247,6 +274,9 @@ template <class T>
 void TQXGPInstruction<T>::LeaveSet() {
   if (FSet != nullptr && !FName.empty()) {
     FSet->FIndex.erase(FSet->PlaceInIndex(*this));
+  }
+  if (FSet != nullptr) {
+    FSet->ForgetFlipped(*this);
   }
   FSet = nullptr;
 }

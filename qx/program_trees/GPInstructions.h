@@ -37,12 +37,33 @@ public:
   /// name, else the one of that name. Raises EGPException when there is none.
   TQXGPInstruction<T>& Counterpart(const TQXGPInstruction<T>& Foreign) const;
 
+  void Move(int From, int To) override;
   /// Replaces the instructions by copies of those of another set of the same kind, handlers included; does
   /// nothing for any other source.
   void AssignAll(const TPersistent& Source);
 
   /// Tells the engine that an instruction's kind changed.
   virtual void InstructionOperationUpdate(TQXGPInstruction<T>& Instruction);
+  /// Raises what the engine raises when it cannot do with a change now.
+  void RequireChangeable(const char* Call) const {
+    if (FEngine != nullptr) {
+      FEngine->RequireChangeable(Call);
+    }
+  }
+
+  // Instructions that began or ceased to take arguments since `ForgetFlipped`: whether there are some, and
+  // whether this is the only one.
+  bool AnyFlipped() const { return FFlipped != nullptr || FManyFlipped; }
+  bool OnlyFlipped(const TQXGPInstruction<T>& Instruction) const {
+    return FFlipped == &Instruction && !FManyFlipped;
+  }
+  void ForgetFlipped(const TQXGPInstruction<T>& Instruction) {
+    FFlipped = FFlipped == &Instruction ? nullptr : FFlipped;
+  }
+  void ForgetFlipped() {
+    FFlipped = nullptr;
+    FManyFlipped = false;
+  }
 
   /// Merges the elements into the set: an instruction of an element's name reads it, else a new one does.
   /// Functions come first, then variables, constants, float constants and variant constants. Raises
@@ -54,6 +75,8 @@ public:
 protected:
   /// Into a string list: one line for each instruction, its display name, with the instruction as object.
   void AssignTo(TPersistent& Dest) const override;
+  void RequireInsertable() const override;
+  void RequireRemovable(const char* Call) const override;
   void Notify(TCollectionItem& Item, TCollectionNotification Action) override;
   void Update(TCollectionItem* Item) override;
 
@@ -81,10 +104,16 @@ private:
 
   typename TIndex::const_iterator PlaceInIndex(const TQXGPInstruction<T>& Instruction) const;
   void Rename(TQXGPInstruction<T>& Instruction, std::string Name);
+  void Flip(const TQXGPInstruction<T>& Instruction) {
+    FManyFlipped = FManyFlipped || (FFlipped != nullptr && FFlipped != &Instruction);
+    FFlipped = &Instruction;
+  }
   void LoadItemFromXML(const TXMLInstructionType& Element);
 
   IQXGeneticProgramEngine<T>* FEngine;
   TIndex FIndex;
+  const TQXGPInstruction<T>* FFlipped = nullptr;
+  bool FManyFlipped = false;
 };
 
 extern template class TQXGPInstructions<TGAFloat>;

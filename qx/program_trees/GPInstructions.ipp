@@ -65,6 +65,12 @@ TQXGPInstruction<T>& TQXGPInstructions<T>::Counterpart(const TQXGPInstruction<T>
 }
 
 template <class T>
+void TQXGPInstructions<T>::Move(int From, int To) {
+  RequireChangeable("Move");
+  TBase::Move(From, To);
+}
+
+template <class T>
 void TQXGPInstructions<T>::AssignAll(const TPersistent& Source) {
   const auto* const Set = this->template SourceAs<TQXGPInstructions>(Source);
   if (Set == nullptr || Set == this) {
@@ -89,10 +95,13 @@ void TQXGPInstructions<T>::InstructionOperationUpdate(TQXGPInstruction<T>& Instr
 
 template <class T>
 void TQXGPInstructions<T>::LoadFromXML(const TXMLGPInstructions& Element) {
+  const TXMLReadScope Reading(Element);
   const auto Functions = Element.Function();
   for (const TXMLFunctionInstructionType& Function : Functions) {
     static_cast<void>(Function.Arity()); // may be none; then nothing has changed
   }
+  RequireChangeable("LoadFromXML");
+  TUpdateScope Update(*this);
   const auto Load = [this](const auto& List) {
     for (const auto& Item : List) {
       LoadItemFromXML(Item);
@@ -103,6 +112,7 @@ void TQXGPInstructions<T>::LoadFromXML(const TXMLGPInstructions& Element) {
   Load(Element.Constant());
   Load(Element.FloatConstant());
   Load(Element.VariantConstant());
+  Update.End();
 }
 
 template <class T>
@@ -136,6 +146,16 @@ void TQXGPInstructions<T>::AssignTo(TPersistent& Dest) const {
     Lines->AddObject(Instruction.DisplayName(), &Instruction);
   }
   Update.End();
+}
+
+template <class T>
+void TQXGPInstructions<T>::RequireInsertable() const {
+  RequireChangeable("Insert");
+}
+
+template <class T>
+void TQXGPInstructions<T>::RequireRemovable(const char* Call) const {
+  RequireChangeable(Call);
 }
 
 template <class T>

@@ -58,10 +58,12 @@ public:
 
   /// The node above, or nullptr.
   TQXGPNode* Parent() const { return FParent; }
-  /// Moves a node that has a parent to another one, as its last child, or takes it out of its parent and
-  /// returns it. Raises, and leaves all nodes as they were: what `AddChild` raises; std::logic_error when the
-  /// node has no parent, because then its owner must hand it over.
-  TPointer SetParent(TQXGPNode* Value);
+  /// Moves a node that has a parent to another one, as its last child. Raises, and leaves all nodes as they
+  /// were: what `AddChild` raises; std::invalid_argument for nullptr; std::logic_error when the node has no
+  /// parent, because then its owner must hand it over.
+  void SetParent(TQXGPNode* Value);
+  /// Takes the node out of its parent and hands it out: what is not kept is freed. nullptr when it has none.
+  [[nodiscard]] TPointer SetParent(std::nullptr_t);
 
   const T& Value() const { return FValue; }
   virtual void SetValue(const T& Value) { FValue = Value; }
@@ -92,7 +94,7 @@ public:
   /// node, in that slot when it is free, else in the other one. Raises as `AddChild`.
   virtual TQXGPNode& AttachChild(int Index, TPointer&& Node) = 0;
   /// Hands a child out. Raises std::invalid_argument when it is none of this node.
-  virtual TPointer ExtractChild(TQXGPNode& Node);
+  [[nodiscard]] virtual TPointer ExtractChild(TQXGPNode& Node);
   /// Frees the children; the value becomes the default one, and the instruction nullptr.
   virtual void Clear();
 
@@ -215,6 +217,7 @@ protected:
   }
   std::uint32_t FSlotCount = 0;
   std::uint8_t FSlotSpace = 0;
+  bool FHasOneTwice = false; // a child may stand at more than one place
 
 private:
   template <class TNode>

@@ -33,18 +33,22 @@ TQXGPNode<T>::~TQXGPNode() {
 // --- Links -------------------------------------------------------------------------------------------------
 
 template <class T>
-auto TQXGPNode<T>::SetParent(TQXGPNode* Value) -> TPointer {
+void TQXGPNode<T>::SetParent(TQXGPNode* Value) {
+  if (Value == nullptr) {
+    throw std::invalid_argument("There is no node to be the parent; SetParent(nullptr) takes a node out");
+  }
   if (Value == FParent) {
-    return nullptr;
+    return;
   }
   if (FParent == nullptr) {
     throw std::logic_error("A node without a parent is handed over by its owner, with AddChild");
   }
-  if (Value == nullptr) {
-    return FParent->ExtractChild(*this);
-  }
   Value->AddChild(*this);
-  return nullptr;
+}
+
+template <class T>
+auto TQXGPNode<T>::SetParent(std::nullptr_t) -> TPointer {
+  return FParent != nullptr ? FParent->ExtractChild(*this) : nullptr;
 }
 
 template <class T>
@@ -103,6 +107,7 @@ TQXGPNode<T>& TQXGPNode<T>::Attach(std::size_t Slot, TPointer&& Node) {
   RequireAttachable(Node.get());
   TQXGPNode& Attached = *Node;
   StoreChild(Slot, Attached);
+  FHasOneTwice = FHasOneTwice || Attached.FParent == this;
   if (TQXGPNode* const Former = Attached.FParent; Former != nullptr && Former != this) {
     try {
       static_cast<void>(Former->ExtractChild(Attached).release());

@@ -16,6 +16,7 @@ namespace qx::generics {
 
 template <class T>
 void TQXGPNode<T>::LoadFromXML(const TXMLDnaType& Element) {
+  const TXMLReadScope Reading(Element);
   struct TLevel {
     TQXGPNode* Node = nullptr;
     TXMLNode Next; // the element from which on the node's children have not been read

@@ -83,6 +83,10 @@ void TQXGPTreeNode<T>::StoreChild(std::size_t Slot, TQXGPNode<T>& Node) {
 template <class T>
 void TQXGPTreeNode<T>::DropChild(const TQXGPNode<T>& Node) noexcept {
   TQXGPNode<T>** const Slots = this->SlotArray();
+  if (!this->FHasOneTwice && this->FSlotCount > 0 && Slots[this->FSlotCount - 1] == &Node) {
+    --this->FSlotCount;
+    return;
+  }
   const auto* const End = std::remove(Slots, Slots + this->FSlotCount, &Node);
   this->FSlotCount = static_cast<std::uint32_t>(End - Slots);
 }

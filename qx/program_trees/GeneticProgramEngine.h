@@ -24,6 +24,9 @@ public:
   virtual std::unique_ptr<TQXGPNode<T>> CreateNode(TQXGPInstruction<T>* Instruction) = 0;
   /// The largest arity that an instruction may have.
   virtual int MaxNodeArity() const = 0;
+  /// Called before an instruction or the set changes in a way that the engine hears of, with the name of the
+  /// call: an engine whose programs are in use raises std::logic_error.
+  virtual void RequireChangeable(const char* /*Call*/) const {}
   /// An instruction changed or, with nullptr, the set did.
   virtual void InstructionUpdate(TQXGPInstruction<T>* Instruction) = 0;
   /// An instruction has come, or is about to go.

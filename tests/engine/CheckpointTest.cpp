@@ -39,6 +39,7 @@ TEST(CheckpointTest, HoldsTheWholeStateOfABitRun) {
   Random << RandomState();
   const std::string First = Algorithm.Population()[0].Bits().ToBitString();
   const std::string Second = Algorithm.Population()[1].Bits().ToBitString();
+  const std::string Best = Algorithm.FittestIndividual()->Bits().ToBitString();
   const auto Individual = [](const std::string& Bits) {
     return "    TQXGAIndividual {\n"
            "      Name = \"\"\n"
@@ -59,6 +60,7 @@ TEST(CheckpointTest, HoldsTheWholeStateOfABitRun) {
                                                        "  InitialDuplicatesRetries = 0\n"
                                                        "  SelectionMethod = smStochasticTournament\n"
                                                        "  TournamentField = 2\n"
+                                                       "  EliteCount = 0\n"
                                                        "  Operations = [goCrossover goMutate goInvert]\n"
                                                        "  FitnessMethod = fmMinimize\n"
                                                        "  Generation = 0\n"
@@ -73,6 +75,7 @@ TEST(CheckpointTest, HoldsTheWholeStateOfABitRun) {
                                                        "  InversionProbability = 0.1\n"
                                                        "  MutationProbability = 0.01\n"
                                                        "  CrossoverMethod = cmGeneBoundary\n"
+                                                       "  Decoding = gdStrict\n"
                                                        "  Genes {\n"
                                                        "    TQXGAGene {\n"
                                                        "      Name = \"n\"\n"
@@ -92,9 +95,13 @@ TEST(CheckpointTest, HoldsTheWholeStateOfABitRun) {
                                                            "  PreviousGeneration {\n" +
                                                            Individual(First) + Individual(Second) +
                                                            "  }\n"
+                                                           "  BestEver {\n" +
+                                                           Individual(Best) +
+                                                           "  }\n"
                                                            "  Initialized = true\n"
                                                            "  Halt = false\n");
   EXPECT_NE(Text.find("\n  SelectionCursor = -1\n"), std::string::npos);
+  EXPECT_NE(Text.find("\n  LastShare = 1\n"), std::string::npos);
   EXPECT_EQ(Text.substr(Text.find("  Ranked")), "  Ranked = false\n"
                                                 "  Ranking = []\n"
                                                 "  StatisticsDue = false\n"

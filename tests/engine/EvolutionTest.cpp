@@ -7,6 +7,7 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <support/SmallGeneticProgram.h>
 
 namespace qx {
 namespace {
@@ -314,7 +315,7 @@ TEST(Evolve, AFitnessHandlerAssignedAfterFillingIsAskedBeforeTheRunIsJudged) {
   EXPECT_EQ(Component.MinFitness(), 50);
 }
 
-TEST(Evolve, AFitnessHandlerMayAddAndDeleteOtherIndividuals) {
+TEST(Evolve, AFitnessHandlerMayAddIndividualsButNotDeleteThem) {
   for (const bool Weighted : {false, true}) {
     TTestComponent Component;
     Component.Fill({1, 2, 3, 4});
@@ -324,7 +325,7 @@ TEST(Evolve, AFitnessHandlerMayAddAndDeleteOtherIndividuals) {
       if (Sender.Population().Count() == 4) {
         Sender.Population().Add();
       } else if (Item.Index() == 2 && Sender.Population().Count() == 5) {
-        Sender.Population().Delete(0);
+        EXPECT_THROW(Sender.Population().Delete(0), std::logic_error);
       }
     };
     if (Weighted) {
@@ -338,7 +339,29 @@ TEST(Evolve, AFitnessHandlerMayAddAndDeleteOtherIndividuals) {
     Component.OnEvaluateWeightedFitness = nullptr;
     Component.EvaluateFitness();
     EXPECT_EQ(Component.FittestIndividual()->Collection(), &Component.Population());
+    EXPECT_EQ(Component.Population().Count() + Component.PreviousGeneration()->Count(), 10);
   }
+}
+
+TEST(Evolve, CountsFromTheStartWhenItStartsAnewInside) {
+  tests::TArithmeticProgramming<> Component;
+  Component.SetInitialPopulation(4);
+  Component.OnEvaluateFitness = [](auto&, auto& Individual, double& Fitness) {
+    Fitness = Individual.DNA()->Size();
+  };
+  SeedRandom(1);
+  EXPECT_EQ(Component.Evolve(3), 3);
+  Component.Instructions()[0].SetName("other"); // the programs are made anew
+  EXPECT_EQ(Component.Evolve(2), 2);
+  EXPECT_EQ(Component.Generation(), 2);
+  int Calls = 0;
+  Component.OnEvolve = [&](auto& Sender) {
+    if (++Calls == 2) {
+      Sender.Instructions()[0].SetName("another");
+    }
+  };
+  EXPECT_EQ(Component.Evolve(5), 3);
+  EXPECT_EQ(Component.Generation(), 3);
 }
 
 TEST(Evolve, WithoutAHandlerAnyMoreTheStatisticsStay) {

@@ -177,8 +177,53 @@ TEST(Roulette, AMaximizingRunWithSumZeroHasNoShares) {
   Component.SetSelectionMethod(smRoulette);
   Component.Start({-1, 1});
   EXPECT_EQ(Component.GetNormalizedFitness(1), 0);
-  const TScriptedRandom Script{R(0.5)};
-  EXPECT_THROW(Picked(Component), std::out_of_range);
+  EXPECT_EQ(PickedAt(Component, 0), 0); // one draw, which says the place
+  EXPECT_EQ(PickedAt(Component, 0.49), 0);
+  EXPECT_EQ(PickedAt(Component, 0.5), 1);
+  EXPECT_EQ(PickedAt(Component, 1 - 0x1p-53), 1);
+}
+
+TEST(Roulette, OfFitnessesWhoseSumIsZeroEachPlaceIsAsLikelyAsAnyOther) {
+  TTestComponent Component;
+  Component.SetFitnessMethod(fmMaximize);
+  Component.SetSelectionMethod(smRoulette);
+  Component.Start({-1, 1, -2, 2});
+  for (int Place = 0; Place < 4; ++Place) {
+    EXPECT_EQ(PickedAt(Component, Place / 4.0), Place);
+  }
+  Component.SetSelectionMethod(smStochasticTournament);
+  EXPECT_EQ(Component.Evolve(50), 50);
+}
+
+// Seven shares of one seventh add up to less than 1.
+TEST(Roulette, ADrawAboveAllSharesTakesTheLastOneThatHasAShare) {
+  TTestComponent Component;
+  Component.SetFitnessMethod(fmMaximize);
+  Component.SetSelectionMethod(smRoulette);
+  Component.Start({1, 1, 1, 1, 1, 1, 1, 0, 0, NAN});
+  Component.OnEvaluateFitness = [](auto&, auto&, double& Fitness) { Fitness = 1e-30; };
+  Component.Population()[7].MarkStale();
+  Component.EvaluateFitness();
+  EXPECT_EQ(PickedAt(Component, 1 - 0x1p-53), 7); // as small as its share is
+}
+
+// What reads fitnesses calls handlers, which may change the method meanwhile.
+TEST(Selection, AMethodThatChangesWhileItIsPreparedIsPreparedWhenItIsWanted) {
+  for (const TGASelectionMethod Method : {smElitist, smRoulette, smStochasticTournament}) {
+    TTestComponent Component;
+    Component.Start({1, 2, 3, 4});
+    Component.SetSelectionMethod(Method);
+    Component.SetFitnessMethod(fmWeightedMaximize);
+    int Calls = 0;
+    Component.OnEvaluateWeightedFitness = [&](auto& Sender, auto& Item, double& Fitness) {
+      Fitness = Item.Fitness();
+      Sender.SetSelectionMethod(++Calls % 2 == 0 ? Method : smRandom);
+    };
+    SeedRandom(1);
+    EXPECT_NO_THROW(Component.PrioritizePopulation());
+    EXPECT_NO_THROW(Component.CalculateCumulativeNormalizedFitnesses());
+    EXPECT_EQ(Component.Evolve(3), 3);
+  }
 }
 
 TEST(Roulette, NotANumberHasNoShare) {
@@ -194,15 +239,15 @@ TEST(Roulette, NotANumberHasNoShare) {
   EXPECT_EQ(PickedAt(Component, 0.99), 3);
 }
 
-TEST(Roulette, NotANumberAmongZerosLeavesTheZerosTheirShares) {
+TEST(Roulette, AmongZerosAMaximizingRunTakesThePlaceThatTheDrawSays) {
   for (const double Out : {static_cast<double>(NAN), -Infinity}) {
     TTestComponent Component;
     Component.SetFitnessMethod(fmMaximize);
     Component.SetSelectionMethod(smRoulette);
     Component.Start({0, Out, 0, NAN});
-    EXPECT_EQ(PickedAt(Component, 0.49), 0);
+    EXPECT_EQ(PickedAt(Component, 0.49), 1);
     EXPECT_EQ(PickedAt(Component, 0.51), 2);
-    EXPECT_EQ(PickedAt(Component, 1 - 0x1p-53), 2);
+    EXPECT_EQ(PickedAt(Component, 1 - 0x1p-53), 3);
   }
 }
 

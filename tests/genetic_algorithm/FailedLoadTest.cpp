@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -195,23 +196,33 @@ TEST(FailedLoad, KeepsASizeBelowThatOfTheGenes) {
   EXPECT_EQ(StateOf(Algorithm), Before);
 }
 
+// Does something once, when a load has filled the population.
+class TFilledAlgorithm : public TSmallAlgorithm {
+public:
+  std::function<void()> OnFilled;
+
+protected:
+  void PopulationUpdate(TQXIndividual* Item) override {
+    TSmallAlgorithm::PopulationUpdate(Item);
+    if (OnFilled && Item == nullptr && Population().Count() == 3) {
+      std::exchange(OnFilled, nullptr)();
+    }
+  }
+};
+
 TEST(FailedLoad, InsideALoadThatSucceedsIsUndoneAlone) {
-  TSmallAlgorithm Algorithm;
+  TFilledAlgorithm Algorithm;
   const TXMLGeneticAlgorithm Outer = NewGeneticAlgorithm();
   Algorithm.SaveToXML(Outer);
   Outer.Reproduction().SelectionMethod().SetTournamentField(7);
   bool Tried = false;
-  Algorithm.OnEvaluateFitness = [&](auto& Sender, auto& Item, double& Fitness) {
-    Fitness = Item.Bits().CountOnes();
-    if (!std::exchange(Tried, true)) {
-      EXPECT_THROW(
-          tests::Load(
-              Sender,
-              "<GeneticAlgorithm><Generation>5</"
-              "Generation><Reproduction><SelectionMethod><TournamentField>9</TournamentField>"
-              "<ElitistPercent>x</ElitistPercent></SelectionMethod></Reproduction></GeneticAlgorithm>"),
-          EXMLError);
-    }
+  Algorithm.OnFilled = [&] {
+    Tried = true;
+    EXPECT_THROW(tests::Load(Algorithm, "<GeneticAlgorithm><Generation>5</Generation><Reproduction>"
+                                        "<SelectionMethod><TournamentField>9</TournamentField>"
+                                        "<ElitistPercent>x</ElitistPercent></SelectionMethod>"
+                                        "</Reproduction></GeneticAlgorithm>"),
+                 EXMLError);
   };
   Algorithm.LoadFromXML(Outer);
   EXPECT_TRUE(Tried);
@@ -221,7 +232,7 @@ TEST(FailedLoad, InsideALoadThatSucceedsIsUndoneAlone) {
 }
 
 TEST(FailedLoad, InsideALoadThatSucceedsRestoresTheChromosomesThatItResized) {
-  TSmallAlgorithm Algorithm;
+  TFilledAlgorithm Algorithm;
   const std::string Text = tests::Saved(Algorithm);
   std::string Genes;
   for (int I = 0; I < 64; ++I) {
@@ -230,11 +241,9 @@ TEST(FailedLoad, InsideALoadThatSucceedsRestoresTheChromosomesThatItResized) {
   const auto Bad = GetGenoType(TXMLDocument::Parse("<GenoType Size='64'>" + Genes +
                                                    "<FloatGene><Size>x</Size></FloatGene></GenoType>"));
   bool Tried = false;
-  Algorithm.OnEvaluateFitness = [&](auto& Sender, auto& Item, double& Fitness) {
-    Fitness = Item.Bits().CountOnes();
-    if (!std::exchange(Tried, true)) {
-      EXPECT_THROW(Sender.Genes().LoadFromXML(Bad), EXMLError);
-    }
+  Algorithm.OnFilled = [&] {
+    Tried = true;
+    EXPECT_THROW(Algorithm.Genes().LoadFromXML(Bad), EXMLError);
   };
   tests::Load(Algorithm, Text);
   EXPECT_TRUE(Tried);
@@ -298,6 +307,14 @@ TEST(FailedLoad, KeepsNoFittestThatAHookHasFreed) {
       EXMLError);
   EXPECT_EQ(Algorithm.FittestIndividual(), nullptr);
   EXPECT_EQ(Algorithm.Population().Count(), 0);
+}
+
+TEST(FailedLoad, InsideAnEvaluationIsRefused) {
+  TSmallAlgorithm Algorithm;
+  const std::string Text = tests::Saved(Algorithm);
+  Algorithm.OnEvaluateFitness = [&](auto& Sender, auto&, double&) { tests::Load(Sender, Text); };
+  EXPECT_THROW(Algorithm.Population()[0].EvaluateFitness(), std::logic_error);
+  EXPECT_EQ(Algorithm.Population()[0].Bits().ToBitString(), "111001000");
 }
 
 TEST(FailedLoad, WhileChildrenAreMadeIsRefused) {

@@ -6,6 +6,7 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <support/SmallAlgorithm.h>
 
 namespace qx {
 namespace {
@@ -169,6 +170,28 @@ TEST(Genotype, ChangesReachTheOwner) {
   Algorithm.Log.clear();
   Algorithm.Genes().Delete(1);
   EXPECT_EQ(Algorithm.Log, "notify2@4 all ");
+}
+
+TEST(Genotype, ASizeThatNoChromosomeCanHaveChangesNothing) {
+  for (const int Individuals : {0, 2}) {
+    TQXGeneticAlgorithm Algorithm;
+    TQXGAGene& Gene = tests::AddGene(Algorithm.Genes(), "n", gtInteger, 4);
+    tests::AddGene(Algorithm.Genes(), "behind", gtInteger, 2);
+    for (int I = 0; I < Individuals; ++I) {
+      Algorithm.Population().Add().Bits().SetAsBitString(0, 6, "110011");
+    }
+    EXPECT_ANY_THROW(Algorithm.SetGeneSize(0x7fffffff));
+    EXPECT_EQ(Algorithm.GeneSize(), 6);
+    EXPECT_ANY_THROW(Gene.SetSize(2147483600));
+    EXPECT_EQ(Gene.Size(), 4);
+    EXPECT_EQ(Gene.MaxValue(), 15);
+    EXPECT_EQ(Algorithm.Genes()[1].Offset(), 4);
+    EXPECT_EQ(Algorithm.Genes().Size(), 6);
+    for (int I = 0; I < Individuals; ++I) {
+      EXPECT_EQ(Algorithm.Population()[I].Bits().ToBitString(), "110011");
+    }
+    EXPECT_EQ(Algorithm.Population().Add().Bits().Size(), 6);
+  }
 }
 
 TEST(Genotype, AReceiverMayResizeGenesWhileOneGoes) {

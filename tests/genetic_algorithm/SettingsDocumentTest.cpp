@@ -3,9 +3,11 @@
 #include "support/Locales.h"
 #include "support/SmallAlgorithm.h"
 #include "support/TemporaryFolder.h"
+#include <qx/platform/Filer.h>
 
 #include <gtest/gtest.h>
 
+#include <support/Streams.h>
 #include <type_traits>
 
 namespace qx {
@@ -112,6 +114,58 @@ TEST(SettingsDocument, NamesOfNoValueKeepTheCurrentOneAndAreReported) {
                                       "CrossoverProbability: -0.5 became 0",
                                       "Method: \"smLottery\" names no value; smStochasticTournament stays",
                                       "TournamentField: 1 became 2"}));
+}
+
+TEST(SettingsDocument, ALoadAddsNothingToADocument) {
+  for (const std::string Text :
+       {"<GeneticAlgorithm/>", "<GeneticAlgorithm><Reproduction/><Domain><GenoType Size='2'/>"
+                               "<Chromosomes><Chromosome/></Chromosomes></Domain></GeneticAlgorithm>"}) {
+    const TXMLDocument Document = TXMLDocument::Parse(Text);
+    const std::string Before = Document.Text();
+    TQXGeneticAlgorithm Algorithm;
+    Algorithm.LoadFromXML(GetGeneticAlgorithm(Document));
+    EXPECT_EQ(Document.Text(), Before);
+    static_cast<void>(GetGeneticAlgorithm(Document).Reproduction().SelectionMethod());
+    EXPECT_NE(Document.Text().find("<SelectionMethod"), std::string::npos); // a host may
+  }
+}
+
+TEST(SettingsDocument, ACountThatKeepsARunBusyForeverIsRefused) {
+  TQXGeneticAlgorithm Algorithm;
+  const auto Load = [&](int Field) {
+    tests::Load(Algorithm, "<GeneticAlgorithm><Reproduction>\n<SelectionMethod>\n<TournamentField>" +
+                               std::to_string(Field) +
+                               "</TournamentField></SelectionMethod></Reproduction></GeneticAlgorithm>");
+  };
+  try {
+    Load(1'000'000'000);
+    ADD_FAILURE() << "nothing was raised";
+  } catch (const EXMLError& Error) {
+    EXPECT_EQ(Error.Line(), 3);
+    EXPECT_NE(std::string(Error.what()).find("\"TournamentField\""), std::string::npos) << Error.what();
+    EXPECT_NE(std::string(Error.what()).find("1000000000"), std::string::npos) << Error.what();
+  }
+  EXPECT_EQ(Algorithm.TournamentField(), 2);
+  Load(1'000'000);
+  EXPECT_EQ(Algorithm.TournamentField(), 1'000'000);
+  Algorithm.SetTournamentField(1'000'000'000); // a host may
+  EXPECT_EQ(Algorithm.TournamentField(), 1'000'000'000);
+  TQXGeneticAlgorithm Copy;
+  tests::LoadCheckpoint(Copy, tests::CheckpointOf(Algorithm)); // and what it had comes back
+  EXPECT_EQ(Copy.TournamentField(), 1'000'000'000);
+}
+
+TEST(SettingsDocument, AStreamsCountsHaveTheSameLimit) {
+  for (const std::string Name : {"TournamentField", "InitialPopulation", "InitialDuplicatesRetries"}) {
+    TQXGeneticAlgorithm Algorithm;
+    std::istringstream Stream("TQXGeneticAlgorithm {\n  " + Name + " = 1000001\n}\n");
+    try {
+      ReadComponent(Stream, Algorithm);
+      ADD_FAILURE() << "nothing was raised";
+    } catch (const EPropertyError& Error) {
+      EXPECT_NE(std::string(Error.what()).find(Name), std::string::npos) << Error.what();
+    }
+  }
 }
 
 TEST(SettingsDocument, AHandlerStaysUnlessAnotherMethodIsLoaded) {

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <support/SmallGeneticProgram.h>
+#include <support/Streams.h>
 #include <vector>
 
 namespace qx {
@@ -267,18 +269,54 @@ TEST(InitialProgramsTest, MoreDifferentProgramsThanTerminalsCannotBeWithoutFunct
   EXPECT_NE(Program(Component.Population()[0]), Program(Component.Population()[1]));
 }
 
-TEST(InitialProgramsTest, RejectionEndsAfterSoManyAttempts) {
+TEST(InitialProgramsTest, ADuplicateStaysAfterSoManyNodesWereBuiltInPlaceOfDuplicates) {
   TOpenFloat Component; // constants that draw might come to differ
   Component.Constant("one", 1.0).OnInitializeNode = [](auto&, auto& Node) { Node.SetValue(1); };
   Component.SetInitializationMethod(imGrow);
   Component.SetInitialPopulation(2);
-  Component.SetBuildSizeLimit(50);
-  try {
-    Component.Initialize();
-    ADD_FAILURE() << "nothing was raised";
-  } catch (const std::length_error& Error) {
-    EXPECT_NE(std::string(Error.what()).find("After 50 attempts"), std::string::npos) << Error.what();
+  Component.SetDuplicatesBuildLimit(50);
+  EXPECT_EQ(Component.DuplicatesBuildLimit(), 50);
+  Component.Population().Add();
+  Component.Population().Add();
+  EXPECT_EQ(Component.DoInitialize(), 50); // of one node each
+  EXPECT_EQ(Component.InitialDuplicates(), 1);
+  EXPECT_EQ(Program(Component.Population()[1]), Program(Component.Population()[0]));
+  Component.SetInitialDuplicatesRetries(0); // nobody looks
+  Component.Initialize();
+  EXPECT_EQ(Component.InitialDuplicates(), 0);
+}
+
+TEST(InitialProgramsTest, TheLimitOfDuplicatesCountsFromZeroAndGoesIntoStreams) {
+  TArithmeticProgramming<> Component;
+  EXPECT_EQ(Component.DuplicatesBuildLimit(), 1'000'000);
+  Component.SetDuplicatesBuildLimit(-1);
+  EXPECT_EQ(Component.DuplicatesBuildLimit(), 0);
+  EXPECT_NE(tests::Written(Component).find("DuplicatesBuildLimit = 0"), std::string::npos);
+}
+
+// One function and one terminal make one full tree of each depth: the depth grows with the duplicates.
+TEST(InitialProgramsTest, OneFunctionAndOneTerminalMakeAPopulationWithDuplicates) {
+  TOpenFloat Component;
+  Component.Function("Add", 2);
+  Component.Variable("x");
+  Component.Initialize();
+  EXPECT_EQ(Component.Population().Count(), 100);
+  EXPECT_GT(Component.InitialDuplicates(), 0);
+  std::set<std::string> Different;
+  for (auto& Individual : Component.Population()) {
+    Different.insert(Program(Individual));
   }
+  EXPECT_EQ(std::ssize(Different), 100 - Component.InitialDuplicates());
+}
+
+TEST(InitialProgramsTest, ADuplicateStaysWhenAnotherWouldBeTooLarge) {
+  TOpenFloat Component;
+  Component.Function("List", 1000);
+  Component.Variable("x");
+  Component.SetInitialPopulation(3);
+  Component.SetBuildSizeLimit(5000);
+  Component.Initialize();
+  EXPECT_EQ(Component.InitialDuplicates(), 2); // one million nodes would be the next
 }
 
 TEST(InitialProgramsTest, AMinimumDepthAboveTheLimitOfSizeIsNoneOfSmallPrograms) {
@@ -338,7 +376,7 @@ void ExpectRefusedChange(TCall Call) {
     Call();
     ADD_FAILURE() << "nothing was raised";
   } catch (const std::logic_error& Error) {
-    EXPECT_NE(std::string(Error.what()).find("cannot be changed while"), std::string::npos) << Error.what();
+    EXPECT_NE(std::string(Error.what()).find("is refused while"), std::string::npos) << Error.what();
   }
 }
 
@@ -374,10 +412,10 @@ TEST(ChangeInUseTest, SoIsOneThatDoesItDuringAGeneration) {
   EXPECT_EQ(Component.Generation(), 1); // the run goes on
   Component.OnConstantMutation = [](auto& Sender, auto&) { Sender.Instructions().Add(); };
   ExpectRefusedChange([&] { Component.Mutate(Component.Add("c"), mmConstant); });
-  EXPECT_EQ(Component.TerminalsCount(), 4); // it has come, and the programs are made anew
+  EXPECT_EQ(Component.TerminalsCount(), 3); // it has not come, and the run goes on
   Component.OnConstantMutation = nullptr;
   Component.Evolve(1);
-  EXPECT_EQ(Component.Generation(), 1);
+  EXPECT_EQ(Component.Generation(), 2);
 }
 
 TEST(ChangeInUseTest, SoIsOneThatDoesItWhileAProgramIsEvaluated) {
@@ -394,6 +432,44 @@ TEST(ChangeInUseTest, AnEngineThatMakesNoNodeIsNamed) {
     TNodePointer CreateNode(TInstruction* /*Instruction*/) override { return nullptr; }
   } Component;
   EXPECT_THROW(Component.DoInitializeFull(2), std::logic_error);
+}
+
+// --- Nodes for a parent ------------------------------------------------------------------------------------
+
+TEST(AttachedNodeTest, AFactoryThatGetsAParentAttachesWhatItMakes) {
+  TArithmeticProgramming<> Component;
+  const auto Root = Component.CreateNode(&Component.Instructions()[0]);
+  TScriptedRandom Draws({I(0, 3), I(2, 3), I(1, 6), I(0, 2)});
+  auto& Last = Component.GetTerminalNode(*Root, 0);
+  EXPECT_EQ(Root->ToString(), "(Add x)");
+  auto& First = Component.GetOperationNode(*Root, 0); // before the one that stands there
+  EXPECT_EQ(Root->Children(0), &First);
+  EXPECT_EQ(Root->Children(1), &Last);
+  auto& Any = Component.GetNode(*Root, 2);
+  EXPECT_EQ(Any.Parent(), Root.get());
+  EXPECT_EQ(Root->IndexOf(Any), 2);
+  auto& Similar = Component.GetNode(*Root, *Root, 3);
+  EXPECT_EQ(Similar.Instruction()->Arity(), 2);
+  EXPECT_EQ(Root->ChildCount(), 4);
+}
+
+TEST(AttachedNodeTest, ABinaryNodeAppends) {
+  TArithmeticProgramming<TQXBinaryGeneticProgramming> Component;
+  const auto Root = Component.CreateNode(&Component.Instructions()[0]);
+  TScriptedRandom Draws({I(0, 3), I(1, 3), I(2, 3)});
+  auto& First = Component.GetTerminalNode(*Root, 1);
+  auto& Second = Component.GetTerminalNode(*Root, 0);
+  EXPECT_EQ(Root->IndexOf(First), 0);
+  EXPECT_EQ(Root->IndexOf(Second), 1);
+  EXPECT_THROW(Component.GetTerminalNode(*Root, 0), EGPException); // it is full
+}
+
+TEST(AttachedNodeTest, APlaceThatThereIsNotIsRefused) {
+  TArithmeticProgramming<> Component;
+  const auto Root = Component.CreateNode(&Component.Instructions()[0]);
+  const TCountingRandom Draws;
+  EXPECT_THROW(Component.GetTerminalNode(*Root, 1), std::out_of_range);
+  EXPECT_EQ(Root->ChildCount(), 0);
 }
 
 // --- Places ------------------------------------------------------------------------------------------------

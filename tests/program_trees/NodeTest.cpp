@@ -72,10 +72,10 @@ TEST(NodeTest, SetParentMovesANodeToTheEndOfItsNewParent) {
   TArithmeticEngine Engine;
   const auto Tree = Engine.Tree("(Add (Neg x) (Mul y c))");
   TNode& X = *Tree->Children(0)->Children(0);
-  EXPECT_EQ(X.SetParent(Tree->Children(1)), nullptr);
+  X.SetParent(Tree->Children(1));
   EXPECT_EQ(Tree->ToString(), "(Add Neg (Mul y 1.5 x))");
   EXPECT_EQ(X.Parent(), Tree->Children(1));
-  EXPECT_EQ(X.SetParent(Tree->Children(1)), nullptr);
+  X.SetParent(Tree->Children(1));
   EXPECT_EQ(Tree->ToString(), "(Add Neg (Mul y 1.5 x))");
   const TPointer Detached = X.SetParent(nullptr);
   EXPECT_EQ(Detached.get(), &X);
