@@ -12,7 +12,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <limits>
 #include <numbers>
 #include <string>
 
@@ -82,12 +81,17 @@ class TSpringGenes {
 public:
   explicit TSpringGenes(qx::TQXGAGenes& Genes)
       : FCoils(Genes.Add()), FCoilDiameter(Genes.Add()), FWire(Genes.Add()) {
+    Genes.SetDecoding(qx::gdAlwaysValid); // every chromosome is a spring
     FCoils.SetName("N");
     FCoils.SetGeneType(qx::gtInteger);
     FCoils.SetSize(7);
+    FCoils.SetMaxValue(70);
+    FCoils.SetMinValue(1);
     FCoilDiameter.SetName("D");
-    FCoilDiameter.SetGeneType(qx::gtInteger);
-    FCoilDiameter.SetSize(DiameterBits);
+    FCoilDiameter.SetGeneType(qx::gtFloat);
+    FCoilDiameter.SetSize(20);
+    FCoilDiameter.SetMaxValue(3.0);
+    FCoilDiameter.SetMinValue(0.6);
     FWire.SetName("d");
     FWire.SetGeneType(qx::gtEnumeration);
     for (const char* const Diameter : WireDiameters) {
@@ -95,22 +99,12 @@ public:
     }
   }
 
-  /// Raises EGAException when the bits of the wire stand for none of the standard diameters.
-  TSpring Read(qx::TQXGABits& Bits) const {
-    constexpr int MostCoils = 70;
-    constexpr double SmallestCoil = 0.6;
-    constexpr double LargestCoil = 3.0;
-    constexpr double Steps = (1 << DiameterBits) - 1;
-    const int Coils = FCoils.GeneAsInteger(Bits) % MostCoils + 1;
-    const double CoilDiameter =
-        SmallestCoil + (LargestCoil - SmallestCoil) * FCoilDiameter.GeneAsInteger(Bits) / Steps;
-    return {static_cast<double>(Coils), CoilDiameter,
+  TSpring Read(const qx::TQXGABits& Bits) const {
+    return {static_cast<double>(FCoils.GeneAsInteger(Bits)), FCoilDiameter.GeneAsDouble(Bits),
             std::strtod(FWire.GeneAsEnumeration(Bits).c_str(), nullptr)};
   }
 
 private:
-  static constexpr int DiameterBits = 20;
-
   qx::TQXGAGene& FCoils;
   qx::TQXGAGene& FCoilDiameter;
   qx::TQXGAGene& FWire;
@@ -146,22 +140,6 @@ int Report(const TSpring& Spring) {
   return AllHold ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
-/// Saves the run. Springs whose wire is none of the standard ones have no text that a document could hold;
-/// the best spring takes their places.
-void Save(qx::TQXGeneticAlgorithm& Algorithm, const TSpringGenes& Genes, const qx::TQXGABits& Best,
-          const std::string& FileName) {
-  for (qx::TQXGAIndividual& Individual : Algorithm.Population()) {
-    try {
-      Genes.Read(Individual.Bits());
-    } catch (const qx::EGAException&) {
-      Individual.SetBits(Best);
-    }
-  }
-  Algorithm.EvaluateFitness();
-  Algorithm.SaveToFile(FileName);
-  std::printf("Saved generation %d to %s\n", Algorithm.Generation(), FileName.c_str());
-}
-
 int Run(const TRunOptions& Options) {
   qx::SeedRandom(Options.Seed);
 
@@ -173,24 +151,13 @@ int Run(const TRunOptions& Options) {
   ga.SetInversionProbability(0.05);
   ga.SetSelectionMethod(qx::smTournament);
 
-  // The best spring of the whole run, kept apart from the population that goes on changing.
-  qx::TQXGABits Best;
-  double BestFitness = std::numeric_limits<double>::infinity();
   ga.OnEvaluateFitness = [&](auto&, auto& Item, double& Fitness) {
-    try {
-      Fitness = Judge(Genes.Read(Item.Bits()));
-    } catch (const qx::EGAException&) { // six bits have codes for more wires than there are
-      Fitness = ga.UnfitFitness();
-    }
-    if (Fitness < BestFitness) {
-      BestFitness = Fitness;
-      Best.Assign(Item.Bits());
-    }
+    Fitness = Judge(Genes.Read(Item.Bits()));
   };
   ga.OnEvolve = [&](auto& Sender) {
     if (Sender.Generation() % 30 == 0) {
       std::printf("generation %4d   best volume %.4f in^3   of this generation %.4f\n", Sender.Generation(),
-                  BestFitness, Sender.MinFitness());
+                  Sender.BestEver()->Fitness(), Sender.MinFitness());
       std::fflush(stdout);
     }
   };
@@ -198,9 +165,10 @@ int Run(const TRunOptions& Options) {
     ga.LoadFromFile(Options.Load);
   }
   ga.Evolve(300);
-  const int Result = Report(Genes.Read(Best));
+  const int Result = Report(Genes.Read(ga.BestEver()->Bits()));
   if (!Options.Save.empty()) {
-    Save(ga, Genes, Best, Options.Save);
+    ga.SaveToFile(Options.Save);
+    std::printf("Saved generation %d to %s\n", ga.Generation(), Options.Save.c_str());
   }
   return Result;
 }

@@ -37,7 +37,7 @@ constexpr std::array<TItem, 15> Items = {{{135, 70},
 constexpr int Capacity = 750;
 constexpr int Optimum = 1458;
 
-TItem Load(qx::TQXGAGenes& Genes, qx::TQXGABits& Bits) {
+TItem Load(const qx::TQXGAGenes& Genes, const qx::TQXGABits& Bits) {
   TItem Sum{0, 0};
   for (const qx::TQXGAGene& Gene : Genes) {
     if (Gene.GeneAsBoolean(Bits)) {
@@ -67,11 +67,7 @@ int Run(const TRunOptions& Options) {
     const TItem Sum = Load(ga.Genes(), Item.Bits());
     Fitness = Sum.Weight <= Capacity ? Sum.Profit : Capacity - 10.0 * (Sum.Weight - Capacity);
   };
-  qx::TQXGAIndividual Best;
   ga.OnEvolve = [&](auto& Sender) {
-    if (Sender.FittestIndividual()->Fitness() > Load(Sender.Genes(), Best.Bits()).Profit) {
-      Best.SetBits(Sender.FittestIndividual()->Bits());
-    }
     if (Sender.Generation() % 20 == 0) {
       std::printf("generation %4d   best profit %4.0f   population mean %6.1f\n", Sender.Generation(),
                   Sender.MaxFitness(), Sender.AvgFitness());
@@ -83,13 +79,13 @@ int Run(const TRunOptions& Options) {
   }
   ga.SetUseFitnessCutoff(true);
   ga.SetFitnessCutoff(Optimum);
-  Best.Bits().SetSize(ga.GeneSize());
   const int Generations = ga.Evolve(400);
 
-  const TItem Sum = Load(ga.Genes(), Best.Bits());
+  const qx::TQXGABits& Best = ga.BestEver()->Bits();
+  const TItem Sum = Load(ga.Genes(), Best);
   std::printf("\nKnapsack: items");
   for (const qx::TQXGAGene& Gene : ga.Genes()) {
-    if (Gene.GeneAsBoolean(Best.Bits())) {
+    if (Gene.GeneAsBoolean(Best)) {
       std::printf(" %d", Gene.Index() + 1);
     }
   }
