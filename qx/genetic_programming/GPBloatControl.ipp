@@ -249,7 +249,7 @@ bool TQXCustomGeneticProgramming<T>::DoFairCrossover(TIndividual& /*Parent1*/, T
                             [&](const TNode* Node) { return FairMeasure(*Node) == Measure && Left-- == 0; });
     }
     if (Donor != nullptr) {
-      Child.Graft(*Receiver, Donor->Clone());
+      static_cast<void>(Child.Graft(*Receiver, Donor->Clone()));
       return true;
     }
   }
