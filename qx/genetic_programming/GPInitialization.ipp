@@ -212,8 +212,9 @@ private:
     std::string Text = Individual.DNA()->ToString();
     while (FKnown.ContainsKey(Text)) {
       RequireOtherTerminals();
-      if (!BuildAnew(Individual)) {
+      if (!BuildAnew(Individual)) { // more levels were in vain
         ++FComponent.FInitialDuplicates;
+        FMinimumDepth = LeastDepth;
         return;
       }
       ++FRegenerated;
@@ -232,8 +233,7 @@ private:
     }
     try {
       Individual.AssignDNA(Build(Individual.Index()));
-    } catch (const TTooLarge&) { // so it was the level too many, for others as well
-      FMinimumDepth = std::max(FMinimumDepth - 1, 2);
+    } catch (const TTooLarge&) { // as others of so many levels would be
       FNodesBuilt = std::numeric_limits<std::int64_t>::max();
       return false;
     }
@@ -259,7 +259,8 @@ private:
   typename TBase::TUse FUse;
   int FRetries;
   int FDepth;
-  int FMinimumDepth = 2;
+  static constexpr int LeastDepth = 2;
+  int FMinimumDepth = LeastDepth;
   int FRegenerated = 0;
   std::int64_t FNodesBuilt = 0; // in place of duplicates
   TQXDictionary<std::string, TIndividual*> FKnown;

@@ -82,8 +82,8 @@ public:
   int BuildSizeLimit() const { return FSettings.BuildSizeLimit; }
   void SetBuildSizeLimit(int Value);
   /// Nodes that one initialization may build, in all, in place of programs that another individual has
-  /// already; then such a program stays, and `InitialDuplicates` counts it. Default one million, which takes
-  /// less than a second; negative values become 0.
+  /// already; then such a program stays, `InitialDuplicates` counts it, and the levels that were added in
+  /// vain are left out again. Default one million, which takes less than a second; negative values become 0.
   int DuplicatesBuildLimit() const { return FSettings.DuplicatesBuildLimit; }
   void SetDuplicatesBuildLimit(int Value);
   /// How many programs of the last initialization another individual had already; 0 when
