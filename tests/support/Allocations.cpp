@@ -1,16 +1,19 @@
 #include "Allocations.h"
 
+#include <atomic>
+#include <cstddef>
 #include <cstdlib>
 #include <new>
 
 namespace {
 
-long Count = 0;
-std::size_t Bytes = 0;
+// Tests of threads are in the same programs.
+std::atomic<long> Count = 0;
+std::atomic<std::size_t> Bytes = 0;
 
 void* Counted(std::size_t Size) {
-  ++Count;
-  Bytes += Size;
+  Count.fetch_add(1, std::memory_order_relaxed);
+  Bytes.fetch_add(Size, std::memory_order_relaxed);
   if (void* const Memory = std::malloc(Size > 0 ? Size : 1)) {
     return Memory;
   }
