@@ -6,13 +6,17 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <array>
 #include <bit>
+#include <cerrno>
 #include <fmt/format.h>
 #include <fstream>
+#include <iostream>
+#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace qxevolve {
 
@@ -61,7 +65,8 @@ void TDataFile::InheritFormat(const TDataFile& Other) {
 }
 
 qx::TQXDataSet TDataFile::Read(const std::vector<std::string>& Wanted) const {
-  RequireReadableText();
+  const std::string Text = ReadText();
+  RequireReadableText(Text);
   qx::TCSVFormat Format;
   if (!Separator.empty()) {
     if (Separator.size() > 1 && Separator != "tab") {
@@ -77,11 +82,12 @@ qx::TQXDataSet TDataFile::Read(const std::vector<std::string>& Wanted) const {
   Format.Ignored = Ignored;
   Format.Wanted = Wanted;
   try {
-    return RequireReadableNames(qx::TQXDataSet::FromCSV(FileName, Format));
+    std::istringstream Stream(Text);
+    return RequireReadableNames(qx::TQXDataSet::FromCSV(Stream, Format));
   } catch (const qx::EDataError& Error) {
-    throw EUsageError(Error.what() + Advice(Error.what()));
+    throw EUsageError(Name() + ": " + Error.what() + Advice(Error.what()));
   } catch (const std::out_of_range& Error) {
-    throw EUsageError(FileName + ": " + Error.what());
+    throw EUsageError(Name() + ": " + Error.what());
   }
 }
 
@@ -104,26 +110,42 @@ std::string TDataFile::Advice(const std::string& Message) {
   return qx::ParseReal(Cell) ? "; --decimal-point , reads such numbers" : "; --ignore leaves a column out";
 }
 
-// A text of another encoding would be met only when it is written.
-void TDataFile::RequireReadableText() const {
+std::string TDataFile::ReadText() const {
+  const auto Rest = [](std::istream& Stream) {
+    return std::string(std::istreambuf_iterator<char>(Stream), {});
+  };
+  if (FileName == "-") {
+    return Rest(std::cin);
+  }
+  const std::string Failed = "Cannot read \"" + FileName + '"';
+  errno = 0;
   std::ifstream Stream(FileName, std::ios::binary);
-  std::array<char, 2> Mark{};
-  Stream.read(Mark.data(), Mark.size());
-  if (Stream && (Mark == std::array{'\xff', '\xfe'} || Mark == std::array{'\xfe', '\xff'})) {
-    throw EUsageError(FileName + " is UTF-16; save it as UTF-8");
+  if (!Stream) {
+    throw std::system_error(errno, std::generic_category(), Failed);
+  }
+  try {
+    return Rest(Stream);
+  } catch (const std::ios_base::failure& Failure) { // a folder, say
+    throw std::system_error(Failure.code(), Failed);
+  }
+}
+
+// A text of another encoding would be met only when it is written.
+void TDataFile::RequireReadableText(std::string_view Text) const {
+  if (Text.starts_with("\xff\xfe") || Text.starts_with("\xfe\xff")) {
+    throw EUsageError(Name() + " is UTF-16; save it as UTF-8");
   }
 }
 
 qx::TQXDataSet TDataFile::RequireReadableNames(qx::TQXDataSet Data) const {
   for (int I = 0; I < Data.ColumnCount(); ++I) {
-    const std::string& Name = Data.ColumnName(I);
-    if (!IsUTF8(Name)) {
+    const std::string& Column = Data.ColumnName(I);
+    if (!IsUTF8(Column)) {
       throw EUsageError(
-          fmt::format("{}: the name of column {} is not UTF-8; save the table as UTF-8", FileName, I + 1));
+          fmt::format("{}: the name of column {} is not UTF-8; save the table as UTF-8", Name(), I + 1));
     }
-    if (std::ranges::any_of(Name, [](char C) { return static_cast<unsigned char>(C) < ' '; })) {
-      throw EUsageError(
-          fmt::format("{}: the name of column {} goes over more than one line", FileName, I + 1));
+    if (std::ranges::any_of(Column, [](char C) { return static_cast<unsigned char>(C) < ' '; })) {
+      throw EUsageError(fmt::format("{}: the name of column {} goes over more than one line", Name(), I + 1));
     }
   }
   return Data;

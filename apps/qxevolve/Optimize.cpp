@@ -67,13 +67,13 @@ private:
   static std::vector<double> Column(const qx::TQXDataSet& Table, const TOptimizeOptions& Options,
                                     const std::string& Name) {
     if (Table.IndexOf(Name) < 0) {
-      throw EUsageError(fmt::format("{} has no column \"{}\"", Options.Data.FileName, Name));
+      throw EUsageError(fmt::format("{} has no column \"{}\"", Options.Data.Name(), Name));
     }
     const auto Values = Table.Column(Name);
     for (std::size_t Row = 0; Row < Values.size(); ++Row) {
       if (!std::isfinite(Values[Row]) || Values[Row] < 0) {
         throw EUsageError(fmt::format("{}: the {} of item {} is {}, not a number from 0 on",
-                                      Options.Data.FileName, Name, Row + 1, Short(Values[Row])));
+                                      Options.Data.Name(), Name, Row + 1, Short(Values[Row])));
       }
     }
     return {Values.begin(), Values.end()};
@@ -89,7 +89,7 @@ private:
     const double Capacity = Table.Column("capacity")[0]; // the other rows need none
     if (!std::isfinite(Capacity) || Capacity < 0) {
       throw EUsageError(fmt::format("{}: the capacity in the first row is {}, not a number from 0 on",
-                                    Options.Data.FileName, Short(Capacity)));
+                                    Options.Data.Name(), Short(Capacity)));
     }
     return Capacity;
   }
@@ -233,7 +233,7 @@ int Optimize(const TOptimizeOptions& Options) {
   File.MissingValues = "keep"; // those in columns that count are refused later
   const qx::TQXDataSet Table = File.Read({"value", "weight", "capacity"});
   if (Table.RowCount() == 0) {
-    throw EUsageError(Options.Data.FileName + " has no items");
+    throw EUsageError(Options.Data.Name() + " has no items");
   }
   return TOptimize(Options, Table).Execute();
 }

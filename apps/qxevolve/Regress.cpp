@@ -121,15 +121,15 @@ private:
     qx::TQXDataSet Table = FOptions.Data.Read();
     for (const std::string& Name : {FOptions.Target, FOptions.Weights}) {
       if (!Name.empty() && Table.IndexOf(Name) < 0) {
-        throw EUsageError(fmt::format("{} has no column \"{}\"; it has {}", FOptions.Data.FileName, Name,
+        throw EUsageError(fmt::format("{} has no column \"{}\"; it has {}", FOptions.Data.Name(), Name,
                                       ColumnNames(Table)));
       }
     }
     if (Table.ColumnCount() < (FOptions.Weights.empty() ? 2 : 3)) {
-      throw EUsageError(FOptions.Data.FileName + " has no column to explain \"" + FOptions.Target + "\" by");
+      throw EUsageError(FOptions.Data.Name() + " has no column to explain \"" + FOptions.Target + "\" by");
     }
     if (Table.RowCount() < 2) {
-      throw EUsageError(fmt::format("{} has {}; a formula needs two or more", FOptions.Data.FileName,
+      throw EUsageError(fmt::format("{} has {}; a formula needs two or more", FOptions.Data.Name(),
                                     Table.RowCount() == 0 ? "no rows of numbers" : "one row of numbers"));
     }
     const auto Values = Table.Column(FOptions.Target);
@@ -162,9 +162,9 @@ private:
     try {
       FRegression.SetData(std::move(Split), FRun.Target, FRun.Weights);
     } catch (const std::invalid_argument& Error) { // targets or weights that are none
-      throw EUsageError(FOptions.Data.FileName + ": " + Error.what());
+      throw EUsageError(FOptions.Data.Name() + ": " + Error.what());
     } catch (const qx::EGPException& Error) { // names
-      throw EUsageError(FOptions.Data.FileName + ": " + Error.what() + "; rename it, or --ignore it");
+      throw EUsageError(FOptions.Data.Name() + ": " + Error.what() + "; rename it, or --ignore it");
     }
     if (FOptions.NoConstants && !FResumes) {
       for (int I = Instructions.Count(); I-- > 0;) {
@@ -218,7 +218,9 @@ private:
       ResumeRun(Found);
     }
     FRun.Data = FOptions.Data; // the file may have moved
-    FRun.Data.FileName = std::filesystem::absolute(FOptions.Data.FileName).string();
+    FRun.Data.FileName = FOptions.Data.FileName == "-"
+                             ? FOptions.Data.FileName
+                             : std::filesystem::absolute(FOptions.Data.FileName).string();
     if (!FResumes) {
       BeginRun(Table, Found);
     }

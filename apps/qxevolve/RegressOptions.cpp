@@ -78,7 +78,8 @@ void TRegressOptions::AddChoice(CLI::App& App, const std::string& Name, const st
 
 void TRegressOptions::AddTo(CLI::App& App) {
   const TRegression Defaults;
-  App.add_option("data", Data.FileName, "Table of numbers, as CSV; its first line names the columns")
+  App.add_option("data", Data.FileName,
+                 "Table of numbers, as CSV; its first line names the columns. - is standard input")
       ->required()
       ->type_name("FILE.csv");
   App.add_option("-t,--target", Target, "Column to find a formula for")

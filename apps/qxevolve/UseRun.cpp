@@ -92,7 +92,7 @@ void AddModelTo(CLI::App& App, TUseOptions& Options) {
 
 void TUseOptions::AddPredictTo(CLI::App& App) {
   AddRunTo(App, *this);
-  App.add_option("data", Data.FileName, "Table with the columns that the formula needs")
+  App.add_option("data", Data.FileName, "Table with the columns that the formula needs; - is standard input")
       ->required()
       ->type_name("NEW.csv");
   AddModelTo(App, *this);

@@ -29,6 +29,19 @@ struct TRow {
   std::vector<std::string> Cells;
 };
 
+// A cell or name as a message shows it: not too long, and without what ends lines and texts.
+std::string Shown(std::string_view Text) {
+  constexpr std::size_t Longest = 60;
+  std::size_t End = std::min(Text.size(), Longest);
+  while (End < Text.size() && End > 0 && (static_cast<unsigned char>(Text[End]) & 0xc0) == 0x80) {
+    --End; // not within a character
+  }
+  std::string Result(Text.substr(0, End));
+  std::ranges::replace_if(
+      Result, [](char C) { return static_cast<unsigned char>(C) < ' '; }, '?');
+  return '"' + Result + (End < Text.size() ? "...\"" : "\"");
+}
+
 class TCSVReader {
 public:
   TCSVReader(std::string_view Text, TCSVFormat Format) : FRest(Text), FFormat(std::move(Format)) {
@@ -153,7 +166,7 @@ private:
         Name = "column" + std::to_string(I + 1);
       }
       if (std::ranges::find(FNames, Name) != FNames.end()) {
-        Raise(Row.Line, I, "there is a column \"" + Name + "\" already");
+        Raise(Row.Line, I, "there is a column " + Shown(Name) + " already");
       }
       FNames.push_back(Name);
     }
@@ -164,7 +177,7 @@ private:
     for (const std::string& Name : FFormat.Ignored) {
       const auto Found = std::ranges::find(FNames, Name);
       if (Found == FNames.end()) {
-        throw std::out_of_range("There is no column \"" + Name + "\" to leave out");
+        throw std::out_of_range("There is no column " + Shown(Name) + " to leave out");
       }
       FIsIgnored[static_cast<std::size_t>(Found - FNames.begin())] = true;
     }
@@ -191,7 +204,7 @@ private:
 
   double ValueOf(const TRow& Row, std::size_t Place) const {
     std::string Text = Row.Cells[Place];
-    const std::string Where = "\"" + FNames[Place] + "\" ";
+    const std::string Where = Shown(FNames[Place]) + ' ';
     bool IsNumber = true;
     if (FFormat.DecimalPoint != '.') {
       IsNumber = Text.find('.') == std::string::npos;
@@ -200,7 +213,7 @@ private:
     const bool IsMissing = Trimmed(Text).empty() || SameText(Trimmed(Text), "NA");
     const auto Value = IsMissing ? std::numeric_limits<double>::quiet_NaN() : ParseReal(Text);
     if (!Value || !IsNumber) {
-      Raise(Row.Line, Place, Where + "is no number: \"" + Row.Cells[Place] + "\"");
+      Raise(Row.Line, Place, Where + "is no number: " + Shown(Row.Cells[Place]));
     }
     if (std::isnan(*Value) && FFormat.MissingValues == mvRefuse) {
       Raise(Row.Line, Place, Where + "has no number");

@@ -49,6 +49,13 @@ TEST_F(QxevolveErrorsTest, TextsOfOtherEncodingsAndNumbersAreTold) {
   ExpectDataError("x,y\n1,1e-170\n2,4e-170\n3,9e-170\n", "too close to each other");
 }
 
+TEST_F(QxevolveErrorsTest, CellsThatCannotBeShownAsTheyAreAreTold) {
+  ExpectDataError(std::string("x,y\n1,2\n\0003,4\n5,6\n", 16), "\"x\" is no number: \"?3\"; --ignore leaves");
+  ExpectDataError(std::string("x,y\n1,2\n\0,4\n5,6\n", 15), "\"x\" is no number: \"?\"; --ignore leaves");
+  ExpectDataError("x,y\n1,2\n" + std::string(100'000, 'z') + ",4\n",
+                  "\"x\" is no number: \"" + std::string(60, 'z') + "...\"; --ignore leaves");
+}
+
 TEST_F(QxevolveErrorsTest, NothingThatIsReadIsOverwritten) {
   WritePlanets();
   const std::string Table = Read("planets.csv");

@@ -5,6 +5,41 @@
 namespace qxevolve::tests {
 namespace {
 
+using QxevolvePipeTest = QxevolveTest;
+
+// Longer than any buffer of a pipe or a stream.
+TEST_F(QxevolvePipeTest, ATableThroughAPipeIsReadWhole) {
+  std::string Table = "x,y\n";
+  for (int I = 0; I < 8'000; ++I) {
+    Table += std::to_string(I) + ',' + std::to_string(3 * I + 1) + '\n';
+  }
+  Write("table.csv", Table);
+  ASSERT_EQ(
+      Run({"regress", "table.csv", "-t", "y", "-g", "1", "--seed", "1", "-q", "--save", "run.xml"}).Code, 0);
+  const std::string Expected = Run({"predict", "run.xml", "table.csv"}).Out;
+  ASSERT_EQ(std::ranges::count(Expected, '\n'), 8'001);
+  for (const std::string Name : {"/dev/stdin", "-"}) {
+    const std::string Command = "cd '" + Folder() + "' && cat table.csv | " QX_EVOLVE " predict run.xml " +
+                                Name + " > " + (Name == "-" ? "dash" : "device");
+    ASSERT_EQ(std::system(Command.c_str()), 0) << Name;
+    EXPECT_TRUE(Read(Name == "-" ? "dash" : "device") == Expected) << Name;
+  }
+  const std::string Regress = "cd '" + Folder() +
+                              "' && cat table.csv | " QX_EVOLVE
+                              " regress - -t y -g 1 --seed 1 -q --save piped.xml > /dev/null";
+  ASSERT_EQ(std::system(Regress.c_str()), 0);
+  EXPECT_TRUE(Run({"predict", "piped.xml", "table.csv"}).Out == Expected);
+}
+
+TEST_F(QxevolvePipeTest, ASmallOrEmptyPipeIsToldByItsName) {
+  Write("run.sh", "printf 'x,y\\n1,2\\nz,4\\n' | " QX_EVOLVE " regress - -t y 2> small\n"
+                  "printf '' | " QX_EVOLVE " regress - -t y 2> empty\n");
+  static_cast<void>(std::system(("cd '" + Folder() + "' && sh run.sh").c_str()));
+  EXPECT_NE(Read("small").find("standard input: Line 3, column 1"), std::string::npos) << Read("small");
+  EXPECT_NE(Read("empty").find("standard input: The text has no columns"), std::string::npos)
+      << Read("empty");
+}
+
 // A run that is kept.
 class QxevolveUseTest : public QxevolveTest {
 protected:
