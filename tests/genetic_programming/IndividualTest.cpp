@@ -148,7 +148,7 @@ TEST_F(ProgramIndividualTest, GraftMakesTheNewSubtreeTheLastChild) {
 TEST_F(ProgramIndividualTest, GraftTakesTheFreeSlotOfABinaryNode) {
   Engine.Binary = true;
   TIndividual& Individual = Add("(Add x y)");
-  Individual.Graft(*Individual.FlattenedDNA()[1], Engine.Tree("(Neg y)"));
+  static_cast<void>(Individual.Graft(*Individual.FlattenedDNA()[1], Engine.Tree("(Neg y)")));
   EXPECT_EQ(Program(Individual), "(Add (Neg y) y)");
 }
 
@@ -164,14 +164,16 @@ TEST_F(ProgramIndividualTest, AGraftThatFailsChangesNothing) {
   TIndividual& Individual = Add("(Add x y)");
   const TIndividual& Other = Add("(Neg y)");
   TPointer New = Engine.Tree("c");
-  EXPECT_THROW(Individual.Graft(*Other.FlattenedDNA()[1], std::move(New)), std::invalid_argument);
-  EXPECT_THROW(Individual.Graft(*Engine.Tree("x"), std::move(New)), std::invalid_argument);
-  EXPECT_THROW(Individual.Graft(*Individual.DNA(), nullptr), std::invalid_argument);
+  EXPECT_THROW(static_cast<void>(Individual.Graft(*Other.FlattenedDNA()[1], std::move(New))),
+               std::invalid_argument);
+  EXPECT_THROW(static_cast<void>(Individual.Graft(*Engine.Tree("x"), std::move(New))), std::invalid_argument);
+  EXPECT_THROW(static_cast<void>(Individual.Graft(*Individual.DNA(), nullptr)), std::invalid_argument);
   ASSERT_NE(New, nullptr);
   EXPECT_EQ(Program(Individual), "(Add x y)");
   Engine.Binary = true;
   TIndividual& Binary = Add("(Add x y)");
-  EXPECT_THROW(Binary.Graft(*Binary.FlattenedDNA()[1], std::move(New)), std::invalid_argument); // n-ary
+  EXPECT_THROW(static_cast<void>(Binary.Graft(*Binary.FlattenedDNA()[1], std::move(New))),
+               std::invalid_argument); // n-ary
   ASSERT_NE(New, nullptr);
   EXPECT_EQ(Program(Binary), "(Add x y)");
   EXPECT_EQ(Binary.FlattenedDNA()[1], Binary.DNA()->Children(0));
@@ -303,7 +305,7 @@ protected:
 TEST_F(StubbornNodeTest, AGraftIsTakenBackWhenItsParentRaisesLate) {
   Stubborn->RaisesAfterAdding = true;
   TPointer New = Engine.Tree("c");
-  EXPECT_THROW(Own.Graft(*Own.FlattenedDNA()[1], std::move(New)), std::runtime_error);
+  EXPECT_THROW(static_cast<void>(Own.Graft(*Own.FlattenedDNA()[1], std::move(New))), std::runtime_error);
   EXPECT_NE(New, nullptr);
   ExpectUnchanged();
 }
@@ -369,7 +371,7 @@ TEST(ProgramFitnessTest, EveryChangeThroughTheIndividualMakesItsFitnessStale) {
   const auto Tree = Component.Tree("(Neg (Neg x))");
   ExpectStale(First, [&] { First.SetDNA(*Tree); });
   ExpectStale(Second, [&] { Second.AssignDNA(Tree->Clone()); });
-  ExpectStale(First, [&] { First.Graft(*First.FlattenedDNA()[1], Component.Tree("x")); });
+  ExpectStale(First, [&] { static_cast<void>(First.Graft(*First.FlattenedDNA()[1], Component.Tree("x"))); });
   ExpectStale(First, [&] { First.Crossover(*First.DNA(), Second, *Second.FlattenedDNA()[1]); });
   ExpectStale(Second, [&] { First.Crossover(*First.DNA(), Second, *Second.DNA()); });
   const TXMLDocument Document = TXMLDocument::New("Individual");

@@ -88,7 +88,7 @@ TEST_F(BinaryNodeTest, ARightChildAloneIsOneChildAtPlaceOne) {
 
 TEST_F(BinaryNodeTest, ARightChildAloneReloadsAsTheLeftOne) {
   const auto Node = Tree("(Add x y)");
-  Node->ExtractChild(*Node->Left());
+  static_cast<void>(Node->ExtractChild(*Node->Left()));
   const TXMLDocument Document = TXMLDocument::New("DNA");
   Node->SaveToXML(TXMLDnaType(Document.Root()));
   const auto Read = Tree("x");
@@ -240,7 +240,7 @@ TEST_F(BinaryNodeTest, ACopyThatDoesNotFitOrCannotBeMadeLeavesTheSlots) {
 
 TEST_F(BinaryNodeTest, AssignKeepsTheSlots) {
   const auto Source = Tree("(Add (Mul x y) (Neg c))");
-  Source->ExtractChild(*Source->Left());
+  static_cast<void>(Source->ExtractChild(*Source->Left()));
   EXPECT_EQ(Source->Size(), 3);
   const auto Node = Tree("(Add x y)");
   Node->Assign(*Source);

@@ -60,7 +60,7 @@ TEST(NodeTest, AChildChangesTheSizeOfEveryAncestor) {
   EXPECT_EQ(Inner.Size(), 4);
   EXPECT_EQ(Tree->Size(), 7);
   EXPECT_EQ(Tree->Depth(), 4);
-  Inner.ExtractChild(*Inner.Children(1));
+  static_cast<void>(Inner.ExtractChild(*Inner.Children(1)));
   EXPECT_EQ(Tree->Size(), 5);
   EXPECT_EQ(Tree->Depth(), 3);
   Inner.Clear();
@@ -170,7 +170,7 @@ TEST(NodeTest, ExtractChildHandsTheNodeOut) {
   EXPECT_EQ(Taken->ToString(), "(Neg x)");
   EXPECT_EQ(Taken->Parent(), nullptr);
   EXPECT_EQ(Tree->ToString(), "(Add y)");
-  EXPECT_THROW(Tree->ExtractChild(*Taken), std::invalid_argument);
+  EXPECT_THROW(static_cast<void>(Tree->ExtractChild(*Taken)), std::invalid_argument);
   EXPECT_EQ(Tree->IndexOf(*Taken), -1);
 }
 
@@ -193,7 +193,7 @@ TEST(NodeTest, ManyChildrenKeepTheirOrder) {
   const auto Slots = Root->Slots();
   EXPECT_TRUE(std::equal(Slots.begin(), Slots.end(), Expected.begin(), Expected.end()));
   for (int I = 0; I < 990; ++I) {
-    Root->ExtractChild(*Expected[5]);
+    static_cast<void>(Root->ExtractChild(*Expected[5]));
     Expected.erase(Expected.begin() + 5);
   }
   const auto Left = Root->Slots();
@@ -377,7 +377,7 @@ void ExpectEveryChangeToBeHeard(TMake Make) {
     Deep->AddChild(MakeNode<TTree>(nullptr));
   }
   EXPECT_EQ(Listener.Heard, 15);
-  Deep->ExtractChild(*Deep->Children(0));
+  static_cast<void>(Deep->ExtractChild(*Deep->Children(0)));
   EXPECT_EQ(Listener.Heard, 16);
   Deep->Clear();
   EXPECT_EQ(Listener.Heard, 17);

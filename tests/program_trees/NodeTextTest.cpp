@@ -44,8 +44,8 @@ TEST(NodeTextTest, FreeSlotsOfBinaryNodesStayFree) {
   tests::TArithmeticEngine Engine;
   Engine.Binary = true;
   auto Tree = Engine.Tree("(Add x (Mul y c))");
-  Tree->ExtractChild(*Tree->Children(0));
-  Tree->Children(1)->ExtractChild(*Tree->Children(1)->Children(1));
+  static_cast<void>(Tree->ExtractChild(*Tree->Children(0)));
+  static_cast<void>(Tree->Children(1)->ExtractChild(*Tree->Children(1)->Children(1)));
   const std::string Text = R"("Add"(- "Mul"("y" -)))";
   EXPECT_EQ(Tree->StateText(), Text);
   const auto Read = TQXGPNode<TGAFloat>::FromStateText(Text, Engine);
