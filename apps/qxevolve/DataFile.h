@@ -13,12 +13,19 @@ class App;
 
 namespace qxevolve {
 
+/// What a table holds: numbers, and perhaps one column of texts, a text for each row.
+struct TTable {
+  qx::TQXDataSet Numbers;
+  std::vector<std::string> Texts;
+};
+
 /// A table on disk, and how it is written.
 struct TDataFile {
   std::string FileName; // "-" for standard input
   std::string Separator;
   std::string DecimalPoint; // "" for a point
   bool NoHeader = false;
+  bool Thousands = false;               // marks of them, and percentages
   std::string MissingValues = "refuse"; // or "skip" their rows, or "keep" them
   std::vector<std::string> Ignored;
 
@@ -30,12 +37,17 @@ struct TDataFile {
   /// What was not asked for is as in another table.
   void InheritFormat(const TDataFile& Other);
   /// The table without the ignored columns, or only the wanted ones; read once, since a pipe can be read but
-  /// once. Raises EUsageError, with the option that
-  /// helps, for what is no such table, and std::system_error when it cannot be read.
-  qx::TQXDataSet Read(const std::vector<std::string>& Wanted = {}) const;
+  /// once. With it the texts of the first of those columns that is there. Raises EUsageError, with the option
+  /// that helps, which leaves no needed column out, for what is no such table, and std::system_error when it
+  /// cannot be read.
+  TTable Read(const std::vector<std::string>& Needed, const std::vector<std::string>& Wanted = {},
+              const std::vector<std::string>& Texts = {}) const;
 
 private:
-  static std::string Advice(const std::string& Message);
+  qx::TCSVFormat Format() const;
+  std::string Advice(const qx::EDataError& Error, const std::vector<std::string>& Needed) const;
+  std::string SeparatorAdvice(const qx::EDataError& Error) const;
+  std::string TextAdvice(const qx::EDataError& Error, const std::vector<std::string>& Needed) const;
   std::string ReadText() const;
   void RequireReadableText(std::string_view Text) const;
   qx::TQXDataSet RequireReadableNames(qx::TQXDataSet Data) const;

@@ -106,8 +106,8 @@ private:
 
 class TOptimize {
 public:
-  TOptimize(const TOptimizeOptions& Options, const qx::TQXDataSet& Table)
-      : FOptions(Options), FKnapsack(Table, Options) {
+  TOptimize(const TOptimizeOptions& Options, TTable Table)
+      : FOptions(Options), FKnapsack(Table.Numbers, Options), FNames(std::move(Table.Texts)) {
     for (int Item = 0; Item < FKnapsack.Count(); ++Item) {
       qx::TQXGAGene& Gene = FAlgorithm.Genes().Add();
       Gene.SetName("item" + std::to_string(Item + 1));
@@ -176,7 +176,9 @@ private:
   std::string ResultText() const {
     std::string Text = "item,value,weight\n";
     for (const int Item : FBest.Items) {
-      Text += fmt::format("{},{},{}\n", Item + 1, qx::NumberText(FKnapsack.Value(Item)),
+      const std::string Name =
+          FNames.empty() ? std::to_string(Item + 1) : FNames[static_cast<std::size_t>(Item)];
+      Text += fmt::format("{},{},{}\n", CSVCell(Name), qx::NumberText(FKnapsack.Value(Item)),
                           qx::NumberText(FKnapsack.Weight(Item)));
     }
     if (!FOptions.Quiet) {
@@ -188,6 +190,7 @@ private:
 
   const TOptimizeOptions& FOptions;
   TKnapsack FKnapsack;
+  std::vector<std::string> FNames; // of the items, if they have some
   qx::TQXGeneticAlgorithm FAlgorithm;
   TLoad FBest;
 };
@@ -203,6 +206,8 @@ void TOptimizeOptions::AddTo(CLI::App& App) {
   App.add_option("-c,--capacity", Capacity, "Weight that fits [the table's]")
       ->check(IsWithin(0))
       ->type_name("NUMBER");
+  App.add_option("--names", Names, "Column with what the items are called [name or item, if there is one]")
+      ->type_name("NAME");
   App.add_option("-p,--population", Population, "Individuals")
       ->check(IsWhole(2, 1'000'000))
       ->type_name("N")
@@ -231,11 +236,17 @@ int Optimize(const TOptimizeOptions& Options) {
   }
   TDataFile File = Options.Data;
   File.MissingValues = "keep"; // those in columns that count are refused later
-  const qx::TQXDataSet Table = File.Read({"value", "weight", "capacity"});
-  if (Table.RowCount() == 0) {
+  const std::vector<std::string> Names =
+      Options.Names.empty() ? std::vector<std::string>{"name", "item"} : std::vector{Options.Names};
+  const std::vector<std::string> Columns = {"value", "weight", "capacity"};
+  TTable Table = File.Read(Columns, Columns, Names);
+  if (Table.Numbers.RowCount() == 0) {
     throw EUsageError(Options.Data.Name() + " has no items");
   }
-  return TOptimize(Options, Table).Execute();
+  if (!Options.Names.empty() && Table.Texts.empty()) {
+    throw EUsageError(fmt::format("{} has no column \"{}\"", Options.Data.Name(), Options.Names));
+  }
+  return TOptimize(Options, std::move(Table)).Execute();
 }
 
 } // namespace qxevolve

@@ -16,6 +16,7 @@ namespace qxevolve {
 struct TOptimizeOptions {
   TDataFile Data;
   std::optional<double> Capacity; // without it, that of the table's column
+  std::string Names;              // the column with those of the items; without it, "name" or "item"
   int Population = 200;
   int Generations = 1000;
   double Seconds = 10;

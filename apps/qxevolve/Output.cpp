@@ -83,6 +83,17 @@ std::string Shortened(const std::string& Line, std::size_t Width) {
 
 std::string Short(double Value) { return fmt::format("{:.6g}", Value); }
 
+std::string CSVCell(const std::string& Text) {
+  if (Text.find_first_of(",\"\n") == std::string::npos) {
+    return Text;
+  }
+  std::string Quoted = "\"";
+  for (const char C : Text) {
+    Quoted += C == '"' ? "\"\"" : std::string(1, C);
+  }
+  return Quoted + '"';
+}
+
 std::string JSON(double Value) { return std::isfinite(Value) ? qx::NumberText(Value) : "null"; }
 
 std::string JSON(std::string_view Text) {

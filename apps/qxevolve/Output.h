@@ -28,11 +28,15 @@ std::optional<std::size_t> TerminalWidth(int Descriptor);
 /// A line cut to so many bytes, between characters, with "..." at its end; a width below 20 cuts nothing.
 std::string Shortened(const std::string& Line, std::size_t Width);
 
-/// A number for people: six significant digits, with a decimal point.
+/// Significant digits of numbers for people.
+inline constexpr int ShownDigits = 6;
+/// A number for people, with a decimal point.
 std::string Short(double Value);
 /// A value in JSON, null for what is no finite number.
 std::string JSON(double Value);
 std::string JSON(std::string_view Text);
+/// A cell of a table that reads back as the same text.
+std::string CSVCell(const std::string& Text);
 /// A text within HTML.
 std::string HTML(std::string_view Text);
 

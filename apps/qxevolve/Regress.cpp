@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <filesystem>
 #include <fmt/format.h>
 #include <memory>
@@ -35,8 +36,7 @@ constexpr int RowsForTest = 40; // from which on some of them are kept from the 
 constexpr double UsualTestShare = 0.25;
 
 std::string ReadableFormula(const TRegressionModel& Model) {
-  constexpr int Digits = 6;
-  return TQXFormula(Model).Simplify().RoundConstants(Digits).Text(qx::fsInfix);
+  return TQXFormula(Model).Simplify().RoundConstants(ShownDigits).Text(qx::fsInfix);
 }
 
 // One call of `qxevolve regress`.
@@ -103,6 +103,9 @@ private:
     if (!FOptions.Save.empty()) {
       RequireOther(FOptions.Save, {FOptions.Data.FileName});
       TRunFile::RequireRunOrNothing(FOptions.Save);
+      if (!FResumes && !FOptions.Force) {
+        TRunFile::RequireTarget(FOptions.Save, FRun.Target);
+      }
       RequireWritable(FOptions.Save);
     }
     if (!FOptions.Report.empty()) {
@@ -118,11 +121,17 @@ private:
     if (std::ranges::find(FOptions.Data.Ignored, FOptions.Target) != FOptions.Data.Ignored.end()) {
       throw EUsageError("The target cannot be left out by --ignore");
     }
-    qx::TQXDataSet Table = FOptions.Data.Read();
+    std::vector<std::string> Needed = {FOptions.Target};
+    if (!FOptions.Weights.empty()) {
+      Needed.push_back(FOptions.Weights);
+    }
+    qx::TQXDataSet Table = FOptions.Data.Read(Needed).Numbers;
     for (const std::string& Name : {FOptions.Target, FOptions.Weights}) {
       if (!Name.empty() && Table.IndexOf(Name) < 0) {
-        throw EUsageError(fmt::format("{} has no column \"{}\"; it has {}", FOptions.Data.Name(), Name,
-                                      ColumnNames(Table)));
+        const bool MayBeOne = Table.ColumnCount() == 1 && FOptions.Data.Separator.empty();
+        throw EUsageError(fmt::format("{} has no column \"{}\"; it has {}{}", FOptions.Data.Name(), Name,
+                                      ColumnNames(Table),
+                                      MayBeOne ? "; --separator CHAR tells what is between cells" : ""));
       }
     }
     if (Table.ColumnCount() < (FOptions.Weights.empty() ? 2 : 3)) {
@@ -137,7 +146,29 @@ private:
       throw EUsageError(fmt::format("\"{}\" is {} in every row: there is nothing to explain", FOptions.Target,
                                     Short(Values[0])));
     }
-    return Table;
+    return WithoutConstants(Table);
+  }
+
+  // What is the same in every row explains nothing.
+  qx::TQXDataSet WithoutConstants(const qx::TQXDataSet& Table) const {
+    std::vector<std::string> Constant;
+    std::string Told;
+    for (int I = 0; I < Table.ColumnCount(); ++I) {
+      const std::string& Name = Table.ColumnName(I);
+      const auto Values = Table.Column(I);
+      if (Name != FOptions.Weights &&
+          std::ranges::all_of(Values, [&](double Value) { return Value == Values[0]; })) {
+        Constant.push_back(Name);
+        Told += fmt::format("\"{}\" is {} in every row, and left out\n", Name, Short(Values[0]));
+      }
+    }
+    qx::TQXDataSet Rest = Table.Without(Constant);
+    if (Rest.ColumnCount() < (FOptions.Weights.empty() ? 2 : 3)) {
+      throw EUsageError(fmt::format("{} has no column that changes to explain \"{}\" by",
+                                    FOptions.Data.Name(), FOptions.Target));
+    }
+    TellUsual(Told);
+    return Rest;
   }
 
   static std::string ColumnNames(const qx::TQXDataSet& Table) {
@@ -162,7 +193,11 @@ private:
     try {
       FRegression.SetData(std::move(Split), FRun.Target, FRun.Weights);
     } catch (const std::invalid_argument& Error) { // targets or weights that are none
-      throw EUsageError(FOptions.Data.Name() + ": " + Error.what());
+      const auto Values = Table.Column(FRun.Target);
+      const bool Skips = FOptions.Data.MissingValues == "skip" ||
+                         std::ranges::all_of(Values, [](double Value) { return std::isfinite(Value); });
+      throw EUsageError(FOptions.Data.Name() + ": " + Error.what() +
+                        (Skips ? "" : "; --missing skip leaves such rows out"));
     } catch (const qx::EGPException& Error) { // names
       throw EUsageError(FOptions.Data.Name() + ": " + Error.what() + "; rename it, or --ignore it");
     }
@@ -276,8 +311,16 @@ private:
                                     FOptions.Generations - FFormerGenerations)});
     };
     double Saved = 0;
+    // Generations end whole, so that the run can be repeated, unless one takes far too long.
+    constexpr double Longer = 1.05;
+    constexpr double AtLeast = 0.25;
+    FRegression.SetDeadline(Longer * FOptions.Seconds + AtLeast - Seconds());
     while (!IsOver()) {
-      FRegression.Evolve();
+      if (FRegression.Initialized()) {
+        FRegression.Evolve();
+      } else {
+        FRegression.Initialize();
+      }
       if (!FOptions.Save.empty() && FOptions.CheckpointSeconds > 0 &&
           Seconds() >= Saved + FOptions.CheckpointSeconds) {
         Progress->Finish();
@@ -353,17 +396,34 @@ private:
       Text += fmt::format(", {:.6f} on {} test rows", RSquared(Best, FRegression.TestData()),
                           FRegression.TestData().RowCount());
     }
-    return Text + fmt::format("; {} generations, {:.1f} s, ended by {}", FRegression.Generation(),
-                              FRun.History.back().Seconds, FEndedBy);
+    return Text + fmt::format("; {} generations, {:.1f} s; stopped: {}", FRegression.Generation(),
+                              FRun.History.back().Seconds, WhyStopped());
   }
 
+  std::string WhyStopped() const {
+    if (FEndedBy == "error") {
+      return "error below " + Short(FRegression.FitnessCutoff());
+    }
+    if (FEndedBy == "patience") {
+      return fmt::format("{} generations without a smaller test error", FRegression.StoppingPatience());
+    }
+    return FEndedBy == "time"          ? "time is up"
+           : FEndedBy == "generations" ? "that many were asked for"
+           : FEndedBy == "interrupt"   ? "Ctrl-C"
+                                       : "nobody reads the output";
+  }
+
+  // The error that the formula is chosen by stands beside the other one.
   void PrintFront() {
     const auto Width = TerminalWidth(STDOUT_FILENO);
-    std::string Text = fmt::format("\n{:>6}  {:>11}  formula\n", "size", "error");
+    const bool HasTest = FRegression.TestData().RowCount() > 0;
+    std::string Text = fmt::format("\n{:>6}  {:>11}{}  formula\n", "size", "error",
+                                   HasTest ? fmt::format("  {:>11}", "test error") : "");
     for (const TRegressionModel& Model : FRegression.Front()) {
       const char Mark = Model.Size() == FRun.ChosenSize ? '*' : ' ';
       const std::string Line =
-          fmt::format("{:>6}{} {:>11.4g}  {}", Model.Size(), Mark, Model.Error, ReadableFormula(Model));
+          fmt::format("{:>6}{} {:>11.4g}{}  {}", Model.Size(), Mark, Model.Error,
+                      HasTest ? fmt::format("  {:>11.4g}", Model.TestError) : "", ReadableFormula(Model));
       Text += (Width ? Shortened(Line, *Width) : Line) + '\n'; // `show --size` has all of it
     }
     Print(Text);

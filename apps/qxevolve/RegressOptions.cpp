@@ -89,9 +89,11 @@ void TRegressOptions::AddTo(CLI::App& App) {
   App.add_option("--weights", Weights, "Column that says how much each row counts")
       ->type_name("NAME")
       ->group("Data");
-  App.add_option("--test-share", TestShare,
-                 "Share of the rows, drawn by the seed, that judge the formulas and that none is selected by "
-                 "[0.25 of 40 rows or more, else 0]")
+  App.add_option(
+         "--test-share", TestShare,
+         "Share of the rows, drawn by the seed, that no program is bred by, and that choose the formula: "
+         "the smallest one whose error there is within a tenth of the least [0.25 of 40 rows or more, "
+         "else 0]")
       ->check(IsWithin(0, 0.9))
       ->type_name("SHARE")
       ->group("Data");
@@ -227,6 +229,9 @@ void TRegressOptions::AddOutputOptions(CLI::App& App) {
       ->type_name("FILE.xml")
       ->group(Group);
   App.add_flag("--resume", Resume, "Goes on with the run in that file, when it is there")
+      ->needs("--save")
+      ->group(Group);
+  App.add_flag("--force", Force, "Replaces a run on another target in that file")
       ->needs("--save")
       ->group(Group);
   App.add_option("--checkpoint", CheckpointSeconds, "Saves after each so many seconds as well; 0: at the end")

@@ -38,6 +38,7 @@ public:
 
   std::string Save;
   bool Resume = false;
+  bool Force = false; // replaces a run on another target
   double CheckpointSeconds = 30;
   std::string Report;
   TProgressKind Progress = TProgressKind::Usual;

@@ -22,8 +22,7 @@ using qx::TQXFormula;
 using qx::TRegressionModel;
 
 std::string FormulaText(const TRegressionModel& Model) {
-  constexpr int Digits = 6;
-  return HTML(TQXFormula(Model).Simplify().RoundConstants(Digits).Text(qx::fsInfix));
+  return HTML(TQXFormula(Model).Simplify().RoundConstants(ShownDigits).Text(qx::fsInfix));
 }
 
 class TPage {
@@ -127,8 +126,11 @@ private:
     }
     return fmt::format("<section id=\"settings\">\n<h2>Settings</h2>\n<pre>{}</pre>\n"
                        "<p>Seed {}. The command that repeats the run, with the settings that it began "
-                       "with:</p>\n<pre>{}</pre>\n</section>\n",
-                       HTML(Lines.Text()), FRun.Seed, HTML(ShellText(RepeatingCommand())));
+                       "with{}:</p>\n<pre>{}</pre>\n</section>\n",
+                       HTML(Lines.Text()), FRun.Seed,
+                       FRegression.IsCutShort() ? " (but for the last generation, which time has cut short)"
+                                                : "",
+                       HTML(ShellText(RepeatingCommand())));
   }
 
   const TRun& FRun;

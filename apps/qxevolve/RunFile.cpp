@@ -79,6 +79,7 @@ TRun ReadRun(const qx::TXMLNode& Root) {
   VisitTexts(Run, [&](std::string_view Name, std::string& Text) { Text = Data.FindChild(Name).AsText(); });
   Run.Data.Ignored = ReadList(Data, "Ignored");
   Run.Data.NoHeader = Data.FindChild("NoHeader").AsBoolean();
+  Run.Data.Thousands = Data.FindChild("Thousands").AsBoolean();
   Run.TestShare = Data.FindChild("TestShare").AsNumber();
   Run.Rows = Data.FindChild("Rows").AsInteger();
   Run.Fingerprint = ReadBits(Data.FindChild("Fingerprint"));
@@ -151,6 +152,17 @@ void TRunFile::RequireRunOrNothing(const std::string& FileName) {
   }
 }
 
+void TRunFile::RequireTarget(const std::string& FileName, const std::string& Target) {
+  if (!std::ifstream(FileName)) {
+    return;
+  }
+  const TRun Run = TRunFile(FileName).Run();
+  if (Run.Target != Target) {
+    throw EUsageError(
+        fmt::format("{} holds a run on another target, {}: --force replaces it", FileName, Run.Target));
+  }
+}
+
 void TRunFile::AddFunctions(qx::TQXSymbolicRegression& Regression) const {
   for (const auto& [Name, NameInRun] : FFunctions) {
     AddStandardInstruction(Regression.Instructions(), Name, NameInRun);
@@ -175,6 +187,7 @@ void TRunFile::Write(const std::string& FileName, const TRun& Run, qx::TQXSymbol
   VisitTexts(Run, [&](std::string_view Name, const std::string& Text) { Data.Child(Name).SetText(Text); });
   WriteList(Data, "Ignored", Run.Data.Ignored);
   Data.Child("NoHeader").SetBoolean(Run.Data.NoHeader);
+  Data.Child("Thousands").SetBoolean(Run.Data.Thousands);
   Data.Child("TestShare").SetReal(Run.TestShare);
   Data.Child("Rows").SetInteger(Run.Rows);
   Data.Child("Fingerprint").SetText(std::to_string(Run.Fingerprint));

@@ -36,6 +36,8 @@ public:
   const TRun& Run() const { return FRun; }
   /// Raises EUsageError when the file is there and holds something else, which nobody wants to lose.
   static void RequireRunOrNothing(const std::string& FileName);
+  /// Raises EUsageError when the file holds a run on another target, or one that cannot be read.
+  static void RequireTarget(const std::string& FileName, const std::string& Target);
   /// Names of the standard instructions that its programs are made of. A component that is to be restored has
   /// them first.
   void AddFunctions(qx::TQXSymbolicRegression& Regression) const;

@@ -46,23 +46,11 @@ private:
   TQXSymbolicRegression FRegression;
 };
 
-// A cell that reads back as the same text.
-std::string Cell(const std::string& Text) {
-  if (Text.find_first_of(",\"\n") == std::string::npos) {
-    return Text;
-  }
-  std::string Quoted = "\"";
-  for (const char C : Text) {
-    Quoted += C == '"' ? "\"\"" : std::string(1, C);
-  }
-  return Quoted + '"';
-}
-
 std::string TableText(const qx::TQXDataSet& Data) {
   std::string Text;
   std::vector<std::span<const double>> Columns;
   for (int I = 0; I < Data.ColumnCount(); ++I) {
-    Text += (I > 0 ? "," : "") + Cell(Data.ColumnName(I));
+    Text += (I > 0 ? "," : "") + CSVCell(Data.ColumnName(I));
     Columns.push_back(Data.Column(I));
   }
   Text += '\n';
@@ -120,7 +108,8 @@ int Predict(const TUseOptions& Options) {
   File.InheritFormat(Kept.Run().Data);
   File.MissingValues = "keep"; // each row has its prediction, if only NaN
   const auto Variables = qx::TQXFormula(Model).Variables();
-  const qx::TQXDataSet Data = File.Read(Options.Keep ? std::vector<std::string>() : Variables);
+  const qx::TQXDataSet Data =
+      File.Read(Variables, Options.Keep ? std::vector<std::string>() : Variables).Numbers;
   qx::TQXDataSet Result;
   if (Options.Keep) {
     Result = Data;
@@ -142,13 +131,56 @@ int Show(const TUseOptions& Options) {
   RequireOther(Options.Output, {Options.RunFile});
   const TKeptRun Kept(Options.RunFile);
   qx::TQXFormula Formula(Kept.Model(Options.Size));
-  std::string Text = Formula.Simplify().Text(Styles.at(Options.Style), Kept.Run().Target);
+  Formula.Simplify();
+  if (Options.Style == "latex") { // for people to read
+    Formula.RoundConstants(ShownDigits);
+  }
+  std::string Text = Formula.Text(Styles.at(Options.Style), Kept.Run().Target);
   if (!Text.ends_with('\n')) {
     Text += '\n';
   }
   WriteOutput(Options.Output, Text);
   return ExitGood;
 }
+
+namespace {
+
+// Shares that add up to 100%: what rounding down has left goes where most of it was lost.
+std::string SharesText(const TQXSymbolicRegression& Regression) {
+  constexpr int Whole = 1000; // tenths of a percent
+  struct TShare {
+    qx::TGPMutationMethod Method;
+    int Tenths;
+    int Rest;
+  };
+  std::vector<TShare> Shares;
+  int Sum = 0;
+  const auto Methods = qx::EnumNames<qx::TGPMutationMethod>();
+  for (std::size_t I = 0; I < Methods.size(); ++I) {
+    Sum += Regression.MutateWeights(static_cast<qx::TGPMutationMethod>(I));
+  }
+  int Left = Whole;
+  for (std::size_t I = 0; I < Methods.size(); ++I) {
+    const auto Method = static_cast<qx::TGPMutationMethod>(I);
+    if (const int Weight = Regression.MutateWeights(Method); Weight > 0) {
+      Shares.push_back({Method, Weight * Whole / Sum, Weight * Whole % Sum});
+      Left -= Shares.back().Tenths;
+    }
+  }
+  for (; Left > 0; --Left) {
+    TShare& Next = *std::ranges::max_element(Shares, {}, &TShare::Rest);
+    ++Next.Tenths;
+    Next.Rest = -1;
+  }
+  std::string Text;
+  for (const TShare& Share : Shares) {
+    Text += fmt::format("{}{}({:.1f}%)", Text.empty() ? "" : ", ", qx::EnumName(Share.Method),
+                        Share.Tenths / 10.0);
+  }
+  return Text;
+}
+
+} // namespace
 
 int Describe(const TUseOptions& Options) {
   TKeptRun Kept(Options.RunFile);
@@ -158,8 +190,15 @@ int Describe(const TUseOptions& Options) {
   std::string Text = fmt::format(
       "Data = {}, {} rows\nTarget = {}\nWeights = {}\nTest share = {}\nSeed = {}\n", Run.Data.FileName,
       Run.Rows, Run.Target, Run.Weights.empty() ? "None" : Run.Weights, Short(Run.TestShare), Run.Seed);
+  if (const auto Names = Kept.Regression().ColumnNames()) {
+    for (const auto& [Variable, Column] : *Names) {
+      Text += fmt::format("Variable {} = column {}\n", Variable, Column);
+    }
+  }
+  constexpr std::string_view Shares = "   Mutation Distribution = ";
   for (int I = 0; I < Lines.Count(); ++I) {
-    Text += Lines[I] + '\n';
+    Text += Lines[I].starts_with(Shares) ? std::string(Shares) + SharesText(Kept.Regression()) : Lines[I];
+    Text += '\n';
   }
   Print(Text);
   return ExitGood;

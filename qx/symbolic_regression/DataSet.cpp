@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <set>
 #include <utility>
 
 namespace qx {
@@ -80,6 +81,27 @@ void TQXDataSet::AddColumn(std::string_view Name, std::span<const double> Values
                       Values.empty() ? 0 : Values.back());
   FColumns.push_back(std::move(Added));
   FRowCount = static_cast<int>(Values.size());
+}
+
+TQXDataSet TQXDataSet::Without(std::span<const std::string> Names) const {
+  TQXDataSet Result = *this;
+  std::erase_if(Result.FColumns,
+                [&](const TColumn& Column) { return std::ranges::find(Names, Column.Name) != Names.end(); });
+  return Result;
+}
+
+TQXDataSet TQXDataSet::Renamed(const std::map<std::string, std::string>& NewNames) const {
+  TQXDataSet Result = *this;
+  std::set<std::string_view> Taken;
+  for (TColumn& Column : Result.FColumns) {
+    if (const auto Found = NewNames.find(Column.Name); Found != NewNames.end()) {
+      Column.Name = Found->second;
+    }
+    if (!Taken.insert(Column.Name).second) {
+      throw std::invalid_argument("There would be two columns \"" + Column.Name + "\"");
+    }
+  }
+  return Result;
 }
 
 TQXDataSet TQXDataSet::Rows(std::span<const int> Indexes) const {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
+#include <map>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -13,42 +14,79 @@
 
 namespace qx {
 
+/// What keeps a text from being a table of numbers.
+enum TDataFault : std::uint8_t {
+  /// It has no columns.
+  dfEmpty,
+  /// A quote is not closed, or something follows it.
+  dfQuote,
+  /// A name is there twice.
+  dfName,
+  /// A row is of another length than the first line.
+  dfLength,
+  /// Cells have no number where none may be missing.
+  dfMissing,
+  /// Cells are something else than numbers.
+  dfText
+};
+
+/// A column that is no column of numbers, and its first cell that is none.
+struct TFaultyColumn {
+  std::string Name;
+  int Number = 0; // from 1
+  int Line = 0;
+  std::string Cell;
+};
+
 /// A text that is no table of numbers: the line, and the number of the column in it, both from 1. The column
 /// is 0 where the line as a whole is at fault.
 class EDataError : public std::runtime_error {
 public:
-  EDataError(const std::string& Message, int Line, int Column);
+  EDataError(const std::string& Message, int Line, int Column, TDataFault Fault, char Separator = 0,
+             std::vector<TFaultyColumn> Columns = {});
   int Line() const { return FLine; }
   int Column() const { return FColumn; }
+  TDataFault Fault() const { return FFault; }
+  /// What the cells were taken to be separated by.
+  char Separator() const { return FSeparator; }
+  /// All columns with that fault, when it is one of cells.
+  const std::vector<TFaultyColumn>& Columns() const { return FColumns; }
 
 private:
   int FLine;
   int FColumn;
+  TDataFault FFault;
+  char FSeparator;
+  std::vector<TFaultyColumn> FColumns;
 };
 
-/// What happens to cells without a number: those that are empty, "NA" or "NaN".
+/// What happens to cells without a number: those that are empty, "NA", "N/A", "NaN", "NULL", "?" or "-".
 enum TMissingValues : std::uint8_t {
   /// They are errors.
   mvRefuse,
   /// They become NaN.
   mvKeep,
-  /// Their rows are left out.
+  /// Their rows are left out, and those with an infinite number.
   mvSkipRow
 };
 
 /// How a text holds a table.
 struct TCSVFormat {
-  /// Between cells; 0 stands for the one of comma, semicolon and tab that the first line has most of.
+  /// Between cells; a blank stands for any number of blanks and tabs. 0 stands for the one of tab, semicolon,
+  /// "|", comma and blanks that makes as many cells in each of the first ten lines.
   char Separator = 0;
   char Quote = '"';
   char DecimalPoint = '.';
+  /// Whether numbers may be written as in 1,234.5 (with a decimal comma, 1.234,5) and 12%.
+  bool Thousands = false;
   /// Whether the first line names the columns; else they are called x1, x2 and so on.
   bool Header = true;
   TMissingValues MissingValues = mvRefuse;
-  /// Names of columns that are left out, whatever their cells hold.
-  std::vector<std::string> Ignored;
+  /// Names of columns that are left out, whatever their cells hold; or their numbers, from 1 on, which no
+  /// column is called.
+  std::vector<std::string> Ignored = {};
   /// Names of the only ones that are read, as far as they are there; empty for all.
-  std::vector<std::string> Wanted;
+  std::vector<std::string> Wanted = {};
 };
 
 struct TDataSplit;
@@ -62,14 +100,18 @@ class TQXDataSet {
 public:
   /// Reads a table from text: cells between separators, quoted where they hold a separator, a line feed or a
   /// quote (which is doubled), blanks around them aside. Lines end in LF or CRLF; empty ones, and a UTF-8
-  /// mark at the beginning, are skipped. A column without a name is called "column" with its number. Raises
-  /// EDataError for a cell that is no number, a row of another length than the first line, a name that is
-  /// there twice, a quote that is not closed, and a text
-  /// without columns; std::out_of_range for a column to be left out that there is not.
+  /// mark at the beginning, are skipped. TRUE is 1 and FALSE is 0. A column without a name is called "column"
+  /// with its number. Raises EDataError (see `TDataFault`), which names all columns of text at once;
+  /// std::out_of_range for a column to be left out that there is not.
   static TQXDataSet FromCSV(std::istream& Stream, const TCSVFormat& Format = {});
   /// Raises std::system_error, which names the file, when it cannot be read. The message of an EDataError
   /// names it too.
   static TQXDataSet FromCSV(const std::string& FileName, const TCSVFormat& Format = {});
+
+  /// The cells of a column of such a text as they stand, one for each row; other columns may hold anything.
+  /// Raises EDataError, and std::out_of_range for a column that there is not.
+  static std::vector<std::string> TextsFromCSV(std::istream& Stream, const TCSVFormat& Format,
+                                               std::string_view Column);
 
   int RowCount() const { return FRowCount; }
   int ColumnCount() const { return static_cast<int>(FColumns.size()); }
@@ -87,6 +129,12 @@ public:
   void AddColumn(std::string_view Name, std::initializer_list<double> Values) {
     AddColumn(Name, std::span<const double>(Values.begin(), Values.size()));
   }
+
+  /// The same without some of its columns; names that it does not have do not matter.
+  TQXDataSet Without(std::span<const std::string> Names) const;
+  /// The same with other names for some of its columns: the new ones by the former ones. Raises
+  /// std::invalid_argument when two columns would have one name.
+  TQXDataSet Renamed(const std::map<std::string, std::string>& NewNames) const;
 
   /// The rows of those numbers, in their order, as a data set of its own. Raises std::out_of_range.
   TQXDataSet Rows(std::span<const int> Indexes) const;

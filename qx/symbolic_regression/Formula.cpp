@@ -52,6 +52,17 @@ double ValueOf(TBlockOperation Operator, std::span<const double> Values) {
 // Collects terms, of which each is there once.
 class TQXFormula::TBuilder {
 public:
+  explicit TBuilder(const TColumnNames* ColumnNames = nullptr) : FColumnNames(ColumnNames) {}
+
+  // The variables of all programs, by their places in their set.
+  std::vector<std::string> Variables() const {
+    std::vector<std::string> Names;
+    for (const auto& [Place, Name] : FVariables) {
+      Names.push_back(Name);
+    }
+    return Names;
+  }
+
   std::vector<TTerm> Take(std::size_t Root) {
     DropUnused(Root);
     return std::move(FTerms);
@@ -103,12 +114,14 @@ private:
   std::size_t RewrittenChoice(TBlockOperation Operator, TArguments A);
   void DropUnused(std::size_t Root);
 
+  const TColumnNames* FColumnNames;
+  std::set<std::pair<int, std::string>> FVariables;
   std::vector<TTerm> FTerms;
   std::unordered_multimap<std::size_t, std::size_t> FPlaces;
 };
 
-TQXFormula::TQXFormula(const TNode& Program, const TLinearScaling& Scaling) {
-  TBuilder Builder;
+TQXFormula::TQXFormula(const TNode& Program, const TLinearScaling& Scaling, const TColumnNames* ColumnNames) {
+  TBuilder Builder(ColumnNames);
   std::size_t Root = Builder.AddProgram(Program);
   if (Scaling.Scale != 1) {
     Root = Builder.AddOperation(boMul, {Builder.AddConstant(Scaling.Scale), Root});
@@ -117,6 +130,7 @@ TQXFormula::TQXFormula(const TNode& Program, const TLinearScaling& Scaling) {
     Root = Builder.AddOperation(boAdd, {Builder.AddConstant(Scaling.Offset), Root});
   }
   FTerms = Builder.Take(Root);
+  FVariables = Builder.Variables();
 }
 
 // Nodes come before their arguments in the list; from its end on, the terms of the arguments lie on a stack.
@@ -155,7 +169,9 @@ std::size_t TQXFormula::TBuilder::AddProgram(const TNode& Program) {
     } else if (Instruction.Operation() == gpConstant) {
       Stack.push_back(AddConstant(Nodes.back()->Value()));
     } else {
-      Stack.push_back(Add({Variable, boCopy, 0, Instruction.Name(), {}}));
+      const std::string& Column = ColumnOf(Instruction, FColumnNames);
+      FVariables.emplace(Instruction.Index(), Column);
+      Stack.push_back(Add({Variable, boCopy, 0, Column, {}}));
     }
   }
   return Stack.back();
@@ -367,13 +383,12 @@ int TQXFormula::Size() const {
 }
 
 std::vector<std::string> TQXFormula::Variables() const {
-  std::set<std::string> Names;
-  for (const TTerm& Term : FTerms) {
-    if (Term.Kind == Variable) {
-      Names.insert(Term.Name);
-    }
-  }
-  return {Names.begin(), Names.end()};
+  std::vector<std::string> Names = FVariables;
+  std::erase_if(Names, [&](const std::string& Name) { // some may have been simplified away
+    return std::ranges::none_of(
+        FTerms, [&](const TTerm& Term) { return Term.Kind == Variable && Term.Name == Name; });
+  });
+  return Names;
 }
 
 } // namespace qx

@@ -34,16 +34,18 @@ enum TFormulaStyle : std::uint8_t {
 ///     std::cout << formula.Simplify().Text(qx::fsInfix);
 ///
 /// Numbers are written with the digits that read back to the same double, with a decimal point. In C++ and
-/// Python names that are no identifiers there become some, in infix notation they stand between backticks. In
-/// Python, functions of the host's get arrays.
+/// Python names that are no identifiers there become some, in infix notation they stand between backticks, in
+/// LaTeX they are text. In Python, functions of the host's get arrays.
 class TQXFormula {
 public:
   using TNode = generics::TQXGPNode<TGAFloat>;
 
-  /// Raises EGPException for a node without instruction or with fewer children than its function has
-  /// arguments.
-  explicit TQXFormula(const TNode& Program, const TLinearScaling& Scaling = {});
-  explicit TQXFormula(const TRegressionModel& Model) : TQXFormula(*Model.Program, Model.Scaling) {}
+  /// Variables have the names of their columns. Raises EGPException for a node without instruction or with
+  /// fewer children than its function has arguments.
+  explicit TQXFormula(const TNode& Program, const TLinearScaling& Scaling = {},
+                      const TColumnNames* ColumnNames = nullptr);
+  explicit TQXFormula(const TRegressionModel& Model)
+      : TQXFormula(*Model.Program, Model.Scaling, Model.ColumnNames.get()) {}
 
   /// Computes what is constant and leaves out what changes nothing, without a change of any value but perhaps
   /// the sign of a zero: rules of algebra that hold for real numbers but not for rounded, infinite or
@@ -57,9 +59,10 @@ public:
 
   /// Number of its operations, variables and constants.
   int Size() const;
-  /// The names of the variables in it, in the order of the alphabet.
+  /// The names of the variables in it, in the order of their instructions: that of the table's columns.
   std::vector<std::string> Variables() const;
   /// `Name` is that of the function in C++ and Python, whose parameters are the variables, and of the graph.
+  /// A comment in C++, the docstring in Python, tells which column each parameter stands for.
   std::string Text(TFormulaStyle Style, std::string_view Name = "formula") const;
 
   /// What a term is.
@@ -80,6 +83,7 @@ private:
   class TBuilder;
 
   std::vector<TTerm> FTerms;
+  std::vector<std::string> FVariables; // of the program, in their order
 };
 
 } // namespace qx

@@ -71,17 +71,30 @@ const char* ComparisonSign(TBlockOperation Operator) {
   return Operator >= boLess && Operator <= boNotEqual ? Signs[Operator - boLess] : nullptr;
 }
 
+// A text between quotes, on one line.
+std::string Literal(const std::string& Text) {
+  std::string Result = "\"";
+  for (const char C : Text) {
+    if (C == '"' || C == '\\') {
+      Result += '\\';
+    }
+    Result += C == '\n' ? "\\n" : std::string(1, static_cast<unsigned char>(C) < ' ' ? ' ' : C);
+  }
+  return Result + '"';
+}
+
 // --- Infix -------------------------------------------------------------------------------------------------
+
+// Math mode has blanks, hyphens and the like mean something else, or nothing.
+bool IsOfWords(char C) {
+  return (C >= 'a' && C <= 'z') || (C >= 'A' && C <= 'Z') || (C >= '0' && C <= '9') || C == '_' ||
+         static_cast<signed char>(C) < 0;
+}
 
 // A name that could be taken for a formula stands between backticks, as R and the tables of Python have it.
 std::string QuotedName(const std::string& Name) {
-  const auto IsLetter = [](char C) {
-    return (C >= 'a' && C <= 'z') || (C >= 'A' && C <= 'Z') || C == '_' || static_cast<signed char>(C) < 0;
-  };
-  const auto IsDigit = [](char C) { return C >= '0' && C <= '9'; };
-  const bool IsPlain = !Name.empty() && IsLetter(Name[0]) && std::ranges::all_of(Name, [&](char C) {
-    return IsLetter(C) || IsDigit(C) || C == '.';
-  });
+  const bool IsPlain = !Name.empty() && IsOfWords(Name[0]) && !(Name[0] >= '0' && Name[0] <= '9') &&
+                       std::ranges::all_of(Name, [](char C) { return IsOfWords(C) || C == '.'; });
   if (IsPlain) {
     return Name;
   }
@@ -152,7 +165,11 @@ public:
     if (Digits == 1 && Digits < Name.size()) {
       return {Escaped(Name.substr(0, 1)) + "_{" + Name.substr(1) + "}", biWhole};
     }
-    return {Name.size() == 1 ? Escaped(Name) : "\\mathrm{" + Escaped(Name) + "}", biWhole};
+    if (Name.size() == 1) {
+      return {Escaped(Name), biWhole};
+    }
+    const bool IsWord = std::ranges::all_of(Name, IsOfWords);
+    return {IsWord ? "\\mathrm{" + Escaped(Name) + "}" : "\\text{" + Escaped(Name, true) + "}", biWhole};
   }
   TPiece Call(const std::string& Name, const TPieces& A) const {
     return InBrackets("\\operatorname{" + Escaped(Name) + "}", A);
@@ -199,12 +216,12 @@ public:
   }
 
 private:
-  static std::string Escaped(const std::string& Text) {
+  static std::string Escaped(const std::string& Text, bool OutsideMath = false) {
     std::string Result;
     for (const char C : Text) {
       switch (C) {
       case '\\':
-        Result += "\\backslash ";
+        Result += OutsideMath ? "\\textbackslash{}" : "\\backslash ";
         break;
       case '~':
       case '^':
@@ -447,28 +464,25 @@ std::string Source(const TQXFormula& Formula, TFormulaStyle Style, const std::st
   // The formula itself keeps its name if it can, whatever variables and functions of the host are called.
   const std::string Own = Identifiers.Of(TIdentifiers::Formula, Name);
   std::string Parameters;
+  std::string Columns; // a line for each
   for (const std::string& Variable : Formula.Variables()) {
-    Parameters += (Parameters.empty() ? "" : ", ") + std::string(IsPython ? "" : "double ") +
-                  Identifiers.Of(TIdentifiers::Variable, Variable);
+    const std::string Identifier = Identifiers.Of(TIdentifiers::Variable, Variable);
+    Parameters += (Parameters.empty() ? "" : ", ") + std::string(IsPython ? "" : "double ") + Identifier;
+    Columns += (IsPython ? "    " : "// ") + Identifier + ": column " + Literal(Variable) + "\n";
   }
   const std::string Value = Written(Formula.Terms(), TSourceWriter(Style, Identifiers));
   if (IsPython) {
-    return "import numpy as np\n\n\n" + Head + "def " + Own + "(" + Parameters + "):\n    return " + Value +
-           "\n";
+    const std::string Documentation =
+        Columns.empty() ? ""
+                        : "    \"\"\"Arguments, in the order of the table:\n\n" + Columns + "    \"\"\"\n";
+    return "import numpy as np\n\n\n" + Head + "def " + Own + "(" + Parameters + "):\n" + Documentation +
+           "    return " + Value + "\n";
   }
-  return "#include <cmath>\n\n" + Head + (Head.empty() ? "" : "\n") + "double " + Own + "(" + Parameters +
-         ") { return " + Value + "; }\n";
+  return "#include <cmath>\n\n" + Head + (Head.empty() ? "" : "\n") + Columns + "double " + Own + "(" +
+         Parameters + ") { return " + Value + "; }\n";
 }
 
 // --- DOT ---------------------------------------------------------------------------------------------------
-
-std::string Quoted(const std::string& Text) {
-  std::string Result = "\"";
-  for (const char C : Text) {
-    Result += C == '"' || C == '\\' ? std::string("\\") + C : C == '\n' ? "\\n" : std::string(1, C);
-  }
-  return Result + "\"";
-}
 
 std::string DotLabel(const TTerm& Term) {
   std::string Text = Term.Name;
@@ -478,7 +492,7 @@ std::string DotLabel(const TTerm& Term) {
     constexpr std::string_view Signs[] = {"+", "-", "*", "/"};
     Text = Term.Operator <= boDiv ? Signs[Term.Operator] : NameOf(Term.Operator);
   }
-  return Quoted(Text);
+  return Literal(Text);
 }
 
 // A node for each place that a term has in the tree.
@@ -487,7 +501,7 @@ std::string Graph(const std::vector<TTerm>& Terms, const std::string& Name) {
     std::size_t Term;
     int Parent;
   };
-  std::string Text = "digraph " + Quoted(Name) + " {\n";
+  std::string Text = "digraph " + Literal(Name) + " {\n";
   std::vector<TPlace> Pending = {{Terms.size() - 1, -1}};
   for (int Number = 0; !Pending.empty(); ++Number) {
     const TPlace Place = Pending.back();

@@ -33,6 +33,20 @@ double TQXSymbolicRegression::Now() {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
+void TQXSymbolicRegression::SetDeadline(double Seconds) {
+  FDeadline = Now() + Seconds;
+  FIsCutShort = false;
+}
+
+// Whether the time is over; what asks does less then.
+bool TQXSymbolicRegression::IsLate() {
+  const bool Late = FDeadline < std::numeric_limits<double>::infinity() && Now() > FDeadline;
+  if (Late) {
+    FIsCutShort = true;
+  }
+  return Late;
+}
+
 void TQXSymbolicRegression::Initialize() {
   RequireData();
   ForgetModels();
@@ -92,6 +106,10 @@ void TQXSymbolicRegression::LimitSize(TIndividual& Child, TQXIndividual& Parent)
 
 bool TQXSymbolicRegression::DoReproduce(TQXIndividual& Parent1, TQXIndividual& Parent2,
                                         TQXIndividual& Child1) {
+  if (IsLate()) {
+    Child1.Assign(Parent1);
+    return false;
+  }
   const bool Performed = TQXTypedGeneticProgramming::DoReproduce(Parent1, Parent2, Child1);
   LimitSize(static_cast<TIndividual&>(Child1), Parent1);
   return Performed;
@@ -99,6 +117,11 @@ bool TQXSymbolicRegression::DoReproduce(TQXIndividual& Parent1, TQXIndividual& P
 
 bool TQXSymbolicRegression::DoReproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1,
                                         TQXIndividual& Child2) {
+  if (IsLate()) {
+    Child1.Assign(Parent1);
+    Child2.Assign(Parent2);
+    return false;
+  }
   const bool Performed = TQXTypedGeneticProgramming::DoReproduce(Parent1, Parent2, Child1, Child2);
   LimitSize(static_cast<TIndividual&>(Child1), Parent1);
   LimitSize(static_cast<TIndividual&>(Child2), Parent2);
@@ -156,9 +179,9 @@ void TQXSymbolicRegression::EvaluateGeneration() {
       Jobs.push_back({&Individual, Individual.DNA(), {}, 0});
     }
   }
-  EvaluateJobs(Jobs);
-  FRun.Evaluations += static_cast<std::int64_t>(Jobs.size());
-  RefineBest(Jobs);
+  const std::size_t Count = EvaluateInTime(Jobs);
+  FRun.Evaluations += static_cast<std::int64_t>(Count);
+  RefineBest(std::span(Jobs).first(Count));
   KeepBest(Jobs);
   for (const TJob& Job : Jobs) {
     const TEvaluated Evaluated(*this, Job);
@@ -166,6 +189,21 @@ void TQXSymbolicRegression::EvaluateGeneration() {
   }
   UpdateBest(Jobs);
   UpdateFront(Jobs);
+}
+
+// Evaluates what there is time for, one block at least; the others have no error. Tells how many it were.
+std::size_t TQXSymbolicRegression::EvaluateInTime(std::span<TJob> Jobs) {
+  constexpr std::size_t Block = 8192;
+  std::size_t Count = 0;
+  while (Count < Jobs.size() && (Count == 0 || !IsLate())) {
+    const std::size_t Next = std::min(Block, Jobs.size() - Count);
+    EvaluateJobs(Jobs.subspan(Count, Next));
+    Count += Next;
+  }
+  for (TJob& Job : Jobs.subspan(Count)) {
+    Job.Error = std::numeric_limits<double>::quiet_NaN();
+  }
+  return Count;
 }
 
 void TQXSymbolicRegression::PrepareWorkers() {
@@ -207,7 +245,7 @@ void TQXSymbolicRegression::EvaluateJobs(std::span<TJob> Jobs) {
 }
 
 // Values are found on all threads, and stored on the caller's.
-void TQXSymbolicRegression::RefineBest(std::vector<TJob>& Jobs) {
+void TQXSymbolicRegression::RefineBest(std::span<TJob> Jobs) {
   const double Wanted = FSettings.RefinementShare * Population().Count();
   const std::size_t Count = std::min(Jobs.size(), static_cast<std::size_t>(std::ceil(Wanted)));
   if (FSettings.RefinementSteps == 0 || Count == 0) {
@@ -222,7 +260,9 @@ void TQXSymbolicRegression::RefineBest(std::vector<TJob>& Jobs) {
                     });
   std::vector<std::vector<TConstantRefinement::TConstant>> Found(Count);
   ParallelFor(Count, FWorkers.size(), [&](std::size_t Thread, std::size_t Index) {
-    Found[Index] = FWorkers[Thread]->Refine(*Jobs[Order[Index]].Program);
+    if (!IsLate()) {
+      Found[Index] = FWorkers[Thread]->Refine(*Jobs[Order[Index]].Program);
+    }
   });
   std::vector<TJob> Refined;
   for (std::size_t I = 0; I < Count; ++I) {
@@ -273,7 +313,8 @@ void TQXSymbolicRegression::UpdateBest(std::span<const TJob> Jobs) {
   for (const TJob& Job : Jobs) {
     if (std::isfinite(Job.Error) && (FBest.Empty() || Job.Error < FBest[0].Error)) {
       FBest.Clear();
-      FBest.Add({Job.Program->Clone(), Job.Scaling, Job.Error, std::numeric_limits<double>::quiet_NaN()});
+      FBest.Add({Job.Program->Clone(), Job.Scaling, Job.Error, std::numeric_limits<double>::quiet_NaN(),
+                 FColumnNames});
     }
   }
   constexpr double Step = 0.9;
@@ -291,9 +332,9 @@ void TQXSymbolicRegression::UpdateFront(std::span<const TJob> Jobs) {
       continue;
     }
     TRegressionModel Model{Job.Program->Clone(), Job.Scaling, Job.Error,
-                           std::numeric_limits<double>::quiet_NaN()};
+                           std::numeric_limits<double>::quiet_NaN(), FColumnNames};
     if (FTest.Data.RowCount() > 0) {
-      TQXBatchEvaluator<double> Evaluator(FTest.Data, Instructions(), &FFunctions);
+      TQXBatchEvaluator<double> Evaluator(FTest.Inputs(), Instructions(), &FFunctions);
       Model.TestError = FTest.Target.Error(FSettings.ErrorMeasure, Evaluator.Evaluate(*Model.Program).data(),
                                            Model.Scaling);
       if (FTested.Empty() || IsBetter(Model.TestError, FTested[0].TestError)) {

@@ -6,6 +6,11 @@
 
 namespace qx {
 
+const std::string& ColumnOf(const generics::TQXGPInstruction<TGAFloat>& Variable, const TColumnNames* Names) {
+  const auto Found = Names != nullptr ? Names->find(Variable.Name()) : TColumnNames::const_iterator();
+  return Names != nullptr && Found != Names->end() ? Found->second : Variable.Name();
+}
+
 bool TRegressionFront::Wants(int Size, double Error) const {
   const auto Larger = std::ranges::upper_bound(FModels, Size, {}, &TRegressionModel::Size);
   return std::isfinite(Error) && (Larger == FModels.begin() || Error < std::prev(Larger)->Error);

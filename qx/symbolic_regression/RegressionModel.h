@@ -4,9 +4,19 @@
 #include <qx/symbolic_regression/ErrorMeasure.h>
 
 #include <limits>
+#include <map>
+#include <memory>
+#include <string>
 #include <vector>
 
 namespace qx {
+
+/// The columns that variables stand for, by the variables' names, where these differ: the names of
+/// instructions differ by more than the case of letters, those of columns need not.
+using TColumnNames = std::map<std::string, std::string>;
+
+/// The column that a variable stands for; that of its own name where there are no `Names`.
+const std::string& ColumnOf(const generics::TQXGPInstruction<TGAFloat>& Variable, const TColumnNames* Names);
 
 /// A formula for the target: `Scaling` of the program's value.
 struct TRegressionModel {
@@ -18,9 +28,15 @@ struct TRegressionModel {
   double Error = std::numeric_limits<double>::infinity();
   /// On the test rows; NaN when there are none.
   double TestError = std::numeric_limits<double>::quiet_NaN();
+  /// Of the program's variables; nullptr when each column has its variable's name.
+  std::shared_ptr<const TColumnNames> ColumnNames = nullptr;
 
   int Size() const { return Program->Size(); }
-  TRegressionModel Clone() const { return {Program->Clone(), Scaling, Error, TestError}; }
+  /// The column that a variable stands for.
+  const std::string& ColumnOf(const TNode::TInstruction& Variable) const {
+    return qx::ColumnOf(Variable, ColumnNames.get());
+  }
+  TRegressionModel Clone() const { return {Program->Clone(), Scaling, Error, TestError, ColumnNames}; }
 };
 
 /// The models of which none is both smaller and better than another: the least error for each size of

@@ -90,9 +90,28 @@ void TQXSymbolicRegression::DefineState(TFiler& Filer) {
   Filer.Field("Starts", FRun.Starts);
   Filer.Field("LeastError", FRun.LeastError);
   Filer.Field("GenerationsWithoutStep", FRun.GenerationsWithoutStep);
+  DefineColumnNames(Filer);
   DefineFront(Filer, "Front", FFront);
   DefineFront(Filer, "Tested", FTested);
   DefineFront(Filer, "Best", FBest);
+}
+
+// A variable, its column, and so on.
+void TQXSymbolicRegression::DefineColumnNames(TFiler& Filer) {
+  std::vector<std::string> Names;
+  for (const auto& [Variable, Column] : FColumnNames != nullptr ? *FColumnNames : TColumnNames()) {
+    Names.insert(Names.end(), {Variable, Column});
+  }
+  Filer.Property("ColumnNames", Names, true, [&](const std::vector<std::string>& Read) {
+    if (Read.size() % 2 != 0) {
+      throw std::invalid_argument("a variable lacks its column");
+    }
+    TColumnNames ColumnNames;
+    for (std::size_t I = 0; I < Read.size(); I += 2) {
+      ColumnNames[Read[I]] = Read[I + 1];
+    }
+    FColumnNames = Read.empty() ? nullptr : std::make_shared<const TColumnNames>(std::move(ColumnNames));
+  });
 }
 
 void TQXSymbolicRegression::DefineFront(TFiler& Filer, const std::string& Name, TRegressionFront& Front) {
@@ -111,7 +130,7 @@ void TQXSymbolicRegression::DefineFront(TFiler& Filer, const std::string& Name, 
     Front.Clear();
     for (std::size_t I = 0; I < Programs.size(); ++I) {
       const double* const Of = &Read[PerModel * I];
-      Front.Add({TNode::FromStateText(Programs[I], *this), {Of[0], Of[1]}, Of[2], Of[3]});
+      Front.Add({TNode::FromStateText(Programs[I], *this), {Of[0], Of[1]}, Of[2], Of[3], FColumnNames});
     }
   });
 }
@@ -122,7 +141,9 @@ void TQXSymbolicRegression::Remember(TLoadScope& Load) {
     TRegressionFront Front, Tested, Best;
   };
   auto Models = std::make_shared<TModels>(TModels{FFront.Clone(), FTested.Clone(), FBest.Clone()});
-  Load.OnFailure([this, Settings = FSettings, Threads = FThreads, Run = FRun, Start = FStart, Models] {
+  Load.OnFailure([this, Settings = FSettings, Threads = FThreads, Run = FRun, Start = FStart, Models,
+                  Names = FColumnNames] {
+    FColumnNames = Names;
     FStart = Start;
     FSettings = Settings;
     FThreads = Threads;

@@ -14,11 +14,11 @@ public:
     FSettings = &Regression.FSettings;
     FTarget = &Regression.FTraining.Target;
     if (FSettings->SinglePrecision) {
-      FSingle.Prepare(Regression.FTraining.Data, Set, &Regression.FFunctions);
+      FSingle.Prepare(Regression.FTraining.Inputs(), Set, &Regression.FFunctions);
     } else {
-      FDouble.Prepare(Regression.FTraining.Data, Set, &Regression.FFunctions);
+      FDouble.Prepare(Regression.FTraining.Inputs(), Set, &Regression.FFunctions);
     }
-    FRefinement.Prepare(Plan(), Regression.FTraining.Data, *FTarget);
+    FRefinement.Prepare(Plan(), Regression.FTraining.Inputs(), *FTarget);
   }
 
   bool CallsHost(TNode& Program) const { return Plan().CallsHost(Program); }

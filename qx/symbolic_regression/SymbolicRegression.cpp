@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
+#include <set>
 #include <stdexcept>
 #include <utility>
 
@@ -64,6 +66,32 @@ void TQXSymbolicRegression::SetData(TQXDataSet Data, std::string_view Target, st
   SetData({std::move(Data), std::move(None)}, Target, Weights);
 }
 
+namespace {
+
+// The data as programs see them, where these are others.
+std::optional<TQXDataSet> WithVariables(const TQXDataSet& Data, const TColumnNames* ColumnNames) {
+  if (ColumnNames == nullptr) {
+    return std::nullopt;
+  }
+  std::vector<std::string> Hidden; // columns that are called as a variable of another one
+  std::map<std::string, std::string> Names;
+  for (const auto& [Variable, Column] : *ColumnNames) {
+    Names[Column] = Variable;
+    Hidden.push_back(Variable);
+  }
+  return Data.Without(Hidden).Renamed(Names);
+}
+
+bool IsVariable(const TBatchPlan::TInstruction& Instruction) {
+  return Instruction.Operation() == gpVariable && !Instruction.OnExecute;
+}
+
+bool Contains(const std::vector<std::string>& Names, const std::string& Name) {
+  return std::ranges::find(Names, Name) != Names.end();
+}
+
+} // namespace
+
 void TQXSymbolicRegression::SetData(TDataSplit Split, std::string_view Target, std::string_view Weights) {
   if (Split.Training.RowCount() == 0) {
     throw std::invalid_argument("There are no rows to learn from");
@@ -86,60 +114,67 @@ void TQXSymbolicRegression::SetData(TDataSplit Split, std::string_view Target, s
   for (const std::string& Input : Inputs) {
     static_cast<void>(Test.Data.RowCount() > 0 ? Test.Data.Column(Input) : std::span<const double>());
   }
-  RequireFreeNames(Inputs);
-  Declare(Inputs);
+  const std::vector<std::string> Variables = VariablesFor(Inputs);
+  Declare(Variables);
+  TColumnNames ColumnNames;
+  for (std::size_t I = 0; I < Inputs.size(); ++I) {
+    if (Variables[I] != Inputs[I]) {
+      ColumnNames[Variables[I]] = Inputs[I];
+    }
+  }
+  FColumnNames = ColumnNames.empty() ? nullptr : std::make_shared<const TColumnNames>(std::move(ColumnNames));
   FTraining = std::move(Training);
+  FTraining.Renamed = WithVariables(FTraining.Data, FColumnNames.get());
   FTest = std::move(Test);
+  FTest.Renamed = WithVariables(FTest.Data, FColumnNames.get());
   FTargetName = std::move(TargetName);
   FWeightsName = std::move(WeightsName);
   ForgetErrors();
 }
 
-namespace {
-
-bool IsVariable(const TBatchPlan::TInstruction& Instruction) {
-  return Instruction.Operation() == gpVariable && !Instruction.OnExecute;
-}
-
-bool Contains(const std::vector<std::string>& Names, const std::string& Name) {
-  return std::ranges::find(Names, Name) != Names.end();
-}
-
-} // namespace
-
 // The names of instructions differ by more than the case of letters.
-void TQXSymbolicRegression::RequireFreeNames(const std::vector<std::string>& Inputs) {
-  for (auto Input = Inputs.begin(); Input != Inputs.end(); ++Input) {
-    const int Place = Instructions().IndexOf(*Input);
-    const bool Taken = Place >= 0 && !IsVariable(Instructions()[Place]);
-    const bool Repeated =
-        std::any_of(Inputs.begin(), Input, [&](const auto& Other) { return SameText(Other, *Input); });
-    if (Repeated) {
-      throw EGPException("The column \"" + *Input +
-                         "\" differs from another one by the case of letters alone");
-    }
-    if (Taken) {
-      throw EGPException("The column \"" + *Input + "\" has the name of another instruction");
-    }
+std::vector<std::string> TQXSymbolicRegression::VariablesFor(const std::vector<std::string>& Inputs) {
+  std::set<std::string> OfColumns;
+  for (const std::string& Input : Inputs) {
+    OfColumns.insert(LowerText(Input));
   }
+  const auto IsFree = [&](const std::string& Name) {
+    const int Place = Instructions().IndexOf(Name);
+    return Place < 0 || IsVariable(Instructions()[Place]);
+  };
+  std::set<std::string> Taken;
+  std::vector<std::string> Variables;
+  for (const std::string& Input : Inputs) {
+    std::string Variable = Input;
+    if (!Taken.insert(LowerText(Input)).second) {
+      do {
+        Variable += '_';
+      } while (!IsFree(Variable) || OfColumns.contains(LowerText(Variable)) ||
+               !Taken.insert(LowerText(Variable)).second);
+    } else if (!IsFree(Input)) {
+      throw EGPException("The column \"" + Input + "\" has the name of another instruction");
+    }
+    Variables.push_back(std::move(Variable));
+  }
+  return Variables;
 }
 
-// The variables become the inputs; functions and a constant are added where there are none. Programs live on
+// The variables become these; functions and a constant are added where there are none. Programs live on
 // when nothing of that is a change.
-void TQXSymbolicRegression::Declare(const std::vector<std::string>& Inputs) {
+void TQXSymbolicRegression::Declare(const std::vector<std::string>& Variables) {
   auto& Set = Instructions();
   const auto Has = [&](TGPGeneticInstruction Operation) {
     return std::ranges::any_of(Set,
                                [&](const auto& Instruction) { return Instruction.Operation() == Operation; });
   };
   const auto IsUnwanted = [&](const auto& Instruction) {
-    return IsVariable(Instruction) && !Contains(Inputs, Instruction.Name());
+    return IsVariable(Instruction) && !Contains(Variables, Instruction.Name());
   };
-  const auto IsMissing = [&](const std::string& Input) { return Set.IndexOf(Input) < 0; };
+  const auto IsMissing = [&](const std::string& Variable) { return Set.IndexOf(Variable) < 0; };
   const bool HasFunctions = Has(gpFunction);
   const bool HasConstants = Has(gpConstant);
   if (HasFunctions && HasConstants && std::ranges::none_of(Set, IsUnwanted) &&
-      std::ranges::none_of(Inputs, IsMissing)) {
+      std::ranges::none_of(Variables, IsMissing)) {
     return;
   }
   TUpdateScope Update(Set);
@@ -148,9 +183,9 @@ void TQXSymbolicRegression::Declare(const std::vector<std::string>& Inputs) {
       Set.Delete(I);
     }
   }
-  for (const std::string& Input : Inputs) {
-    if (IsMissing(Input)) {
-      Set.Add().SetName(Input);
+  for (const std::string& Variable : Variables) {
+    if (IsMissing(Variable)) {
+      Set.Add().SetName(Variable);
     }
   }
   if (!HasFunctions) {
@@ -252,11 +287,14 @@ void TQXSymbolicRegression::AssignSettings(const TPersistent& Source) {
 
 namespace {
 
-void RequireColumns(TRegressionModel::TNode& Program, const TQXDataSet& Data) {
-  Program.ForEach([&](const TRegressionModel::TNode& Node) {
+void RequireColumns(const TRegressionModel& Model, const TQXDataSet& Data) {
+  Model.Program->ForEach([&](const TRegressionModel::TNode& Node) {
     const auto* const Instruction = Node.Instruction();
-    if (Instruction != nullptr && IsVariable(*Instruction) && Data.IndexOf(Instruction->Name()) < 0) {
-      throw std::invalid_argument("The data have no column \"" + Instruction->Name() + "\"");
+    if (Instruction == nullptr || !IsVariable(*Instruction)) {
+      return;
+    }
+    if (const std::string& Column = Model.ColumnOf(*Instruction); Data.IndexOf(Column) < 0) {
+      throw std::invalid_argument("The data have no column \"" + Column + "\"");
     }
   });
 }
@@ -264,8 +302,9 @@ void RequireColumns(TRegressionModel::TNode& Program, const TQXDataSet& Data) {
 } // namespace
 
 std::vector<double> TQXSymbolicRegression::Predict(const TRegressionModel& Model, const TQXDataSet& Data) {
-  RequireColumns(*Model.Program, Data);
-  TQXBatchEvaluator<double> Evaluator(Data, Instructions(), &FFunctions);
+  RequireColumns(Model, Data);
+  const auto Renamed = WithVariables(Data, Model.ColumnNames.get());
+  TQXBatchEvaluator<double> Evaluator(Renamed ? *Renamed : Data, Instructions(), &FFunctions);
   const auto Values = Evaluator.Evaluate(*Model.Program);
   std::vector<double> Predictions(Values.begin(), Values.end());
   for (double& Value : Predictions) {
@@ -276,11 +315,12 @@ std::vector<double> TQXSymbolicRegression::Predict(const TRegressionModel& Model
 
 double TQXSymbolicRegression::Error(const TRegressionModel& Model, const TQXDataSet& Data,
                                     TErrorMeasure Measure) {
-  RequireColumns(*Model.Program, Data);
+  RequireColumns(Model, Data);
   const bool HasWeights = !FWeightsName.empty() && Data.IndexOf(FWeightsName) >= 0;
   const TRegressionTarget Target(Data.Column(FTargetName),
                                  HasWeights ? Data.Column(FWeightsName) : std::span<const double>());
-  TQXBatchEvaluator<double> Evaluator(Data, Instructions(), &FFunctions);
+  const auto Renamed = WithVariables(Data, Model.ColumnNames.get());
+  TQXBatchEvaluator<double> Evaluator(Renamed ? *Renamed : Data, Instructions(), &FFunctions);
   return Target.Error(CheckedEnum(Measure, "Measure"), Evaluator.Evaluate(*Model.Program).data(),
                       Model.Scaling);
 }

@@ -7,9 +7,11 @@
 #include <qx/symbolic_regression/RegressionModel.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -68,7 +70,9 @@ public:
   /// one. Variables that the data have no column for are removed. All individuals are stale then, and the
   /// front is empty. Raises std::out_of_range for a column that there is not, std::invalid_argument for
   /// targets and weights that are none (see `TRegressionTarget`) and data without rows, and EGPException for
-  /// a column that has the name of an instruction that is no variable; nothing has changed then.
+  /// a column that has the name of an instruction that is no variable; nothing has changed then. Of columns
+  /// whose names differ by the case of letters alone only the first one has a variable of its name, the
+  /// others have theirs with "_" at the end.
   void SetData(TQXDataSet Data, std::string_view Target, std::string_view Weights = {});
   /// The same with rows that judge the models and stop the run, which no program is selected by.
   void SetData(TDataSplit Split, std::string_view Target, std::string_view Weights = {});
@@ -76,6 +80,8 @@ public:
   const TQXDataSet& TestData() const { return FTest.Data; }
   const std::string& TargetName() const { return FTargetName; }
   const std::string& WeightsName() const { return FWeightsName; }
+  /// The columns of variables that are not called so; nullptr when there are none.
+  std::shared_ptr<const TColumnNames> ColumnNames() const { return FColumnNames; }
   /// The host's kernels for its own instructions. Change them before a run.
   TQXBatchFunctions& BatchFunctions() { return FFunctions; }
 
@@ -118,6 +124,13 @@ public:
   /// Threads that evaluate a generation. Default 1; smaller values become 1.
   int Threads() const { return FThreads; }
   void SetThreads(int Value) { FThreads = std::max(Value, 1); }
+
+  /// So many seconds from now on, a generation that is under way is cut short, so that large populations keep
+  /// to a time as well: programs that are not evaluated by then are unfit, constants are not refined, and
+  /// children are copies. Infinite, the default: none is. A run that has not been cut is the same as without.
+  void SetDeadline(double Seconds);
+  /// Whether that has happened since.
+  bool IsCutShort() const { return FIsCutShort; }
 
   // --- Results --------------------------------------------------------------------------------------------
 
@@ -184,6 +197,10 @@ private:
   struct TRows {
     TQXDataSet Data;
     TRegressionTarget Target;
+    std::optional<TQXDataSet> Renamed = std::nullopt; // where variables are not called as their columns
+
+    /// The columns under the names of their variables.
+    const TQXDataSet& Inputs() const { return Renamed ? *Renamed : Data; }
   };
   struct TRun {
     std::int64_t Evaluations = 0;
@@ -205,8 +222,8 @@ private:
   class TWorker;
 
   static TRows RowsFor(TQXDataSet Data, std::string_view Target, std::string_view Weights);
-  void RequireFreeNames(const std::vector<std::string>& Inputs);
-  void Declare(const std::vector<std::string>& Inputs);
+  std::vector<std::string> VariablesFor(const std::vector<std::string>& Inputs);
+  void Declare(const std::vector<std::string>& Variables);
   void AssignSettings(const TPersistent& Source);
   void ForgetErrors();
   void ForgetModels();
@@ -216,7 +233,9 @@ private:
   void EvaluateGeneration();
   void PrepareWorkers();
   void EvaluateJobs(std::span<TJob> Jobs);
-  void RefineBest(std::vector<TJob>& Jobs);
+  bool IsLate();
+  std::size_t EvaluateInTime(std::span<TJob> Jobs);
+  void RefineBest(std::span<TJob> Jobs);
   void KeepBest(std::span<TJob> Jobs);
   void UpdateFront(std::span<const TJob> Jobs);
   void UpdateBest(std::span<const TJob> Jobs);
@@ -224,6 +243,7 @@ private:
   void LimitSize(TIndividual& Child, TQXIndividual& Parent);
   TJob JobFor(TIndividual& Individual);
   void TellRecord();
+  void DefineColumnNames(TFiler& Filer);
   void DefineFront(TFiler& Filer, const std::string& Name, TRegressionFront& Front);
 
   TSettings FSettings;
@@ -232,12 +252,15 @@ private:
   TRows FTest;
   std::string FTargetName;
   std::string FWeightsName;
+  std::shared_ptr<const TColumnNames> FColumnNames;
   TQXBatchFunctions FFunctions;
   TRegressionFront FFront;
   TRegressionFront FTested; // the model with the least test error, if there is one
   TRegressionFront FBest;   // the best program since the last start, if there is one
   TRun FRun;
-  double FStart = 0;                         // seconds
+  double FStart = 0; // seconds
+  double FDeadline = std::numeric_limits<double>::infinity();
+  std::atomic<bool> FIsCutShort = false;
   const TQXIndividual* FEvaluated = nullptr; // whose error is known
   double FEvaluatedError = 0;
   std::vector<std::unique_ptr<TWorker>> FWorkers;

@@ -12,12 +12,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* Data, std::size_t Size
   if (Size == 0) {
     return 0;
   }
-  constexpr char Separators[] = {0, ',', ';', '\t'};
+  constexpr char Separators[] = {0, ',', ';', ' '};
   qx::TCSVFormat Format;
   Format.Separator = Separators[Data[0] & 3];
   Format.DecimalPoint = (Data[0] & 4) != 0 ? ',' : '.';
   Format.Header = (Data[0] & 8) == 0;
-  Format.MissingValues = static_cast<qx::TMissingValues>((Data[0] >> 4) % 3);
+  Format.Thousands = (Data[0] & 128) != 0;
+  Format.MissingValues = static_cast<qx::TMissingValues>(((Data[0] >> 4) & 7) % 3);
   std::istringstream Stream(std::string(Data + 1, Data + Size));
   try {
     const qx::TQXDataSet Table = qx::TQXDataSet::FromCSV(Stream, Format);

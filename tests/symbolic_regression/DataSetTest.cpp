@@ -106,10 +106,71 @@ TEST(DataSet, ReadsQuotedCells) {
   EXPECT_EQ(Data.Column(2)[0], 3);
 }
 
-TEST(DataSet, FindsTheSeparatorInTheFirstLine) {
+TEST(DataSet, FindsTheSeparatorInTheFirstLines) {
   EXPECT_EQ(ColumnOf(FromText("x;y,1;z\n1;2;3\n"), "y,1"), (TValues{2}));
   EXPECT_EQ(ColumnOf(FromText("x\ty\n1\t2\n"), "y"), (TValues{2}));
   EXPECT_EQ(ColumnOf(FromText("x\n1\n2\n"), "x"), (TValues{1, 2}));
+  EXPECT_EQ(ColumnOf(FromText("x|y\n1 | 2\n"), "y"), (TValues{2}));
+  EXPECT_EQ(ColumnOf(FromText("my x\n1\n2\n"), "my x"), (TValues{1, 2})) << "no blanks in the other lines";
+  EXPECT_EQ(ColumnOf(FromText("a b;c d\n1;2\n"), "c d"), (TValues{2}));
+  TCSVFormat Format;
+  Format.DecimalPoint = ',';
+  EXPECT_EQ(ColumnOf(FromText("x y\n1,5 2\n", Format), "x"), (TValues{1.5}));
+  EXPECT_EQ(ColumnOf(FromText("1,5;2,5\n", {.DecimalPoint = ',', .Header = false}), "x2"), (TValues{2.5}));
+}
+
+TEST(DataSet, AnyNumberOfBlanksAndTabsSeparatesCells) {
+  const auto Data = FromText("  x   \"the y\" z \r\n 1  2\t 3\r\n   \r\n4 5   6");
+  EXPECT_EQ(ColumnOf(Data, "x"), (TValues{1, 4}));
+  EXPECT_EQ(ColumnOf(Data, "the y"), (TValues{2, 5}));
+  EXPECT_EQ(ColumnOf(Data, "z"), (TValues{3, 6}));
+  TCSVFormat Format;
+  Format.Separator = ' ';
+  ExpectError("x y\n1 2 3\n", 2, 0, "Line 2: there are 3 cells, not 2", Format);
+  EXPECT_EQ(FromText("x y\n", Format).ColumnCount(), 2);
+}
+
+TEST(DataSet, TruthsAreNumbers) {
+  EXPECT_EQ(ColumnOf(FromText("x\nTRUE\nfalse\nTrue\n"), "x"), (TValues{1, 0, 1}));
+}
+
+TEST(DataSet, MarksOfThousandsAndPercentagesAreReadOnRequest) {
+  TCSVFormat Format;
+  Format.Thousands = true;
+  const auto Read = [&](const std::string& Cell) {
+    return ColumnOf(FromText("x\n\"" + Cell + "\"\n", Format), "x").front();
+  };
+  EXPECT_EQ(Read("1,234.5"), 1234.5);
+  EXPECT_EQ(Read("-12,345,678"), -12345678);
+  EXPECT_EQ(Read("12%"), 0.12);
+  EXPECT_EQ(Read("1,000 %"), 10);
+  EXPECT_EQ(Read("999"), 999);
+  for (const char* const Cell : {"1,23", "1234,567", ",123", "1,234,56", "1,2345", "1.5,000", "%", "1%%"}) {
+    EXPECT_THROW(Read(Cell), EDataError) << Cell;
+  }
+  Format.DecimalPoint = ',';
+  EXPECT_EQ(Read("1.234,5"), 1234.5);
+  EXPECT_THROW(Read("1.5"), EDataError);
+  EXPECT_THROW(FromText("x\n12%\n"), EDataError) << "not unless it is asked for";
+}
+
+TEST(DataSet, ColumnsAreLeftOutByNumberToo) {
+  TCSVFormat Format;
+  Format.Ignored = {"3"};
+  EXPECT_EQ(FromText("x,y,x\n1,2,text\n", Format).ColumnCount(), 2);
+  Format.Ignored = {"x"};
+  EXPECT_EQ(FromText("x,y,x\n1,2,text\n", Format).ColumnCount(), 1) << "all of that name";
+  EXPECT_EQ(ColumnOf(FromText("1,x\n5,6\n", {.Ignored = {"2"}}), "1"), (TValues{5}));
+  EXPECT_EQ(ColumnOf(FromText("2,x\n5,6\n", {.Ignored = {"2"}}), "x"), (TValues{6})) << "names come first";
+  EXPECT_THROW(FromText("x,y\n1,2\n", {.Ignored = {"0"}}), std::out_of_range);
+  EXPECT_THROW(FromText("x,y\n1,2\n", {.Ignored = {"3"}}), std::out_of_range);
+}
+
+TEST(DataSet, AColumnCanBeReadAsTexts) {
+  std::istringstream Text("name,x\n\"Tent, small\",1\nRope,\n");
+  EXPECT_EQ(TQXDataSet::TextsFromCSV(Text, {}, "name"), (std::vector<std::string>{"Tent, small", "Rope"}));
+  std::istringstream Other("name\nRope\n");
+  EXPECT_THROW(TQXDataSet::TextsFromCSV(Other, {}, "x"), std::out_of_range);
 }
 
 TEST(DataSet, TakesSeparatorQuoteAndDecimalPointFromTheFormat) {
@@ -137,7 +198,8 @@ TEST(DataSet, APointIsNoDecimalCommaAtWhateverPlace) {
 }
 
 TEST(DataSet, NoSpellingOfNaNIsANumber) {
-  for (const char* const Cell : {"-NaN", "\" NaN \"", "nan", "\"\"", "\" \"", "na"}) {
+  for (const char* const Cell :
+       {"-NaN", "\" NaN \"", "nan", "\"\"", "\" \"", "na", "N/A", "null", "?", "-", "\" - \""}) {
     ExpectError("x,y\n" + std::string(Cell) + ",1\n", 2, 1, "Line 2, column 1: \"x\" has no number");
     TCSVFormat Format;
     Format.MissingValues = mvSkipRow;
@@ -164,7 +226,38 @@ TEST(DataSet, NumbersTheColumnsOfATableWithoutHeader) {
 TEST(DataSet, NamesTheLineAndColumnOfWhatIsNoNumber) {
   ExpectError("x,y\n1,2\n3,four\n", 3, 2, "Line 3, column 2: \"y\" is no number: \"four\"");
   ExpectError("x,y\n\n1,2 3\n", 3, 2, "Line 3, column 2: \"y\" is no number: \"2 3\"");
-  ExpectError("\"x\n\",y\n1,-\n", 3, 2, "Line 3, column 2: \"y\" is no number: \"-\"");
+  ExpectError("\"x\n\",y\n1,+\n", 3, 2, "Line 3, column 2: \"y\" is no number: \"+\"");
+}
+
+TEST(DataSet, NamesAllColumnsOfTextAtOnce) {
+  const std::string Text = "a,b,c,d\n1,2,x,4\n5,,y,\"8\n9\"\nz,2,3,4\n";
+  ExpectError(
+      Text, 2, 3,
+      "Line 2, column 3: \"c\" is no number: \"x\"; nor is \"d\" (line 3: \"8?9\"), \"a\" (line 5: \"z\")");
+  ExpectError("a,b\n1,\n,2\n", 2, 2, "Line 2, column 2: \"b\" has no number; nor has \"a\" (line 3)");
+  try {
+    FromText(Text);
+    ADD_FAILURE();
+  } catch (const EDataError& Error) {
+    EXPECT_EQ(Error.Fault(), dfText);
+    EXPECT_EQ(Error.Separator(), ',');
+    ASSERT_EQ(Error.Columns().size(), 3U);
+    EXPECT_EQ(Error.Columns()[1].Name, "d");
+    EXPECT_EQ(Error.Columns()[1].Number, 4);
+    EXPECT_EQ(Error.Columns()[1].Cell, "8\n9");
+  }
+  std::string Names;
+  std::string Cells;
+  for (int I = 0; I < 14; ++I) {
+    Names += (I > 0 ? ",c" : "c") + std::to_string(I);
+    Cells += I > 0 ? ",t" : "t";
+  }
+  try {
+    FromText(Names + "\n" + Cells + "\n");
+    ADD_FAILURE();
+  } catch (const EDataError& Error) {
+    EXPECT_TRUE(std::string(Error.what()).ends_with("\"c9\" (line 2: \"t\") and 4 more")) << Error.what();
+  }
 }
 
 TEST(DataSet, NamesTheLineOfARowOfAnotherLength) {
@@ -187,6 +280,17 @@ TEST(DataSet, RefusesATextWithoutColumns) {
   ExpectError("\n\r\n", 3, 0, "The text has no columns");
 }
 
+TEST(DataSet, ColumnsCanBeLeftOutAndRenamed) {
+  const auto Data = FromText("x,y,z\n1,2,3\n");
+  const auto Less = Data.Without(std::vector<std::string>{"y", "none"});
+  EXPECT_EQ(Less.ColumnCount(), 2);
+  EXPECT_EQ(ColumnOf(Less, "z"), (TValues{3}));
+  const auto Renamed = Data.Renamed({{"x", "y"}, {"y", "x"}, {"none", "z"}});
+  EXPECT_EQ(ColumnOf(Renamed, "x"), (TValues{2}));
+  EXPECT_EQ(ColumnOf(Renamed, "y"), (TValues{1}));
+  EXPECT_THROW(Data.Renamed({{"x", "y"}}), std::invalid_argument);
+}
+
 TEST(DataSet, AHeaderAloneMakesColumnsWithoutRows) {
   const auto Data = FromText("x,y\n");
   EXPECT_EQ(Data.ColumnCount(), 2);
@@ -207,6 +311,7 @@ TEST(DataSet, MissingValuesAreErrorsUnlessTheFormatSaysOtherwise) {
   const auto Whole = FromText(Text, Format);
   EXPECT_EQ(ColumnOf(Whole, "x"), (TValues{4}));
   EXPECT_EQ(ColumnOf(Whole, "y"), (TValues{5}));
+  EXPECT_EQ(ColumnOf(FromText("x\n1\ninf\n-Infinity\n2\n", Format), "x"), (TValues{1, 2}));
 }
 
 TEST(DataSet, ReadsFilesAndNamesThemInErrors) {

@@ -241,11 +241,41 @@ TEST_F(Formula, ProgramsThatAreNotWholeRaise) {
   EXPECT_THROW(TQXFormula(*Of("Neg", MakeNode<TQXGPFloatNode>(nullptr))), EGPException);
 }
 
-TEST_F(Formula, VariablesAreParametersInTheOrderOfTheAlphabet) {
+TEST_F(Formula, VariablesAreParametersInTheOrderOfTheirInstructions) {
   EXPECT_EQ(TQXFormula(*Of("Sub", Y(), X())).Variables(), (std::vector<std::string>{"x", "y"}));
   const std::string Text = TQXFormula(*Of("Sub", Y(), Of("Square", X()))).Text(fsCpp, "f");
   EXPECT_EQ(Text, "#include <cmath>\n\nstatic inline double square(double x) { return x * x; }\n\n"
+                  "// x: column \"x\"\n// y: column \"y\"\n"
                   "double f(double x, double y) { return y - square(x); }\n");
+  Instructions[Functions].SetName("zoom");
+  EXPECT_EQ(TQXFormula(*Of("Sub", Y(), Node("zoom"))).Variables(), (std::vector<std::string>{"zoom", "y"}));
+  EXPECT_EQ(TQXFormula(*Of("Sub", Y(), Of("If", C(1), Y(), Node("zoom")))).Simplify().Variables(),
+            (std::vector<std::string>{"y"}));
+}
+
+TEST_F(Formula, SourcesTellWhichColumnEachParameterStandsFor) {
+  Instructions[Functions].SetName("flow \"rate\"\\");
+  const auto Program = Of("Add", Y(), Node("flow \"rate\"\\"));
+  const std::string Told = "flow__rate__: column \"flow \\\"rate\\\"\\\\\"\n";
+  EXPECT_EQ(TQXFormula(*Program).Text(fsPython),
+            "import numpy as np\n\n\ndef formula(flow__rate__, y):\n"
+            "    \"\"\"Arguments, in the order of the table:\n\n    " +
+                Told + "    y: column \"y\"\n    \"\"\"\n    return y + flow__rate__\n");
+  EXPECT_NE(TQXFormula(*Program).Text(fsCpp).find("\n// " + Told + "// y: column \"y\"\ndouble formula("),
+            std::string::npos);
+  EXPECT_EQ(TQXFormula(*C(2)).Text(fsPython), "import numpy as np\n\n\ndef formula():\n    return 2.0\n");
+}
+
+TEST_F(Formula, NamesThatAreNoWordsAreTextInLaTeX) {
+  for (const auto& [Name, Text] :
+       std::vector<std::pair<std::string, std::string>>{{"flow rate", "\\text{flow rate}"},
+                                                        {"flow-rate_2", "\\text{flow-rate\\_2}"},
+                                                        {"a\\b", "\\text{a\\textbackslash{}b}"},
+                                                        {"mass_1", "\\mathrm{mass\\_1}"},
+                                                        {"x12", "x_{12}"}}) {
+    Instructions[Functions].SetName(Name);
+    EXPECT_EQ(LaTeX(Node(Name)), Text);
+  }
 }
 
 // Runs a command and returns what it prints.
@@ -406,7 +436,7 @@ TEST_F(Formula, NamesThatAreNoIdentifiersBecomeSome) {
   Instructions[Functions].SetName("class");
   Instructions[Functions + 1].SetName("2nd");
   EXPECT_NE(
-      TQXFormula(*Of("Add", Node("class"), Node("2nd"))).Text(fsPython).find("def formula(v2nd, class_):"),
+      TQXFormula(*Of("Add", Node("class"), Node("2nd"))).Text(fsPython).find("def formula(class_, v2nd):"),
       std::string::npos);
 }
 

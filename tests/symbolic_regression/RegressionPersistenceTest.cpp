@@ -65,6 +65,35 @@ TEST(RegressionPersistence, GoesOnFromACheckpointAsIfItHadNotStopped) {
   EXPECT_TRUE(Outcome(Other) == Expected);
 }
 
+TEST(RegressionPersistence, ACheckpointKnowsTheColumnsOfVariables) {
+  TQXDataSet Data;
+  Data.AddColumn("t", {1, 5, 2, 7});
+  Data.AddColumn("T", {2, 3, 5, 7});
+  Data.AddColumn("y", {4, 9, 25, 49});
+  TQXSymbolicRegression Regression;
+  Regression.SetData(Data, "y");
+  Regression.Evolve(2);
+  std::stringstream Checkpoint;
+  Regression.SaveCheckpoint(Checkpoint);
+  TQXSymbolicRegression Other; // without data
+  AddStandardInstruction(Other.Instructions(), "Square");
+  for (const auto& Instruction : Regression.Instructions()) {
+    if (const auto Name = StandardInstructionName(Instruction); !Name.empty() && Name != "Square") {
+      AddStandardInstruction(Other.Instructions(), Name);
+    }
+  }
+  Other.LoadCheckpoint(Checkpoint);
+  EXPECT_EQ(*Other.ColumnNames(), (TColumnNames{{"T_", "T"}}));
+  EXPECT_EQ(Other.Predict(*Other.BestModel(), Data), Regression.Predict(*Regression.BestModel(), Data));
+  TQXSymbolicRegression Plain;
+  Prepare(Plain);
+  std::stringstream Second;
+  Plain.SaveCheckpoint(Second);
+  Prepare(Other);
+  Other.LoadCheckpoint(Second);
+  EXPECT_EQ(Other.ColumnNames(), nullptr);
+}
+
 TEST(RegressionPersistence, ACheckpointThatDoesNotReadLeavesTheModels) {
   std::stringstream Checkpoint;
   TQXSymbolicRegression Regression;

@@ -28,12 +28,15 @@ TEST_F(QxevolveErrorsTest, TablesThatDoNotServeAreTold) {
   ExpectDataError("x,y\n", "no rows of numbers");
   ExpectDataError("x,y\n1,2\n", "one row of numbers");
   ExpectDataError("x,z\n1,2\n3,4\n", "has no column \"y\"; it has x, z");
+  ExpectDataError("c,y\n7,1\n7,2\n", "no column that changes to explain \"y\" by");
   ExpectDataError("y\n1\n2\n", "no column to explain \"y\" by");
   ExpectDataError("x,y\n1,2\n2,2\n3,2\n", "\"y\" is 2 in every row");
-  ExpectDataError("x,y\n1,2\nred,3\n", "Line 3, column 1: \"x\" is no number: \"red\"; --ignore leaves");
+  ExpectDataError("x,y\n1,2\nred,3\n",
+                  "Line 3, column 1: \"x\" is no number: \"red\"; --ignore x leaves the column out");
   ExpectDataError("x,y\n1,2\n,3\n", "\"x\" has no number; --missing skip leaves");
-  ExpectDataError("x,y\n1,2\n3\n", "Line 3: there are 1 cells, not 2");
-  ExpectDataError("x,x,y\n1,2,3\n", "there is a column \"x\" already");
+  ExpectDataError("x,y\n1,2\n3\n",
+                  "Line 3: there are 1 cells, not 2; cells are taken to be separated by commas");
+  ExpectDataError("x,x,y\n1,2,3\n", "there is a column \"x\" already; --ignore 2 leaves this one out");
   ExpectDataError("x,y\n1,\"2\n", "the quote is not closed");
   ExpectDataError("x,y\n1,inf\n2,3\n", "data.csv: ");
 }
@@ -44,16 +47,42 @@ TEST_F(QxevolveErrorsTest, TextsOfOtherEncodingsAndNumbersAreTold) {
   ExpectDataError("\"a\nb\",y\n1,2\n3,4\n", "the name of column 1 goes over more than one line");
   ExpectDataError("x,y\n\"1\n2\",2\n3,4\n", "is no number");
   ExpectDataError("x;y\n1,5;2\n3;4\n", "is no number: \"1,5\"; --decimal-point , reads such numbers");
-  ExpectDataError("b,B,y\n1,2,3\n4,5,7\n", "\"B\" differs from another one by the case of letters alone");
   ExpectDataError("x,y\n1,1e300\n2,4e300\n3,9e300\n", "too large for squares of errors; scale them down");
   ExpectDataError("x,y\n1,1e-170\n2,4e-170\n3,9e-170\n", "too close to each other");
 }
 
+TEST_F(QxevolveErrorsTest, AllColumnsOfTextAreToldWithTheCommandThatLeavesThemOut) {
+  ExpectDataError(
+      "name,x,\"the kind\",y\nred,1,a,2\nblue,2,b,4\n",
+      "\"name\" is no number: \"red\"; nor is \"the kind\" (line 2: \"a\"); --ignore 'name,the kind' "
+      "leaves these columns out");
+  ExpectDataError("\"a,b\",x,y\nred,1,2\nblue,2,4\n", "--ignore 1 leaves the column out");
+  ExpectDataError("x,y,z\n1,2,\n,3,4\n5,6,7\n",
+                  "--missing skip leaves such rows out, --ignore z,x leaves these");
+}
+
+TEST_F(QxevolveErrorsTest, NoAdviceLeavesOutWhatIsNeeded) {
+  ExpectDataError("name,x,y\nred,1,two\nblue,2,4\n", "\"y\" is needed, with a number in each row");
+  ExpectDataError("x,y\n1,\n2,3\n4,5\n", "\"y\" has no number; --missing skip leaves such rows out\n");
+  Write("data.csv", "x,y,w\n1,2,heavy\n2,3,light\n");
+  ExpectError({"regress", "data.csv", "-t", "y", "--weights", "w"}, 2, "\"w\" is needed");
+}
+
+TEST_F(QxevolveErrorsTest, AGuessOfTheFormatThatIsWrongIsTold) {
+  ExpectDataError("x:y\n1:2\n2:4\n", "separated by commas, --separator CHAR says otherwise");
+  ExpectDataError("x:z\n", "has no column \"y\"; it has x:z; --separator CHAR tells");
+  ExpectDataError("x,y\n\"1,234\",2\n2,3\n", "--decimal-point , or --thousands reads such numbers");
+  ExpectDataError("x,y\n\"1,234,567\",2\n2,3\n", "; --thousands reads such numbers");
+  ExpectDataError("x,y\n12%,2\n2,3\n", "; --thousands reads such numbers");
+  ExpectDataError("x,y\n1,inf\n2,3\n4,5\n", "row 1 is inf; --missing skip leaves such rows out");
+}
+
 TEST_F(QxevolveErrorsTest, CellsThatCannotBeShownAsTheyAreAreTold) {
-  ExpectDataError(std::string("x,y\n1,2\n\0003,4\n5,6\n", 16), "\"x\" is no number: \"?3\"; --ignore leaves");
-  ExpectDataError(std::string("x,y\n1,2\n\0,4\n5,6\n", 15), "\"x\" is no number: \"?\"; --ignore leaves");
+  ExpectDataError(std::string("x,y\n1,2\n\0003,4\n5,6\n", 16),
+                  "\"x\" is no number: \"?3\"; --ignore x leaves");
+  ExpectDataError(std::string("x,y\n1,2\n\0,4\n5,6\n", 15), "\"x\" is no number: \"?\"; --ignore x leaves");
   ExpectDataError("x,y\n1,2\n" + std::string(100'000, 'z') + ",4\n",
-                  "\"x\" is no number: \"" + std::string(60, 'z') + "...\"; --ignore leaves");
+                  "\"x\" is no number: \"" + std::string(60, 'z') + "...\"; --ignore x leaves");
 }
 
 TEST_F(QxevolveErrorsTest, NothingThatIsReadIsOverwritten) {
@@ -69,8 +98,17 @@ TEST_F(QxevolveErrorsTest, NothingThatIsReadIsOverwritten) {
   ExpectError({"regress", "planets.csv", "-t", "period", "--save", "notes.txt"}, 2,
               "holds no run; save under another");
   EXPECT_EQ(Read("notes.txt"), "not to be lost");
+  const std::string Kept = Read("run.xml");
+  ExpectError({"regress", "planets.csv", "-t", "distance", "--save", "run.xml"}, 2,
+              "run.xml holds a run on another target, period: --force replaces it");
+  EXPECT_EQ(Read("run.xml"), Kept);
+  Write("half.xml", "<QXRun Version=\"1\"><Data/></QXRun>");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--save", "half.xml"}, 2, "half.xml holds no run");
+  EXPECT_EQ(
+      Run({"regress", "planets.csv", "-t", "distance", "-g", "1", "-q", "--save", "run.xml", "--force"}).Code,
+      0);
   EXPECT_EQ(Read("planets.csv"), Table);
-  EXPECT_EQ(Run({"regress", "planets.csv", "-t", "period", "-g", "1", "-q", "--save", "run.xml"}).Code, 0);
+  EXPECT_EQ(Run({"regress", "planets.csv", "-t", "distance", "-g", "1", "-q", "--save", "run.xml"}).Code, 0);
 }
 
 TEST_F(QxevolveErrorsTest, FilesThatAreNotThereAreTold) {
@@ -136,6 +174,7 @@ TEST_F(QxevolveErrorsTest, WrongUseIsTold) {
               "nan is no number from 0 to 1");
   ExpectError({"regress", "planets.csv", "-t", "period", "--ignore", "period"}, 2,
               "The target cannot be left out");
+  ExpectError({"regress", "planets.csv", "-t", "period", "--force"}, 2, "--force requires --save");
   ExpectError({"regress", "planets.csv"}, 2, "--target is required; see qxevolve regress --help");
   ExpectError({"regress", "planets.csv", "-t", "period", "--functions", "Foo"}, 2, "Foo not in {Add,Sub,");
   ExpectError({"regress", "planets.csv", "-t", "period", "--population", "1"}, 2,

@@ -17,6 +17,7 @@ TEST_F(QxevolveTest, RegressFindsKeplersLaw) {
             std::string::npos)
       << End.Out;
   EXPECT_NE(End.Out.find("     3*   1.776e-08  0.00408776"), std::string::npos);
+  EXPECT_NE(End.Out.find(" s; stopped: that many were asked for\n"), std::string::npos) << End.Out;
   EXPECT_NE(End.Error.find("8 rows, 0 to test; seed 1;"), std::string::npos);
   EXPECT_EQ(Files(), Arguments{"planets.csv"}) << "nothing is written that was not asked for";
 }
@@ -100,7 +101,7 @@ TEST_F(QxevolveTest, CtrlCEndsTheRunWithWhatItHas) {
     }
     const auto End = Process.Finish();
     EXPECT_EQ(End.Code, 130);
-    EXPECT_NE(End.Out.find("ended by interrupt"), std::string::npos);
+    EXPECT_NE(End.Out.find("; stopped: Ctrl-C"), std::string::npos);
     EXPECT_NE(End.Out.find("y = "), std::string::npos);
     EXPECT_EQ(Run({"show", "run.xml"}).Code, 0);
     std::filesystem::remove(Path("run.xml"));
@@ -167,6 +168,81 @@ TEST_F(QxevolveTest, ColumnsMayBeCalledAsFunctions) {
   const auto Predicted = Run({"predict", "run.xml", "data.csv"});
   EXPECT_EQ(Predicted.Code, 0);
   EXPECT_TRUE(Predicted.Out.starts_with("y\n2.718")) << Predicted.Out;
+}
+
+TEST_F(QxevolveTest, AFormulaThatFitsEndsTheRunByItsError) {
+  Write("data.csv", "x,c,y\n1,7,1\n2,7,4\n3,7,9\n4,7,16\n5,7,25\n");
+  const auto End = Run({"regress", "data.csv", "-t", "y", "--seed", "1"});
+  EXPECT_EQ(End.Code, 0);
+  EXPECT_NE(End.Out.find("\ny = x^2\n"), std::string::npos) << End.Out;
+  EXPECT_NE(End.Out.find(" s; stopped: error below 1e-24\n"), std::string::npos) << End.Out;
+  EXPECT_NE(End.Error.find("\"c\" is 7 in every row, and left out\n"), std::string::npos) << End.Error;
+}
+
+TEST_F(QxevolveTest, TheErrorThatChoosesIsInTheTable) {
+  WriteHard();
+  const auto End = Run({"regress", "hard.csv", "-t", "y", "-g", "3", "--seed", "1", "--save", "run.xml"});
+  EXPECT_EQ(End.Code, 0);
+  EXPECT_NE(End.Out.find("  size        error   test error  formula\n"), std::string::npos) << End.Out;
+}
+
+TEST_F(QxevolveTest, ColumnsThatDifferByCaseKeepTheirNames) {
+  Write("data.csv", "t,T,y\n1,2,3\n5,3,4\n2,5,23\n7,7,42\n3,11,118\n8,13,161\n");
+  const auto End = Run({"regress", "data.csv", "-t", "y", "-g", "40", "--seed", "1", "-q", "--save",
+                        "run.xml", "--report", "report"});
+  EXPECT_EQ(End.Out, "y = T^2 - t\n") << End.Error;
+  EXPECT_EQ(Run({"show", "run.xml"}).Out, "T^2 - t\n");
+  EXPECT_NE(Run({"show", "run.xml", "--as", "python"}).Out.find("def y(t, T):\n"), std::string::npos);
+  EXPECT_NE(Run({"describe", "run.xml"}).Out.find("Variable T_ = column T\n"), std::string::npos);
+  EXPECT_NE(Read("report/report.html").find("y = T^2 - t"), std::string::npos);
+  Write("new.csv", "T,t\n20,1\n30,2\n");
+  EXPECT_EQ(Run({"predict", "run.xml", "new.csv", "--keep"}).Out, "T,t,y\n20,1,399\n30,2,898\n");
+  Write("less.csv", "t\n1\n");
+  EXPECT_NE(Run({"predict", "run.xml", "less.csv"}).Error.find("no column \"T\""), std::string::npos);
+  const auto Resumed =
+      Run({"regress", "data.csv", "-t", "y", "-g", "41", "-q", "--save", "run.xml", "--resume"});
+  EXPECT_EQ(Resumed.Out, End.Out) << Resumed.Error;
+}
+
+TEST_F(QxevolveTest, NumbersAsSpreadsheetsWriteThemAreReadOnRequest) {
+  Write("data.csv", "x|y\n1,000|10%\n2,000|20%\n3,000|30%\nNULL|40%\ninf|50%\n");
+  const auto End = Run({"regress", "data.csv", "-t", "y", "-g", "2", "--seed", "1", "-q", "--thousands",
+                        "--missing", "skip", "--save", "run.xml"});
+  ASSERT_EQ(End.Code, 0) << End.Error;
+  const std::string Predicted = Run({"predict", "run.xml", "data.csv"}).Out; // as the run's table
+  EXPECT_TRUE(Predicted.starts_with("y\n0.1")) << Predicted;
+  EXPECT_EQ(CountOf(Predicted, "\n"), 6) << Predicted;
+}
+
+TEST_F(QxevolveTest, SharesAddUp) {
+  WritePlanets();
+  ASSERT_EQ(Run({"regress", "planets.csv", "-t", "period", "-g", "1", "-q", "--save", "run.xml"}).Code, 0);
+  const std::string Text = Run({"describe", "run.xml"}).Out;
+  const std::string Start = "   Mutation Distribution = ";
+  const auto Begin = Text.find(Start) + Start.size();
+  std::istringstream Shares(Text.substr(Begin, Text.find('\n', Begin) - Begin));
+  int Tenths = 0;
+  int Count = 0;
+  for (std::string Share; std::getline(Shares, Share, '('); ++Count) {
+    if (Count > 0) {
+      Tenths += std::stoi(Share) * 10 + (Share[Share.find('.') + 1] - '0');
+    }
+  }
+  EXPECT_EQ(Count, 7) << Text;
+  EXPECT_EQ(Tenths, 1000) << Text;
+}
+
+TEST_F(QxevolveTest, AGenerationOfFarTooManyProgramsIsCutShort) {
+  WriteHard();
+  const auto End = Run({"regress", "hard.csv", "-t", "y", "-p", "200000", "-s", "0.01", "--seed", "1",
+                        "--json", "--report", "report"});
+  EXPECT_EQ(End.Code, 0) << End.Error;
+  EXPECT_EQ(CountOf(End.Out, "{\"event\":\"generation\""), 1);
+  const auto Place = End.Out.find("\"evaluations\":") + 14;
+  EXPECT_LT(std::stoi(End.Out.substr(Place)), 200'000);
+  EXPECT_NE(End.Out.find("\"ended_by\":\"time\""), std::string::npos);
+  EXPECT_NE(Read("report/report.html").find("but for the last generation, which time has cut short"),
+            std::string::npos);
 }
 
 TEST_F(QxevolveTest, TimeLeftHeedsTheGenerations) {
