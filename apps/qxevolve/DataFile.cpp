@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <bit>
 #include <cerrno>
+#include <cmath>
 #include <fmt/format.h>
 #include <fstream>
 #include <iostream>
@@ -18,6 +19,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace qxevolve {
 
@@ -30,32 +32,57 @@ bool IsUTF8(std::string_view Text) {
   return Offset == Text.size();
 }
 
+using TColumns = std::vector<qx::TFaultyColumn>;
+
 // The first of the columns that is needed, or nullptr.
-const qx::TFaultyColumn* FirstNeeded(const std::vector<qx::TFaultyColumn>& Columns,
-                                     const std::vector<std::string>& Needed) {
+const qx::TFaultyColumn* FirstNeeded(const TColumns& Columns, const std::vector<std::string>& Needed) {
   const auto Found = std::ranges::find_if(Columns, [&](const qx::TFaultyColumn& Column) {
     return std::ranges::find(Needed, Column.Name) != Needed.end();
   });
   return Found != Columns.end() ? &*Found : nullptr;
 }
 
-// The option that leaves columns out: by their numbers where names would need quotes within quotes.
-std::string IgnoreAdvice(const std::vector<qx::TFaultyColumn>& Columns) {
-  std::string Names;
+// Columns as --ignore takes them: by their numbers where names would not reach it as they are.
+std::string IgnoreWords(const TColumns& Columns) {
+  std::string Words;
   for (const qx::TFaultyColumn& Column : Columns) {
-    const bool IsPlain = Column.Name.find_first_of(",\"'\n") == std::string::npos;
-    Names += (Names.empty() ? "" : ",") + (IsPlain ? Column.Name : std::to_string(Column.Number));
+    const std::string& Name = Column.Name;
+    const bool IsPlain = Name.find_first_of("-#[\"'") != 0 && std::ranges::none_of(Name, [](char C) {
+                           return static_cast<unsigned char>(C) < ' ' || C == ',';
+                         });
+    Words += (Words.empty() ? "" : ",") + (IsPlain ? Name : "#" + std::to_string(Column.Number));
   }
-  return fmt::format("--ignore {} leaves {} out", ShellText({Names}),
+  return ShellText({Words});
+}
+
+std::string IgnoreAdvice(const TColumns& Columns) {
+  return fmt::format("; --ignore {} leaves {} out", IgnoreWords(Columns),
                      Columns.size() > 1 ? "these columns" : "the column");
 }
+
+// Options under which texts may turn out to be numbers.
+struct TReading {
+  bool HasDecimalComma;
+  bool HasThousands;
+
+  bool Reads(const qx::TFaultyColumn& Column, qx::TCSVFormat Format) const {
+    Format.DecimalPoint = HasDecimalComma ? ',' : Format.DecimalPoint;
+    Format.Thousands = Format.Thousands || HasThousands;
+    return qx::NumberInCell(Column.Cell, Format).has_value();
+  }
+  std::string Text() const {
+    return std::string(HasDecimalComma ? "--decimal-point ," : "") +
+           (HasDecimalComma && HasThousands ? " " : "") + (HasThousands ? "--thousands" : "");
+  }
+};
+constexpr TReading Readings[] = {{true, false}, {false, true}, {true, true}};
 
 } // namespace
 
 void TDataFile::AddOptions(CLI::App& App) {
   const auto Group = "Data";
   App.add_option("--ignore", Ignored,
-                 "Columns to leave out, names or texts, say: by their names, or numbers from 1 on")
+                 "Columns to leave out, names or texts, say; '#1' is the first one, whatever it is called")
       ->delimiter(',')
       ->type_name("NAME,...")
       ->group(Group);
@@ -70,8 +97,11 @@ void TDataFile::AddOptions(CLI::App& App) {
       ->check(CLI::IsMember({".", ","}))
       ->group(Group);
   App.add_flag("--thousands", Thousands, "Numbers may be written as in 1,234.5 and 12%")->group(Group);
+}
+
+void TDataFile::AddHeaderOption(CLI::App& App) {
   App.add_flag("--no-header", NoHeader, "The first line has numbers; columns are called x1, x2 and so on")
-      ->group(Group);
+      ->group("Data");
 }
 
 void TDataFile::AddMissingOption(CLI::App& App) {
@@ -106,14 +136,13 @@ qx::TCSVFormat TDataFile::Format() const {
   Format.DecimalPoint = DecimalPoint == "," ? ',' : '.';
   Format.Thousands = Thousands;
   Format.Header = !NoHeader;
-  Format.MissingValues = MissingValues == "skip"   ? qx::mvSkipRow
-                         : MissingValues == "keep" ? qx::mvKeep
-                                                   : qx::mvRefuse;
+  Format.MissingValues = MissingValues == "refuse" ? qx::mvRefuse : qx::mvKeep; // rows are skipped later
   Format.Ignored = Ignored;
   return Format;
 }
 
-TTable TDataFile::Read(const std::vector<std::string>& Needed, const std::vector<std::string>& Wanted,
+TTable TDataFile::Read(const std::vector<std::string>& Needed,
+                       const std::optional<std::vector<std::string>>& Wanted,
                        const std::vector<std::string>& Texts) const {
   const std::string Text = ReadText();
   RequireReadableText(Text);
@@ -121,7 +150,10 @@ TTable TDataFile::Read(const std::vector<std::string>& Needed, const std::vector
   Format.Wanted = Wanted;
   try {
     std::istringstream Stream(Text);
-    TTable Table{RequireReadableNames(qx::TQXDataSet::FromCSV(Stream, Format)), {}};
+    TTable Table{RequireReadableNames(qx::TQXDataSet::FromCSV(Stream, Format)), {}, {}};
+    if (MissingValues == "skip") {
+      SkipRows(Table);
+    }
     for (const std::string& Name : Texts) {
       std::istringstream Again(Text);
       try {
@@ -138,18 +170,50 @@ TTable TDataFile::Read(const std::vector<std::string>& Needed, const std::vector
   }
 }
 
+// Leaves out the rows that lack a number, and tells which columns are to blame.
+void TDataFile::SkipRows(TTable& Table) {
+  std::vector<bool> IsWhole(static_cast<std::size_t>(Table.Numbers.RowCount()), true);
+  std::string Lacking;
+  for (int I = 0; I < Table.Numbers.ColumnCount(); ++I) {
+    const auto Values = Table.Numbers.Column(I);
+    std::size_t Count = 0;
+    for (std::size_t Row = 0; Row < Values.size(); ++Row) {
+      if (!std::isfinite(Values[Row])) {
+        IsWhole[Row] = false;
+        ++Count;
+      }
+    }
+    if (Count > 0) {
+      Lacking +=
+          fmt::format("{}\"{}\" in {}", Lacking.empty() ? "" : ", ", Table.Numbers.ColumnName(I),
+                      Count < Values.size() ? std::to_string(Count) : "all, which --ignore can leave out");
+    }
+  }
+  std::vector<int> Rows;
+  for (std::size_t Row = 0; Row < IsWhole.size(); ++Row) {
+    if (IsWhole[Row]) {
+      Rows.push_back(static_cast<int>(Row));
+    }
+  }
+  if (Rows.size() < IsWhole.size()) {
+    Table.Skipped = fmt::format("{} of {} rows are left out: there is no number for {}",
+                                IsWhole.size() - Rows.size(), IsWhole.size(), Lacking);
+    Table.Numbers = Table.Numbers.Rows(Rows);
+  }
+}
+
 // What helps against an error of the reader.
 std::string TDataFile::Advice(const qx::EDataError& Error, const std::vector<std::string>& Needed) const {
   switch (Error.Fault()) {
   case qx::dfEmpty:
     return ": it is empty; its first line should name the columns";
   case qx::dfName:
-    return fmt::format("; --ignore {} leaves this one out", Error.Column());
+    return fmt::format("; --ignore '#{}' leaves this one out", Error.Column());
   case qx::dfLength:
     return SeparatorAdvice(Error);
   case qx::dfMissing:
     return "; --missing skip leaves such rows out" +
-           (FirstNeeded(Error.Columns(), Needed) != nullptr ? "" : ", " + IgnoreAdvice(Error.Columns()));
+           (FirstNeeded(Error.Columns(), Needed) != nullptr ? "" : IgnoreAdvice(Error.Columns()));
   case qx::dfText:
     return TextAdvice(Error, Needed);
   case qx::dfQuote:
@@ -165,36 +229,56 @@ std::string TDataFile::SeparatorAdvice(const qx::EDataError& Error) const {
   }
   constexpr std::string_view Separators = "\t ;|,";
   constexpr std::string_view Names[] = {"tabs", "blanks", "semicolons", "|", "commas"};
+  const auto Place = Separators.find(Error.Separator());
   return fmt::format("; cells are taken to be separated by {}, --separator CHAR says otherwise",
-                     Names[Separators.find(Error.Separator())]);
+                     Place < Separators.size() ? Names[Place] : "what the first line says");
 }
 
 std::string TDataFile::TextAdvice(const qx::EDataError& Error, const std::vector<std::string>& Needed) const {
-  const std::string& Cell = Error.Columns().front().Cell;
-  std::string WithPoint = Cell;
-  std::ranges::replace(WithPoint, ',', '.');
-  std::string WithoutMarks = Cell;
-  std::erase_if(WithoutMarks, [&](char C) { return C == '%' || C == (DecimalPoint == "," ? '.' : ','); });
-  std::ranges::replace(WithoutMarks, ',', '.');
-  const bool HasComma = DecimalPoint != "," && qx::ParseReal(WithPoint).has_value();
-  const bool HasMarks = !Thousands && qx::ParseReal(WithoutMarks).has_value();
-  const auto Comma = Cell.find(',');
-  const bool MayBeThousands = HasMarks && (!HasComma || Cell.size() - Comma == 4);
-  if (HasComma || MayBeThousands) {
-    return fmt::format("; {}{}{} reads such numbers", HasComma ? "--decimal-point ," : "",
-                       HasComma && MayBeThousands ? " or " : "", MayBeThousands ? "--thousands" : "");
+  if (Error.ColumnCount() == 1) {
+    return Separator.empty() ? SeparatorAdvice(Error) : "; there is one column only, with that --separator";
   }
-  std::string Others = ";|\t,";
-  std::erase(Others, Error.Separator());
-  const bool HasSeparator = Cell.find_first_of(Others) != std::string::npos ||
-                            Error.Columns().front().Name.find_first_of(Others + ':') != std::string::npos;
-  if (Separator.empty() && HasSeparator) {
-    return SeparatorAdvice(Error);
+  TColumns Texts = Error.Columns();
+  std::string Advice = NumbersAdvice(Error.Separator(), Texts);
+  if (const auto* const Column = FirstNeeded(Texts, Needed)) {
+    return Advice + fmt::format("; \"{}\" is needed, with a number in each row", Column->Name);
   }
-  if (const auto* const Column = FirstNeeded(Error.Columns(), Needed)) {
-    return fmt::format("; \"{}\" is needed, with a number in each row", Column->Name);
+  if (!Texts.empty()) {
+    Advice += IgnoreAdvice(Texts);
+    const bool HasOther = std::ranges::any_of(Texts, [&](const qx::TFaultyColumn& Column) {
+      return (Column.Cell + Column.Name).find_first_of(";|\t,:") != std::string::npos;
+    });
+    Advice += HasOther ? SeparatorAdvice(Error) : "";
   }
-  return "; " + IgnoreAdvice(Error.Columns());
+  return Advice;
+}
+
+// The options that read most of these columns, which are taken out.
+std::string TDataFile::NumbersAdvice(char UsedSeparator, TColumns& Columns) const {
+  const qx::TCSVFormat Used = Format();
+  const auto CountBy = [&](const TReading& Reading) {
+    return Reading.HasDecimalComma && UsedSeparator == ',' // cells would fall apart
+               ? 0
+               : std::ranges::count_if(Columns,
+                                       [&](const auto& Column) { return Reading.Reads(Column, Used); });
+  };
+  std::string Text;
+  const TReading* Best = nullptr;
+  for (const TReading& Reading : Readings) {
+    const auto Count = CountBy(Reading);
+    const auto Most = Best != nullptr ? CountBy(*Best) : 0;
+    if (Count > Most) {
+      Best = &Reading;
+      Text = Reading.Text();
+    } else if (Count > 0 && Count == Most && !(Reading.HasDecimalComma && Reading.HasThousands)) {
+      Text += " or " + Reading.Text();
+    }
+  }
+  if (Best == nullptr) {
+    return "";
+  }
+  std::erase_if(Columns, [&](const auto& Column) { return Best->Reads(Column, Used); });
+  return fmt::format("; {} reads such numbers", Text);
 }
 
 std::string TDataFile::ReadText() const {
@@ -221,6 +305,9 @@ std::string TDataFile::ReadText() const {
 void TDataFile::RequireReadableText(std::string_view Text) const {
   if (Text.starts_with("\xff\xfe") || Text.starts_with("\xfe\xff")) {
     throw EUsageError(Name() + " is UTF-16; save it as UTF-8");
+  }
+  if (Text.find('\r') != std::string_view::npos && Text.find('\n') == std::string_view::npos) {
+    throw EUsageError(Name() + " has carriage returns at the ends of lines; save it with line feeds");
   }
 }
 

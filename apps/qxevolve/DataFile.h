@@ -3,6 +3,7 @@
 #include <qx/symbolic_regression/DataSet.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,7 @@ namespace qxevolve {
 struct TTable {
   qx::TQXDataSet Numbers;
   std::vector<std::string> Texts;
+  std::string Skipped; // which rows are not there, and why; "" when all are
 };
 
 /// A table on disk, and how it is written.
@@ -34,13 +36,15 @@ struct TDataFile {
 
   void AddOptions(CLI::App& App);
   void AddMissingOption(CLI::App& App);
+  void AddHeaderOption(CLI::App& App);
   /// What was not asked for is as in another table.
   void InheritFormat(const TDataFile& Other);
   /// The table without the ignored columns, or only the wanted ones; read once, since a pipe can be read but
   /// once. With it the texts of the first of those columns that is there. Raises EUsageError, with the option
   /// that helps, which leaves no needed column out, for what is no such table, and std::system_error when it
   /// cannot be read.
-  TTable Read(const std::vector<std::string>& Needed, const std::vector<std::string>& Wanted = {},
+  TTable Read(const std::vector<std::string>& Needed,
+              const std::optional<std::vector<std::string>>& Wanted = std::nullopt,
               const std::vector<std::string>& Texts = {}) const;
 
 private:
@@ -48,6 +52,8 @@ private:
   std::string Advice(const qx::EDataError& Error, const std::vector<std::string>& Needed) const;
   std::string SeparatorAdvice(const qx::EDataError& Error) const;
   std::string TextAdvice(const qx::EDataError& Error, const std::vector<std::string>& Needed) const;
+  std::string NumbersAdvice(char UsedSeparator, std::vector<qx::TFaultyColumn>& Columns) const;
+  static void SkipRows(TTable& Table);
   std::string ReadText() const;
   void RequireReadableText(std::string_view Text) const;
   qx::TQXDataSet RequireReadableNames(qx::TQXDataSet Data) const;

@@ -66,9 +66,6 @@ public:
 private:
   static std::vector<double> Column(const qx::TQXDataSet& Table, const TOptimizeOptions& Options,
                                     const std::string& Name) {
-    if (Table.IndexOf(Name) < 0) {
-      throw EUsageError(fmt::format("{} has no column \"{}\"", Options.Data.Name(), Name));
-    }
     const auto Values = Table.Column(Name);
     for (std::size_t Row = 0; Row < Values.size(); ++Row) {
       if (!std::isfinite(Values[Row]) || Values[Row] < 0) {
@@ -240,6 +237,11 @@ int Optimize(const TOptimizeOptions& Options) {
       Options.Names.empty() ? std::vector<std::string>{"name", "item"} : std::vector{Options.Names};
   const std::vector<std::string> Columns = {"value", "weight", "capacity"};
   TTable Table = File.Read(Columns, Columns, Names);
+  for (const std::string Name : {"value", "weight"}) {
+    if (Table.Numbers.IndexOf(Name) < 0) {
+      throw EUsageError(fmt::format("{} has no column \"{}\"", Options.Data.Name(), Name));
+    }
+  }
   if (Table.Numbers.RowCount() == 0) {
     throw EUsageError(Options.Data.Name() + " has no items");
   }

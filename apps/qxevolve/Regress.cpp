@@ -20,6 +20,7 @@
 #include <memory>
 #include <optional>
 #include <random>
+#include <span>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -125,7 +126,8 @@ private:
     if (!FOptions.Weights.empty()) {
       Needed.push_back(FOptions.Weights);
     }
-    qx::TQXDataSet Table = FOptions.Data.Read(Needed).Numbers;
+    TTable Read = FOptions.Data.Read(Needed);
+    qx::TQXDataSet Table = std::move(Read.Numbers);
     for (const std::string& Name : {FOptions.Target, FOptions.Weights}) {
       if (!Name.empty() && Table.IndexOf(Name) < 0) {
         const bool MayBeOne = Table.ColumnCount() == 1 && FOptions.Data.Separator.empty();
@@ -138,15 +140,33 @@ private:
       throw EUsageError(FOptions.Data.Name() + " has no column to explain \"" + FOptions.Target + "\" by");
     }
     if (Table.RowCount() < 2) {
-      throw EUsageError(fmt::format("{} has {}; a formula needs two or more", FOptions.Data.Name(),
-                                    Table.RowCount() == 0 ? "no rows of numbers" : "one row of numbers"));
+      throw EUsageError(fmt::format("{} has {}; a formula needs two or more{}{}", FOptions.Data.Name(),
+                                    Table.RowCount() == 0 ? "no rows of numbers" : "one row of numbers",
+                                    Read.Skipped.empty() ? "" : "; ", Read.Skipped));
     }
+    if (!Read.Skipped.empty()) {
+      TellUsual(Read.Skipped + '\n');
+    }
+    RequireTarget(Table);
     const auto Values = Table.Column(FOptions.Target);
     if (std::ranges::all_of(Values, [&](double Value) { return Value == Values[0]; })) {
       throw EUsageError(fmt::format("\"{}\" is {} in every row: there is nothing to explain", FOptions.Target,
                                     Short(Values[0])));
     }
     return WithoutConstants(Table);
+  }
+
+  // Rows are counted as in the table, before they are drawn for the test.
+  void RequireTarget(const qx::TQXDataSet& Table) const {
+    const auto Values = Table.Column(FOptions.Target);
+    try {
+      qx::TRegressionTarget(Values, FOptions.Weights.empty() ? std::span<const double>()
+                                                             : Table.Column(FOptions.Weights));
+    } catch (const std::invalid_argument& Error) {
+      const bool Skips = std::ranges::all_of(Values, [](double Value) { return std::isfinite(Value); });
+      throw EUsageError(FOptions.Data.Name() + ": " + Error.what() +
+                        (Skips ? "" : "; --missing skip leaves such rows out"));
+    }
   }
 
   // What is the same in every row explains nothing.
@@ -193,11 +213,7 @@ private:
     try {
       FRegression.SetData(std::move(Split), FRun.Target, FRun.Weights);
     } catch (const std::invalid_argument& Error) { // targets or weights that are none
-      const auto Values = Table.Column(FRun.Target);
-      const bool Skips = FOptions.Data.MissingValues == "skip" ||
-                         std::ranges::all_of(Values, [](double Value) { return std::isfinite(Value); });
-      throw EUsageError(FOptions.Data.Name() + ": " + Error.what() +
-                        (Skips ? "" : "; --missing skip leaves such rows out"));
+      throw EUsageError(FOptions.Data.Name() + ": " + Error.what());
     } catch (const qx::EGPException& Error) { // names
       throw EUsageError(FOptions.Data.Name() + ": " + Error.what() + "; rename it, or --ignore it");
     }
@@ -315,7 +331,7 @@ private:
     constexpr double Longer = 1.05;
     constexpr double AtLeast = 0.25;
     FRegression.SetDeadline(Longer * FOptions.Seconds + AtLeast - Seconds());
-    while (!IsOver()) {
+    while (!FRegression.Initialized() || !IsOver()) {
       if (FRegression.Initialized()) {
         FRegression.Evolve();
       } else {

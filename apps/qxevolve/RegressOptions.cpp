@@ -98,6 +98,7 @@ void TRegressOptions::AddTo(CLI::App& App) {
       ->type_name("SHARE")
       ->group("Data");
   Data.AddOptions(App);
+  Data.AddHeaderOption(App);
   Data.AddMissingOption(App);
   AddRunOptions(App);
   AddProgramOptions(App, Defaults);

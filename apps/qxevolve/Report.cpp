@@ -3,9 +3,9 @@
 #include "Figures.h"
 #include "Output.h"
 #include "PageStyle.h"
+#include "Settings.h"
 #include "ShellText.h"
 #include <qx/platform/Files.h>
-#include <qx/platform/Strings.h>
 #include <qx/symbolic_regression/Formula.h>
 
 #include <algorithm>
@@ -119,15 +119,17 @@ private:
   }
 
   std::string Settings() const {
-    qx::TStrings Lines;
-    FRegression.Describe(Lines, "   ");
+    std::string Lines;
+    for (const std::string& Line : SettingLines(FRegression)) {
+      Lines += Line + '\n';
+    }
     if (!FRun.Weights.empty()) {
-      Lines.Add("   Weights = " + FRun.Weights);
+      Lines += "   Weights = " + FRun.Weights + '\n';
     }
     return fmt::format("<section id=\"settings\">\n<h2>Settings</h2>\n<pre>{}</pre>\n"
                        "<p>Seed {}. The command that repeats the run, with the settings that it began "
                        "with{}:</p>\n<pre>{}</pre>\n</section>\n",
-                       HTML(Lines.Text()), FRun.Seed,
+                       HTML(Lines), FRun.Seed,
                        FRegression.IsCutShort() ? " (but for the last generation, which time has cut short)"
                                                 : "",
                        HTML(ShellText(RepeatingCommand())));

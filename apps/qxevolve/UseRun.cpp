@@ -3,8 +3,8 @@
 #include "Error.h"
 #include "Output.h"
 #include "RunFile.h"
+#include "Settings.h"
 #include <qx/platform/Numbers.h>
-#include <qx/platform/Strings.h>
 #include <qx/symbolic_regression/Formula.h>
 
 #include <CLI/CLI.hpp>
@@ -86,6 +86,7 @@ void TUseOptions::AddPredictTo(CLI::App& App) {
   AddModelTo(App, *this);
   App.add_flag("--keep", Keep, "Writes the table's columns too, before the predictions");
   Data.AddOptions(App);
+  Data.AddHeaderOption(App);
 }
 
 void TUseOptions::AddShowTo(CLI::App& App) {
@@ -109,7 +110,7 @@ int Predict(const TUseOptions& Options) {
   File.MissingValues = "keep"; // each row has its prediction, if only NaN
   const auto Variables = qx::TQXFormula(Model).Variables();
   const qx::TQXDataSet Data =
-      File.Read(Variables, Options.Keep ? std::vector<std::string>() : Variables).Numbers;
+      File.Read(Variables, Options.Keep ? std::nullopt : std::optional(Variables)).Numbers;
   qx::TQXDataSet Result;
   if (Options.Keep) {
     Result = Data;
@@ -143,62 +144,14 @@ int Show(const TUseOptions& Options) {
   return ExitGood;
 }
 
-namespace {
-
-// Shares that add up to 100%: what rounding down has left goes where most of it was lost.
-std::string SharesText(const TQXSymbolicRegression& Regression) {
-  constexpr int Whole = 1000; // tenths of a percent
-  struct TShare {
-    qx::TGPMutationMethod Method;
-    int Tenths;
-    int Rest;
-  };
-  std::vector<TShare> Shares;
-  int Sum = 0;
-  const auto Methods = qx::EnumNames<qx::TGPMutationMethod>();
-  for (std::size_t I = 0; I < Methods.size(); ++I) {
-    Sum += Regression.MutateWeights(static_cast<qx::TGPMutationMethod>(I));
-  }
-  int Left = Whole;
-  for (std::size_t I = 0; I < Methods.size(); ++I) {
-    const auto Method = static_cast<qx::TGPMutationMethod>(I);
-    if (const int Weight = Regression.MutateWeights(Method); Weight > 0) {
-      Shares.push_back({Method, Weight * Whole / Sum, Weight * Whole % Sum});
-      Left -= Shares.back().Tenths;
-    }
-  }
-  for (; Left > 0; --Left) {
-    TShare& Next = *std::ranges::max_element(Shares, {}, &TShare::Rest);
-    ++Next.Tenths;
-    Next.Rest = -1;
-  }
-  std::string Text;
-  for (const TShare& Share : Shares) {
-    Text += fmt::format("{}{}({:.1f}%)", Text.empty() ? "" : ", ", qx::EnumName(Share.Method),
-                        Share.Tenths / 10.0);
-  }
-  return Text;
-}
-
-} // namespace
-
 int Describe(const TUseOptions& Options) {
   TKeptRun Kept(Options.RunFile);
   const TRun& Run = Kept.Run();
-  qx::TStrings Lines;
-  Kept.Regression().Describe(Lines, "   ");
   std::string Text = fmt::format(
       "Data = {}, {} rows\nTarget = {}\nWeights = {}\nTest share = {}\nSeed = {}\n", Run.Data.FileName,
       Run.Rows, Run.Target, Run.Weights.empty() ? "None" : Run.Weights, Short(Run.TestShare), Run.Seed);
-  if (const auto Names = Kept.Regression().ColumnNames()) {
-    for (const auto& [Variable, Column] : *Names) {
-      Text += fmt::format("Variable {} = column {}\n", Variable, Column);
-    }
-  }
-  constexpr std::string_view Shares = "   Mutation Distribution = ";
-  for (int I = 0; I < Lines.Count(); ++I) {
-    Text += Lines[I].starts_with(Shares) ? std::string(Shares) + SharesText(Kept.Regression()) : Lines[I];
-    Text += '\n';
+  for (const std::string& Line : SettingLines(Kept.Regression())) {
+    Text += Line + '\n';
   }
   Print(Text);
   return ExitGood;

@@ -21,9 +21,9 @@
 namespace qx {
 
 EDataError::EDataError(const std::string& Message, int Line, int Column, TDataFault Fault, char Separator,
-                       std::vector<TFaultyColumn> Columns)
+                       int ColumnCount, std::vector<TFaultyColumn> Columns)
     : std::runtime_error(Message), FLine(Line), FColumn(Column), FFault(Fault), FSeparator(Separator),
-      FColumns(std::move(Columns)) {}
+      FColumnCount(ColumnCount), FColumns(std::move(Columns)) {}
 
 namespace {
 
@@ -57,12 +57,10 @@ using TCounts = std::array<int, Candidates.size()>;
 class TSeparatorGuess {
 public:
   TSeparatorGuess(std::string_view Text, const TCSVFormat& Format) {
-    bool Quoted = false;
     TLine Line;
     for (const char C : Text) {
-      Quoted ^= C == Format.Quote;
-      if (C != '\n' || Quoted) {
-        Line.Take(C, Quoted, Format.DecimalPoint);
+      if (C != '\n' || Line.IsQuoted) {
+        Line.Take(C, Format);
       } else if (!Line.IsEmpty) {
         FLines.push_back(std::exchange(Line, TLine()).Counts);
         if (FLines.size() == LookedAt) {
@@ -75,16 +73,17 @@ public:
     }
   }
 
-  // The first kind that makes as many cells in each line, or else what the first line has most of.
+  // The first kind that makes as many cells in each line, or else what the first line has most of. Blanks are
+  // within cells where there is anything else.
   char Separator() const {
     const TCounts& First = FLines.front();
+    const auto Most = std::max_element(First.begin(), First.end() - 1);
     for (std::size_t I = 0; I < Candidates.size(); ++I) {
       const bool Fits = std::ranges::all_of(FLines, [&](const TCounts& Line) { return Line[I] == First[I]; });
-      if (First[I] > 0 && Fits && (Candidates[I] != ' ' || FLines.size() > 1)) {
+      if (First[I] > 0 && Fits && (Candidates[I] != ' ' || (FLines.size() > 1 && *Most == 0))) {
         return Candidates[I];
       }
     }
-    const auto Most = std::max_element(First.begin(), First.end() - 1);
     return *Most > 0 ? Candidates[static_cast<std::size_t>(Most - First.begin())] : ',';
   }
 
@@ -95,15 +94,23 @@ private:
     TCounts Counts{};
     bool IsEmpty = true;
     bool AfterBlank = false;
+    bool IsQuoted = false;
+    bool MayBeQuoted = true; // at the beginning of a cell, or after a quote, which may be a doubled one
 
-    void Take(char C, bool Quoted, char DecimalPoint) {
-      if (const auto Place = Candidates.find(C);
-          Place < Candidates.size() - 1 && !Quoted && C != DecimalPoint) {
-        ++Counts[Place];
-      }
-      if (!Quoted && Blanks.find(C) != std::string_view::npos) {
-        AfterBlank = !IsEmpty;
-        return;
+    void Take(char C, const TCSVFormat& Format) {
+      if (C == Format.Quote && (IsQuoted || MayBeQuoted)) {
+        IsQuoted = !IsQuoted;
+        MayBeQuoted = !IsQuoted;
+      } else if (!IsQuoted) {
+        const auto Place = Candidates.find(C);
+        const bool Separates = Place < Candidates.size() - 1 && C != Format.DecimalPoint;
+        const bool IsBlank = Blanks.find(C) != std::string_view::npos;
+        Counts[Separates ? Place : 0] += Separates ? 1 : 0;
+        MayBeQuoted = Separates || IsBlank;
+        if (IsBlank) {
+          AfterBlank = !IsEmpty;
+          return;
+        }
       }
       Counts.back() += AfterBlank ? 1 : 0;
       AfterBlank = IsEmpty = false;
@@ -127,22 +134,24 @@ void DropThousands(std::string& Text, char Mark, char DecimalPoint) {
   const std::size_t Start = Text.starts_with('-') || Text.starts_with('+') ? 1 : 0;
   constexpr std::size_t Group = 3;
   const std::size_t FirstMark = Text.find(Mark);
-  if (FirstMark >= End || FirstMark == Start || FirstMark > Start + Group ||
+  if (FirstMark >= End || FirstMark == Start || FirstMark > Start + Group || Text[Start] == '0' ||
       (End - FirstMark) % (Group + 1) != 0) {
     return;
   }
-  std::string Whole = Text.substr(0, FirstMark);
-  for (std::size_t I = FirstMark; I < End; I += Group + 1) {
-    Whole += Text.substr(I + 1, Group);
-    if (Text[I] != Mark || Text.find(Mark, I + 1) < I + 1 + Group) {
+  std::string Whole = Text.substr(0, Start);
+  for (std::size_t I = Start; I < End; ++I) {
+    const bool IsMark = I >= FirstMark && (I - FirstMark) % (Group + 1) == 0;
+    if (IsMark ? Text[I] != Mark : Text[I] < '0' || Text[I] > '9') {
       return;
     }
+    Whole += IsMark ? std::string() : std::string(1, Text[I]);
   }
   Text.replace(0, End, Whole);
 }
 
-// The number in a cell, NaN where it is missing, or nothing when it is something else.
-std::optional<double> NumberIn(std::string_view Cell, const TCSVFormat& Format) {
+} // namespace
+
+std::optional<double> NumberInCell(std::string_view Cell, const TCSVFormat& Format) {
   std::string Text(Trimmed(Cell));
   if (IsMissing(Text)) {
     return std::numeric_limits<double>::quiet_NaN();
@@ -170,6 +179,8 @@ std::optional<double> NumberIn(std::string_view Cell, const TCSVFormat& Format) 
   return Value ? std::optional(*Value / Unit) : std::nullopt;
 }
 
+namespace {
+
 // --- The table ---------------------------------------------------------------------------------------------
 
 class TCSVReader {
@@ -179,6 +190,7 @@ public:
     if (FRest.starts_with(ByteOrderMark)) {
       FRest.remove_prefix(ByteOrderMark.size());
     }
+    ReadSeparatorLine();
     if (FFormat.Separator == 0) {
       FFormat.Separator = TSeparatorGuess(FRest, FFormat).Separator();
     }
@@ -197,6 +209,7 @@ public:
     }
     return Result;
   }
+  int RowCount() const { return FRowCount; }
 
   std::vector<std::string> ReadTexts(std::string_view Column) {
     std::vector<std::string> Texts;
@@ -220,6 +233,18 @@ private:
                      Line, Column, Fault, FFormat.Separator);
   }
 
+  // The first line of some spreadsheets.
+  void ReadSeparatorLine() {
+    constexpr std::string_view Begin = "sep=";
+    const std::string_view Line = FRest.substr(0, FRest.find('\n'));
+    if (FFormat.Separator == 0 && Line.size() > Begin.size() && Line.starts_with(Begin) &&
+        Trimmed(Line.substr(Begin.size() + 1)).empty()) {
+      FFormat.Separator = Line[Begin.size()];
+      FRest.remove_prefix(std::min(Line.size() + 1, FRest.size()));
+      ++FLine;
+    }
+  }
+
   template <class TTake>
   void ReadRows(TTake Take) {
     std::optional<TRow> Row = NextRow();
@@ -237,7 +262,7 @@ private:
         throw EDataError("Line " + std::to_string(Row->Line) + ": there are " +
                              std::to_string(Row->Cells.size()) + " cells, not " +
                              std::to_string(FNames.size()),
-                         Row->Line, 0, dfLength, FFormat.Separator);
+                         Row->Line, 0, dfLength, FFormat.Separator, static_cast<int>(FNames.size()));
       }
       Take(*Row);
     }
@@ -315,7 +340,7 @@ private:
     }
     for (const std::string& Name : FNames) {
       const auto& Wanted = FFormat.Wanted;
-      FIsIgnored.push_back(!Wanted.empty() && std::ranges::find(Wanted, Name) == Wanted.end());
+      FIsIgnored.push_back(Wanted && std::ranges::find(*Wanted, Name) == Wanted->end());
     }
     std::ranges::for_each(FFormat.Ignored, [&](const std::string& Name) { Ignore(Name); });
     std::set<std::string_view> Taken;
@@ -334,7 +359,8 @@ private:
         FIsIgnored[I] = IsThere = true;
       }
     }
-    const auto Number = IsThere ? std::nullopt : ParseInteger(Name);
+    const bool MayBeNumber = !IsThere && Name.starts_with('#');
+    const auto Number = MayBeNumber ? ParseInteger(Name.substr(1)) : std::nullopt;
     if (Number && *Number >= 1 && std::cmp_less_equal(*Number, FNames.size())) {
       FIsIgnored[static_cast<std::size_t>(*Number - 1)] = IsThere = true;
     }
@@ -350,6 +376,7 @@ private:
       FValues.push_back(FIsIgnored[I] ? 0 : ValueOf(Row, I));
       Skipped |= FFormat.MissingValues == mvSkipRow && !std::isfinite(FValues.back());
     }
+    FRowCount += Skipped ? 0 : 1;
     for (std::size_t I = 0; I < FValues.size() && !Skipped; ++I) {
       if (!FIsIgnored[I]) {
         FColumns[I].push_back(FValues[I]);
@@ -359,7 +386,7 @@ private:
 
   // Notes the first cells of a column that are no numbers.
   double ValueOf(const TRow& Row, std::size_t Place) {
-    const auto Value = NumberIn(Row.Cells[Place], FFormat);
+    const auto Value = NumberInCell(Row.Cells[Place], FFormat);
     const auto Note = [&](std::optional<TCell>& Fault) {
       if (!Fault) {
         Fault = TCell{Row.Line, Row.Cells[Place]};
@@ -406,7 +433,8 @@ private:
     }
     const int Line = First.Line;
     const int Number = First.Number;
-    throw EDataError(Message, Line, Number, Fault, FFormat.Separator, std::move(Columns));
+    throw EDataError(Message, Line, Number, Fault, FFormat.Separator, static_cast<int>(FNames.size()),
+                     std::move(Columns));
   }
 
   struct TCell {
@@ -428,13 +456,17 @@ private:
   std::vector<TFaults> FFaults; // of each column
   std::vector<std::vector<double>> FColumns;
   std::vector<double> FValues;
+  int FRowCount = 0;
 };
 
 } // namespace
 
 TQXDataSet TQXDataSet::FromCSV(std::istream& Stream, const TCSVFormat& Format) {
   const std::string Text{std::istreambuf_iterator<char>(Stream), {}};
-  return TCSVReader(Text, Format).Read();
+  TCSVReader Reader(Text, Format);
+  TQXDataSet Result = Reader.Read();
+  Result.FRowCount = Reader.RowCount(); // also without columns
+  return Result;
 }
 
 std::vector<std::string> TQXDataSet::TextsFromCSV(std::istream& Stream, const TCSVFormat& Format,
@@ -453,7 +485,7 @@ TQXDataSet TQXDataSet::FromCSV(const std::string& FileName, const TCSVFormat& Fo
     return FromCSV(Stream, Format);
   } catch (const EDataError& Error) {
     throw EDataError(FileName + ": " + Error.what(), Error.Line(), Error.Column(), Error.Fault(),
-                     Error.Separator(), Error.Columns());
+                     Error.Separator(), Error.ColumnCount(), Error.Columns());
   } catch (const std::ios_base::failure& Failure) { // a folder, say
     throw std::system_error(Failure.code(), "Cannot read \"" + FileName + "\"");
   }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <iosfwd>
 #include <map>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -43,12 +44,14 @@ struct TFaultyColumn {
 class EDataError : public std::runtime_error {
 public:
   EDataError(const std::string& Message, int Line, int Column, TDataFault Fault, char Separator = 0,
-             std::vector<TFaultyColumn> Columns = {});
+             int ColumnCount = 0, std::vector<TFaultyColumn> Columns = {});
   int Line() const { return FLine; }
   int Column() const { return FColumn; }
   TDataFault Fault() const { return FFault; }
   /// What the cells were taken to be separated by.
   char Separator() const { return FSeparator; }
+  /// How many columns the text has, as far as is known.
+  int ColumnCount() const { return FColumnCount; }
   /// All columns with that fault, when it is one of cells.
   const std::vector<TFaultyColumn>& Columns() const { return FColumns; }
 
@@ -57,6 +60,7 @@ private:
   int FColumn;
   TDataFault FFault;
   char FSeparator;
+  int FColumnCount;
   std::vector<TFaultyColumn> FColumns;
 };
 
@@ -73,7 +77,8 @@ enum TMissingValues : std::uint8_t {
 /// How a text holds a table.
 struct TCSVFormat {
   /// Between cells; a blank stands for any number of blanks and tabs. 0 stands for the one of tab, semicolon,
-  /// "|", comma and blanks that makes as many cells in each of the first ten lines.
+  /// "|", comma and blanks that makes as many cells in each of the first ten lines, or for the one in a first
+  /// line "sep=;", as spreadsheets write it.
   char Separator = 0;
   char Quote = '"';
   char DecimalPoint = '.';
@@ -82,12 +87,15 @@ struct TCSVFormat {
   /// Whether the first line names the columns; else they are called x1, x2 and so on.
   bool Header = true;
   TMissingValues MissingValues = mvRefuse;
-  /// Names of columns that are left out, whatever their cells hold; or their numbers, from 1 on, which no
-  /// column is called.
+  /// Names of columns that are left out, whatever their cells hold; or their numbers, as in "#1" for the
+  /// first one, where no column is called so.
   std::vector<std::string> Ignored = {};
-  /// Names of the only ones that are read, as far as they are there; empty for all.
-  std::vector<std::string> Wanted = {};
+  /// Names of the only ones that are read, as far as they are there; without it all are.
+  std::optional<std::vector<std::string>> Wanted = std::nullopt;
 };
+
+/// The number in a cell of such a text: NaN where it is missing, nothing where the cell holds something else.
+std::optional<double> NumberInCell(std::string_view Cell, const TCSVFormat& Format);
 
 struct TDataSplit;
 

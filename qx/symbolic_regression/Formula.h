@@ -59,7 +59,8 @@ public:
 
   /// Number of its operations, variables and constants.
   int Size() const;
-  /// The names of the variables in it, in the order of their instructions: that of the table's columns.
+  /// The names of the variables in it, in the order of their instructions: for `SetData`, that of
+  /// the columns.
   std::vector<std::string> Variables() const;
   /// `Name` is that of the function in C++ and Python, whose parameters are the variables, and of the graph.
   /// A comment in C++, the docstring in Python, tells which column each parameter stands for.

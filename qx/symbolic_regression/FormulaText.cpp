@@ -161,18 +161,15 @@ public:
     return Piece;
   }
   TPiece Variable(const std::string& Name) const {
-    const auto Digits = Name.find_last_not_of("0123456789") + 1;
-    if (Digits == 1 && Digits < Name.size()) {
-      return {Escaped(Name.substr(0, 1)) + "_{" + Name.substr(1) + "}", biWhole};
+    const bool BeginsWithLetter =
+        !Name.empty() && ((Name[0] >= 'a' && Name[0] <= 'z') || (Name[0] >= 'A' && Name[0] <= 'Z'));
+    if (BeginsWithLetter && Name.find_first_not_of("0123456789", 1) == std::string::npos) {
+      return {Name.substr(0, 1) + (Name.size() > 1 ? "_{" + Name.substr(1) + "}" : ""), biWhole};
     }
-    if (Name.size() == 1) {
-      return {Escaped(Name), biWhole};
-    }
-    const bool IsWord = std::ranges::all_of(Name, IsOfWords);
-    return {IsWord ? "\\mathrm{" + Escaped(Name) + "}" : "\\text{" + Escaped(Name, true) + "}", biWhole};
+    return {Upright(Name, "\\mathrm"), biWhole};
   }
   TPiece Call(const std::string& Name, const TPieces& A) const {
-    return InBrackets("\\operatorname{" + Escaped(Name) + "}", A);
+    return InBrackets(Upright(Name, "\\operatorname"), A);
   }
   TPiece Operation(TBlockOperation Operator, const TPieces& A) const {
     switch (Operator) {
@@ -216,16 +213,23 @@ public:
   }
 
 private:
-  static std::string Escaped(const std::string& Text, bool OutsideMath = false) {
+  // A name by a command of math mode, or as text when it is no word.
+  static std::string Upright(const std::string& Name, const std::string& Command) {
+    const bool IsWord = !(Name[0] >= '0' && Name[0] <= '9') && std::ranges::all_of(Name, IsOfWords);
+    return IsWord ? Command + "{" + Escaped(Name) + "}" : "\\text{" + Escaped(Name) + "}";
+  }
+  static std::string Escaped(const std::string& Text) {
     std::string Result;
     for (const char C : Text) {
       switch (C) {
       case '\\':
-        Result += OutsideMath ? "\\textbackslash{}" : "\\backslash ";
+        Result += "\\textbackslash{}";
         break;
       case '~':
+        Result += "\\textasciitilde{}";
+        break;
       case '^':
-        Result += std::string("\\") + C + "{}";
+        Result += "\\textasciicircum{}";
         break;
       case '#':
       case '$':
@@ -282,7 +286,8 @@ public:
         const bool Fits = (C >= 'a' && C <= 'z') || (C >= 'A' && C <= 'Z') || (C >= '0' && C <= '9');
         Identifier += Fits ? C : '_';
       }
-      constexpr std::string_view Macros[] = {"M_", "FP_", "HUGE_", "MATH_"}; // that begin so
+      constexpr std::string_view Macros[] = {"M_",    "FP_",  "HUGE_", "MATH_",
+                                             "EXIT_", "SNAN", "FD_"}; // that begin so
       const bool IsMacro =
           std::ranges::any_of(Macros, [&](std::string_view Macro) { return Identifier.starts_with(Macro); });
       if (IsMacro || Identifier.empty() || Identifier[0] == '_' ||
@@ -301,7 +306,11 @@ private:
   // Of both languages, and what the written functions use themselves.
   static bool IsReserved(const std::string& Name) {
     constexpr std::string_view Reserved =
-        " False INFINITY NAN NULL None True abs acos acosh alignas alignof and and_eq as asin asinh "
+        " BIG_ENDIAN BYTE_ORDER False INFINITY LITTLE_ENDIAN MAXFLOAT MB_CUR_MAX NAN NFDBITS NULL None "
+        "PDP_ENDIAN RAND_MAX True WCONTINUED WEXITED WEXITSTATUS WIFCONTINUED WIFEXITED WIFSIGNALED "
+        "WIFSTOPPED WNOHANG WNOWAIT WSTOPPED WSTOPSIG WTERMSIG WUNTRACED alloca be16toh be32toh be64toh "
+        "htobe16 htobe32 htobe64 htole16 htole32 htole64 issignaling issubnormal le16toh le32toh le64toh "
+        "linux llogb abs acos acosh alignas alignof and and_eq as asin asinh "
         "asm assert async atan atan2 atanh auto await bitand bitor bool break case catch cbrt ceil "
         "char char16_t char32_t char8_t class co_await co_return co_yield compl concept const "
         "const_cast consteval constexpr constinit continue copysign cos cosh decltype def default del "
@@ -464,17 +473,22 @@ std::string Source(const TQXFormula& Formula, TFormulaStyle Style, const std::st
   // The formula itself keeps its name if it can, whatever variables and functions of the host are called.
   const std::string Own = Identifiers.Of(TIdentifiers::Formula, Name);
   std::string Parameters;
-  std::string Columns; // a line for each
+  std::string Columns;     // a line for each
+  std::string Conversions; // in Python, where whole numbers overflow and truths do not add up
   for (const std::string& Variable : Formula.Variables()) {
     const std::string Identifier = Identifiers.Of(TIdentifiers::Variable, Variable);
     Parameters += (Parameters.empty() ? "" : ", ") + std::string(IsPython ? "" : "double ") + Identifier;
     Columns += (IsPython ? "    " : "// ") + Identifier + ": column " + Literal(Variable) + "\n";
+    Conversions.append("    ")
+        .append(Identifier)
+        .append(" = np.asarray(")
+        .append(Identifier)
+        .append(", dtype=float)\n");
   }
   const std::string Value = Written(Formula.Terms(), TSourceWriter(Style, Identifiers));
   if (IsPython) {
     const std::string Documentation =
-        Columns.empty() ? ""
-                        : "    \"\"\"Arguments, in the order of the table:\n\n" + Columns + "    \"\"\"\n";
+        Columns.empty() ? "" : "    \"\"\"Arguments:\n\n" + Columns + "    \"\"\"\n" + Conversions;
     return "import numpy as np\n\n\n" + Head + "def " + Own + "(" + Parameters + "):\n" + Documentation +
            "    return " + Value + "\n";
   }

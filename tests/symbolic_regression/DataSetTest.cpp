@@ -119,6 +119,22 @@ TEST(DataSet, FindsTheSeparatorInTheFirstLines) {
   EXPECT_EQ(ColumnOf(FromText("1,5;2,5\n", {.DecimalPoint = ',', .Header = false}), "x2"), (TValues{2.5}));
 }
 
+TEST(DataSet, AQuoteWithinACellMisleadsNobody) {
+  EXPECT_EQ(ColumnOf(FromText("len 5\";y\n1;2\n2;3\n"), "y"), (TValues{2, 3}));
+  EXPECT_EQ(ColumnOf(FromText("\"a;\"\"b;\";y\n1;2\n"), "y"), (TValues{2}));
+}
+
+TEST(DataSet, ALineOfSpreadsheetsTellsTheSeparator) {
+  EXPECT_EQ(ColumnOf(FromText("sep=:\r\nx:y\n1:2\n"), "y"), (TValues{2}));
+  ExpectError("sep=;\nx;y\n1;z\n", 3, 2, "Line 3, column 2: \"y\" is no number: \"z\"");
+}
+
+TEST(DataSet, WithoutWantedColumnsThereAreRows) {
+  const auto Data = FromText("x,y\n1,a\n2,b\n", {.Wanted = std::vector<std::string>()});
+  EXPECT_EQ(Data.ColumnCount(), 0);
+  EXPECT_EQ(Data.RowCount(), 2);
+}
+
 TEST(DataSet, AnyNumberOfBlanksAndTabsSeparatesCells) {
   const auto Data = FromText("  x   \"the y\" z \r\n 1  2\t 3\r\n   \r\n4 5   6");
   EXPECT_EQ(ColumnOf(Data, "x"), (TValues{1, 4}));
@@ -145,7 +161,8 @@ TEST(DataSet, MarksOfThousandsAndPercentagesAreReadOnRequest) {
   EXPECT_EQ(Read("12%"), 0.12);
   EXPECT_EQ(Read("1,000 %"), 10);
   EXPECT_EQ(Read("999"), 999);
-  for (const char* const Cell : {"1,23", "1234,567", ",123", "1,234,56", "1,2345", "1.5,000", "%", "1%%"}) {
+  for (const char* const Cell :
+       {"1,23", "1234,567", ",123", "0,123", "1,2e5", "1,+23", "1,234,56", "1,2345", "1.5,000", "%", "1%%"}) {
     EXPECT_THROW(Read(Cell), EDataError) << Cell;
   }
   Format.DecimalPoint = ',';
@@ -156,14 +173,14 @@ TEST(DataSet, MarksOfThousandsAndPercentagesAreReadOnRequest) {
 
 TEST(DataSet, ColumnsAreLeftOutByNumberToo) {
   TCSVFormat Format;
-  Format.Ignored = {"3"};
+  Format.Ignored = {"#3"};
   EXPECT_EQ(FromText("x,y,x\n1,2,text\n", Format).ColumnCount(), 2);
   Format.Ignored = {"x"};
   EXPECT_EQ(FromText("x,y,x\n1,2,text\n", Format).ColumnCount(), 1) << "all of that name";
-  EXPECT_EQ(ColumnOf(FromText("1,x\n5,6\n", {.Ignored = {"2"}}), "1"), (TValues{5}));
-  EXPECT_EQ(ColumnOf(FromText("2,x\n5,6\n", {.Ignored = {"2"}}), "x"), (TValues{6})) << "names come first";
-  EXPECT_THROW(FromText("x,y\n1,2\n", {.Ignored = {"0"}}), std::out_of_range);
-  EXPECT_THROW(FromText("x,y\n1,2\n", {.Ignored = {"3"}}), std::out_of_range);
+  EXPECT_EQ(ColumnOf(FromText("1,x\n5,6\n", {.Ignored = {"#2"}}), "1"), (TValues{5}));
+  EXPECT_EQ(ColumnOf(FromText("#2,x\n5,6\n", {.Ignored = {"#2"}}), "x"), (TValues{6})) << "names come first";
+  EXPECT_THROW(FromText("x,y\n1,2\n", {.Ignored = {"#0"}}), std::out_of_range);
+  EXPECT_THROW(FromText("x,y\n1,2\n", {.Ignored = {"#3"}}), std::out_of_range);
 }
 
 TEST(DataSet, AColumnCanBeReadAsTexts) {

@@ -259,8 +259,10 @@ TEST_F(Formula, SourcesTellWhichColumnEachParameterStandsFor) {
   const std::string Told = "flow__rate__: column \"flow \\\"rate\\\"\\\\\"\n";
   EXPECT_EQ(TQXFormula(*Program).Text(fsPython),
             "import numpy as np\n\n\ndef formula(flow__rate__, y):\n"
-            "    \"\"\"Arguments, in the order of the table:\n\n    " +
-                Told + "    y: column \"y\"\n    \"\"\"\n    return y + flow__rate__\n");
+            "    \"\"\"Arguments:\n\n    " +
+                Told +
+                "    y: column \"y\"\n    \"\"\"\n    flow__rate__ = np.asarray(flow__rate__, dtype=float)\n"
+                "    y = np.asarray(y, dtype=float)\n    return y + flow__rate__\n");
   EXPECT_NE(TQXFormula(*Program).Text(fsCpp).find("\n// " + Told + "// y: column \"y\"\ndouble formula("),
             std::string::npos);
   EXPECT_EQ(TQXFormula(*C(2)).Text(fsPython), "import numpy as np\n\n\ndef formula():\n    return 2.0\n");
@@ -272,6 +274,8 @@ TEST_F(Formula, NamesThatAreNoWordsAreTextInLaTeX) {
                                                         {"flow-rate_2", "\\text{flow-rate\\_2}"},
                                                         {"a\\b", "\\text{a\\textbackslash{}b}"},
                                                         {"mass_1", "\\mathrm{mass\\_1}"},
+                                                        {"1", "\\text{1}"},
+                                                        {"~", "\\text{\\textasciitilde{}}"},
                                                         {"x12", "x_{12}"}}) {
     Instructions[Functions].SetName(Name);
     EXPECT_EQ(LaTeX(Node(Name)), Text);
@@ -412,9 +416,10 @@ TEST_F(FormulaSource, CppCompilesWhateverVariablesAndTheFormulaAreCalled) {
   }
   std::string Text;
   int Count = 0;
-  constexpr const char* Names[][2] = {{"choose", "square"},   {"M_PI", "exp"},      {"unix", "log"},
-                                      {"HUGE_VAL", "y1"},     {"main", "main"},     {"double", "f"},
-                                      {"formula", "formula"}, {"lesser", "greater"}};
+  constexpr const char* Names[][2] = {
+      {"choose", "square"},   {"M_PI", "exp"},       {"unix", "log"},         {"HUGE_VAL", "y1"},
+      {"main", "main"},       {"double", "f"},       {"formula", "formula"},  {"lesser", "greater"},
+      {"MAXFLOAT", "alloca"}, {"RAND_MAX", "llogb"}, {"SNAN", "issignaling"}, {"BIG_ENDIAN", "EXIT_FAILURE"}};
   for (const auto& [Variable, Own] : Names) {
     Instructions[Functions].SetName(Variable);
     const auto Program = Of("Max", Of("Square", Node(Variable)), Of("Exp", Node(Variable)));

@@ -36,13 +36,14 @@ TEST_F(QxevolveErrorsTest, TablesThatDoNotServeAreTold) {
   ExpectDataError("x,y\n1,2\n,3\n", "\"x\" has no number; --missing skip leaves");
   ExpectDataError("x,y\n1,2\n3\n",
                   "Line 3: there are 1 cells, not 2; cells are taken to be separated by commas");
-  ExpectDataError("x,x,y\n1,2,3\n", "there is a column \"x\" already; --ignore 2 leaves this one out");
+  ExpectDataError("x,x,y\n1,2,3\n", "there is a column \"x\" already; --ignore '#2' leaves this one out");
   ExpectDataError("x,y\n1,\"2\n", "the quote is not closed");
   ExpectDataError("x,y\n1,inf\n2,3\n", "data.csv: ");
 }
 
 TEST_F(QxevolveErrorsTest, TextsOfOtherEncodingsAndNumbersAreTold) {
   ExpectDataError("h\xf6he,y\n1,2\n3,4\n", "the name of column 1 is not UTF-8; save the table as UTF-8");
+  ExpectDataError("x,y\r1,2\r3,4", "data.csv has carriage returns at the ends of lines");
   ExpectDataError("\xff\xfex", "data.csv is UTF-16; save it as UTF-8");
   ExpectDataError("\"a\nb\",y\n1,2\n3,4\n", "the name of column 1 goes over more than one line");
   ExpectDataError("x,y\n\"1\n2\",2\n3,4\n", "is no number");
@@ -56,9 +57,12 @@ TEST_F(QxevolveErrorsTest, AllColumnsOfTextAreToldWithTheCommandThatLeavesThemOu
       "name,x,\"the kind\",y\nred,1,a,2\nblue,2,b,4\n",
       "\"name\" is no number: \"red\"; nor is \"the kind\" (line 2: \"a\"); --ignore 'name,the kind' "
       "leaves these columns out");
-  ExpectDataError("\"a,b\",x,y\nred,1,2\nblue,2,4\n", "--ignore 1 leaves the column out");
+  ExpectDataError("\"a,b\",x,y\nred,1,2\nblue,2,4\n", "--ignore '#1' leaves the column out");
+  ExpectDataError("[id],[n],y\nabc,3,1\nb,4,2\n", "--ignore '#1' leaves the column out");
+  ExpectDataError("x,-n,'3,y\n1,a,b,1\n2,a,c,3\n", "--ignore '#2,#3' leaves these columns out");
+  ExpectDataError("genres,x,y\nAdventure|Kids,3,1\nCrime,5,4\n", "--ignore genres leaves the column out");
   ExpectDataError("x,y,z\n1,2,\n,3,4\n5,6,7\n",
-                  "--missing skip leaves such rows out, --ignore z,x leaves these");
+                  "--missing skip leaves such rows out; --ignore z,x leaves these");
 }
 
 TEST_F(QxevolveErrorsTest, NoAdviceLeavesOutWhatIsNeeded) {
@@ -71,10 +75,41 @@ TEST_F(QxevolveErrorsTest, NoAdviceLeavesOutWhatIsNeeded) {
 TEST_F(QxevolveErrorsTest, AGuessOfTheFormatThatIsWrongIsTold) {
   ExpectDataError("x:y\n1:2\n2:4\n", "separated by commas, --separator CHAR says otherwise");
   ExpectDataError("x:z\n", "has no column \"y\"; it has x:z; --separator CHAR tells");
-  ExpectDataError("x,y\n\"1,234\",2\n2,3\n", "--decimal-point , or --thousands reads such numbers");
-  ExpectDataError("x,y\n\"1,234,567\",2\n2,3\n", "; --thousands reads such numbers");
-  ExpectDataError("x,y\n12%,2\n2,3\n", "; --thousands reads such numbers");
+  ExpectDataError("x, y\n1, 2,\n3, 4,\n",
+                  "there are 3 cells, not 2; cells are taken to be separated by commas");
   ExpectDataError("x,y\n1,inf\n2,3\n4,5\n", "row 1 is inf; --missing skip leaves such rows out");
+  Write("data.csv", "x,y\n1,2\n2,3\n");
+  ExpectError({"regress", "data.csv", "-t", "y", "--separator", ";"}, 2,
+              "there is one column only, with that");
+}
+
+TEST_F(QxevolveErrorsTest, OptionsThatReadTheNumbersAreToldColumnByColumn) {
+  ExpectDataError("x,y\n\"1,234\",2\n2,3\n", "\"1,234\"; --thousands reads such numbers\n");
+  ExpectDataError("x;y\n1,234;2\n2;3\n", "; --decimal-point , or --thousands reads such numbers\n");
+  ExpectDataError("x;y\n0,123;2\n2;3\n", "; --decimal-point , reads such numbers\n");
+  ExpectDataError("x,y\n12%,2\n2,3\n", "; --thousands reads such numbers\n");
+  ExpectDataError("city;x;y\nBerlin;1,5;2,5\nBonn;2,5;3,5\n",
+                  "; --decimal-point , reads such numbers; --ignore city leaves the column out\n");
+  ExpectDataError("x;y\n1.234,5;2,5\n2.000,5;5\n3;7\n",
+                  "; --decimal-point , --thousands reads such numbers\n");
+  ExpectDataError("x,y\n\"1,2,3\",2\n2,3\n", "\"1,2,3\"; --ignore x leaves the column out");
+}
+
+TEST_F(QxevolveErrorsTest, RowsAreCountedAsInTheTable) {
+  std::string Text = "x,w,y\n";
+  for (int I = 1; I <= 60; ++I) {
+    Text += std::to_string(I) + (I == 42 ? ",-2," : ",1,") + std::to_string(I * I) + "\n";
+  }
+  Write("data.csv", Text);
+  for (const std::string Seed : {"1", "2", "3"}) {
+    ExpectError({"regress", "data.csv", "-t", "y", "--weights", "w", "--seed", Seed}, 2,
+                "The weight of row 42 is");
+  }
+}
+
+TEST_F(QxevolveErrorsTest, OptimizeNamesTheColumnThatIsMissing) {
+  Write("items.csv", "Item;Value\na;1\n");
+  ExpectError({"optimize", "items.csv", "-c", "5"}, 2, "items.csv has no column \"value\"");
 }
 
 TEST_F(QxevolveErrorsTest, CellsThatCannotBeShownAsTheyAreAreTold) {

@@ -193,7 +193,8 @@ TEST_F(QxevolveTest, ColumnsThatDifferByCaseKeepTheirNames) {
   EXPECT_EQ(End.Out, "y = T^2 - t\n") << End.Error;
   EXPECT_EQ(Run({"show", "run.xml"}).Out, "T^2 - t\n");
   EXPECT_NE(Run({"show", "run.xml", "--as", "python"}).Out.find("def y(t, T):\n"), std::string::npos);
-  EXPECT_NE(Run({"describe", "run.xml"}).Out.find("Variable T_ = column T\n"), std::string::npos);
+  EXPECT_NE(Run({"describe", "run.xml"}).Out.find("\n      t, T, Constant\n"), std::string::npos);
+  EXPECT_NE(Read("report/report.html").find("\n      t, T, Constant\n"), std::string::npos);
   EXPECT_NE(Read("report/report.html").find("y = T^2 - t"), std::string::npos);
   Write("new.csv", "T,t\n20,1\n30,2\n");
   EXPECT_EQ(Run({"predict", "run.xml", "new.csv", "--keep"}).Out, "T,t,y\n20,1,399\n30,2,898\n");
@@ -209,6 +210,10 @@ TEST_F(QxevolveTest, NumbersAsSpreadsheetsWriteThemAreReadOnRequest) {
   const auto End = Run({"regress", "data.csv", "-t", "y", "-g", "2", "--seed", "1", "-q", "--thousands",
                         "--missing", "skip", "--save", "run.xml"});
   ASSERT_EQ(End.Code, 0) << End.Error;
+  const auto Told = Run({"regress", "data.csv", "-t", "y", "-g", "1", "--thousands", "--missing", "skip"});
+  EXPECT_NE(Told.Error.find("2 of 5 rows are left out: there is no number for \"x\" in 2\n"),
+            std::string::npos)
+      << Told.Error;
   const std::string Predicted = Run({"predict", "run.xml", "data.csv"}).Out; // as the run's table
   EXPECT_TRUE(Predicted.starts_with("y\n0.1")) << Predicted;
   EXPECT_EQ(CountOf(Predicted, "\n"), 6) << Predicted;
@@ -216,8 +221,12 @@ TEST_F(QxevolveTest, NumbersAsSpreadsheetsWriteThemAreReadOnRequest) {
 
 TEST_F(QxevolveTest, SharesAddUp) {
   WritePlanets();
-  ASSERT_EQ(Run({"regress", "planets.csv", "-t", "period", "-g", "1", "-q", "--save", "run.xml"}).Code, 0);
+  ASSERT_EQ(Run({"regress", "planets.csv", "-t", "period", "-g", "1", "-q", "--save", "run.xml", "--report",
+                 "report"})
+                .Code,
+            0);
   const std::string Text = Run({"describe", "run.xml"}).Out;
+  EXPECT_EQ(Read("report/report.html").find("(17.00%)"), std::string::npos);
   const std::string Start = "   Mutation Distribution = ";
   const auto Begin = Text.find(Start) + Start.size();
   std::istringstream Shares(Text.substr(Begin, Text.find('\n', Begin) - Begin));

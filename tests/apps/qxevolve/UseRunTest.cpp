@@ -83,6 +83,18 @@ TEST_F(QxevolveUseTest, PredictReadsOnlyWhatTheFormulaNeeds) {
   EXPECT_NE(End.Out.find("\nNaN\n"), std::string::npos) << "each row keeps its place: " << End.Out;
 }
 
+TEST_F(QxevolveTest, AConstantFormulaIsPredictedForEachRow) {
+  Write("data.csv", "a,b,y\n1,2,100.5\n3,1,100.6\n9,4,100.4\n");
+  ASSERT_EQ(Run({"regress", "data.csv", "-t", "y", "-g", "1", "-q", "--no-scaling", "--error", "mae", "-f",
+                 "Add", "--seed", "3", "--save", "run.xml"})
+                .Out,
+            "y = 100.5\n");
+  Write("new.csv", "name,x\nred,1\nblue,2\ngreen,\n");
+  const auto End = Run({"predict", "run.xml", "new.csv"});
+  EXPECT_EQ(End.Code, 0) << End.Error;
+  EXPECT_EQ(CountOf(End.Out, "\n100."), 3) << End.Out;
+}
+
 TEST_F(QxevolveUseTest, PredictNamesTheColumnThatIsMissing) {
   Write("new.csv", "mass\n3\n");
   const auto End = Run({"predict", "run.xml", "new.csv", "-o", "out.csv"});
