@@ -106,9 +106,15 @@ void TQXCustomGeneticComponent::SetPreviousGeneration(const TQXPopulation& Value
 void TQXCustomGeneticComponent::Initialize() {
   RequireNoUse("Initialize");
   RequireStack(); // a handler may initialize in turn
+  FBestEver.reset();
+  Repopulate();
+  FSettings.Generation = 0;
+  ++FStarts;
+}
+
+void TQXCustomGeneticComponent::Repopulate() {
   const TUse Running(FRunning);
   FSettings.Initialized = false;
-  FBestEver.reset();
   while (Population().Count() < FSettings.InitialPopulation) {
     Population().Add();
   }
@@ -120,8 +126,6 @@ void TQXCustomGeneticComponent::Initialize() {
   EvaluateFitness();
   SetPreviousGeneration(Population());
   FSettings.Initialized = true;
-  FSettings.Generation = 0;
-  ++FStarts;
 }
 
 void TQXCustomGeneticComponent::Evolve() {
@@ -285,22 +289,25 @@ void TQXCustomGeneticComponent::ReproduceAll() {
 
 // Copies the best parents to the first places and returns how many.
 int TQXCustomGeneticComponent::KeepElites() {
-  const int Count = std::min({FSettings.EliteCount, FPopulation->Count(), FPreviousGeneration->Count()});
-  if (Count == 0) {
+  if (FSettings.EliteCount == 0) {
     return 0;
   }
-  FRanked.clear();
+  FPreviousGeneration->EvaluateStale(); // by handlers, which may evolve in turn
+  const int Count = std::min({FSettings.EliteCount, FPopulation->Count(), FPreviousGeneration->Count()});
+  std::vector<TQXIndividual*> Ranked = std::move(FRanked);
+  Ranked.clear();
   for (TQXIndividual& Individual : *FPreviousGeneration) {
-    FRanked.push_back(&Individual);
+    Ranked.push_back(&Individual);
   }
   const auto Precedes = [this](TQXIndividual* Left, TQXIndividual* Right) {
     const int Order = CompareFitness(*Left, *Right, true);
     return Order != 0 ? Order < 0 : Left->Index() < Right->Index();
   };
-  std::partial_sort(FRanked.begin(), FRanked.begin() + Count, FRanked.end(), Precedes);
+  std::partial_sort(Ranked.begin(), Ranked.begin() + Count, Ranked.end(), Precedes);
   for (int I = 0; I < Count; ++I) {
-    (*FPopulation)[I].Assign(*FRanked[static_cast<std::size_t>(I)]);
+    (*FPopulation)[I].Assign(*Ranked[static_cast<std::size_t>(I)]);
   }
+  FRanked = std::move(Ranked);
   return Count;
 }
 
@@ -368,7 +375,11 @@ void TQXCustomGeneticComponent::FitnessHandlerChanged(bool WasAssigned) {
       }
     }
   }
-  FBestEver.reset();
+  if (TQXIndividual* const Best = BestEver(); Best != nullptr && InUse()) { // perhaps by its own evaluation
+    Best->MarkStale();
+  } else {
+    FBestEver.reset();
+  }
   FStatisticsDue = true;
 }
 

@@ -338,6 +338,7 @@ public:
 protected:
   friend class TLoadScope;
   friend class TQXPopulation;
+  friend class TQXIndividual;
 
   /// Lasts while individuals are in somebody's hands.
   class TUse {
@@ -396,6 +397,9 @@ protected:
   void InitializeEmpty();
   /// The generations have been filled by other means than `Initialize`.
   void SetInitialized() { FSettings.Initialized = true; }
+  /// Makes the population anew, by `OnInitialization` or `DoInitialize`, and evaluates it: what `Initialize`
+  /// does, within a run, whose generation and best individual stay.
+  virtual void Repopulate();
   /// Fills the population with random individuals; the result counts what the representation defines.
   virtual int DoInitialize();
   virtual bool DoReproduce(TQXIndividual& Parent1, TQXIndividual& Parent2, TQXIndividual& Child1);
@@ -419,6 +423,10 @@ protected:
   /// Adds both generations and what a run has computed. An override calls the inherited one first and adds
   /// its own fields.
   void DefineState(TFiler& Filer) override;
+  /// Raises std::out_of_range for a number of things that a document or stream may not ask for.
+  static void RequireCount(int Count);
+  /// The same for the number in an element: EXMLError, which names it.
+  static void RequireCount(const TXMLNode& Element, int Count);
   /// Raises std::length_error when a load cannot make so many individuals.
   virtual void RequireRoomFor(int /*Individuals*/) const {}
   void Loading(TAction Load) override;
@@ -519,5 +527,10 @@ private:
   TLoadScope* FLoad = nullptr; // the load that is under way
   std::vector<std::string> FLoadWarnings;
 };
+
+inline TQXIndividual::TUseScope::TUseScope(const TQXIndividual& Individual)
+    : FCount(Individual.FOwner != nullptr ? &Individual.FOwner->FInUse : &FNobodys) {
+  *FCount += 1;
+}
 
 } // namespace qx

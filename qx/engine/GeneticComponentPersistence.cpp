@@ -37,10 +37,8 @@ void TQXCustomGeneticComponent::Apply(std::string_view Name, const T& Wanted, co
   FLoad->WarnIfMoved(Name, Wanted, Stored);
 }
 
-namespace {
-
-// Refuses a number of things that would keep the next generation busy for hours.
-void RequireCount(int Count) {
+// What would keep the next generation busy for hours.
+void TQXCustomGeneticComponent::RequireCount(int Count) {
   if (Count > DefaultXMLLimits.Count) {
     throw std::out_of_range("holds " + std::to_string(Count) + ", which is more than the " +
                             std::to_string(DefaultXMLLimits.Count) +
@@ -48,7 +46,13 @@ void RequireCount(int Count) {
   }
 }
 
-} // namespace
+void TQXCustomGeneticComponent::RequireCount(const TXMLNode& Element, int Count) {
+  try {
+    RequireCount(Count);
+  } catch (const std::out_of_range& Error) {
+    Element.Refuse(Error.what());
+  }
+}
 
 // --- XML ---------------------------------------------------------------------------------------------------
 
@@ -109,11 +113,7 @@ void TQXCustomGeneticComponent::LoadReproduction(const TXMLReproductionType& Rep
   const TXMLReproductionType_SelectionMethod Selection = Reproduction.SelectionMethod();
   SetSelectionMethod(Load.ValueOr("Method", Selection.Method(), SelectionMethod()));
   Apply("ElitistPercent", Selection.ElitistPercent(), FSettings.ElitistPct, &TSelf::SetElitistPct);
-  try {
-    RequireCount(Selection.TournamentField());
-  } catch (const std::out_of_range& Error) {
-    Selection.FindChild("TournamentField").Refuse(Error.what());
-  }
+  RequireCount(Selection.FindChild("TournamentField"), Selection.TournamentField());
   Apply("TournamentField", Selection.TournamentField(), FSettings.TournamentField,
         &TSelf::SetTournamentField);
   Load.Done();

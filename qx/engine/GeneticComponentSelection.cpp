@@ -163,6 +163,9 @@ void TQXCustomGeneticComponent::SelectRoulette(TQXCustomGeneticComponent& Sender
   if (Low == Length) { // no entry exceeds the draw
     Low = FLastShare >= 0 ? FLastShare : static_cast<int>(Draw * Population.Count());
   }
+  if (Low >= Population.Count()) { // the shares are those of a larger one, by a handler's doing
+    Low = static_cast<int>(Draw * Population.Count());
+  }
   FSelectionCursor = Low;
   Parent = &Population[Low];
 }

@@ -15,8 +15,17 @@ void TQXIndividual::Assign(const TPersistent& Source) {
   }
 }
 
+// By a handler that may reach the own component, which frees nothing meanwhile.
+void TQXIndividual::EvaluateSource(const TQXIndividual& Source) const {
+  if (Source.FNeedFitness) {
+    const TUseScope Use(*this);
+    static_cast<void>(Source.Fitness());
+  }
+}
+
 void TQXIndividual::AssignIndividual(const TQXIndividual& Source) {
-  FFitness = Source.Fitness();
+  EvaluateSource(Source);
+  FFitness = Source.FFitness;
   FNeedFitness = Source.FNeedFitness;
   if (!FName.empty() || !Source.FName.empty()) {
     FName = Source.FName;

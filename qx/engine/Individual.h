@@ -64,10 +64,26 @@ public:
   virtual void SaveToXML(const TXMLNode& Node);
 
 protected:
+  /// While it lives, the component frees no individual.
+  class TUseScope {
+  public:
+    explicit TUseScope(const TQXIndividual& Individual);
+    TUseScope(const TUseScope&) = delete;
+    TUseScope& operator=(const TUseScope&) = delete;
+    ~TUseScope() { *FCount -= 1; }
+
+  private:
+    int FNobodys = 0;
+    int* FCount;
+  };
+
   void DefineProperties(TFiler& Filer) override;
   /// Adds the fitness, and whether it is stale.
   void DefineState(TFiler& Filer) override;
   void SetNeedFitness(bool Value) { FNeedFitness = Value; }
+  /// Evaluates an individual that is to be copied, if it is stale. That may fail, before anything has
+  /// changed.
+  void EvaluateSource(const TQXIndividual& Source) const;
   /// What `Assign` does with an individual of whatever class.
   void AssignIndividual(const TQXIndividual& Source);
   /// The name, or the class name when it is empty.

@@ -43,6 +43,13 @@ void TQXPopulation::EvaluateStale() const {
   }
 }
 
+void TQXPopulation::RequireInsertable() const {
+  if (!FIsGeneration && Count() > 0) {
+    throw std::logic_error(
+        "The best individual of a run has its place alone: assign it to one of a population");
+  }
+}
+
 void TQXPopulation::RequireRemovable(const char* Call) const {
   if (FComponent != nullptr) {
     FComponent->RequireNoUse(Call);

@@ -37,6 +37,7 @@ protected:
   /// Replaces the members by those that `AddMembers` adds, in one update. When that raises, the former
   /// members are back.
   void Reload(TAction AddMembers);
+  void RequireInsertable() const override;
   void RequireRemovable(const char* Call) const override;
   void Notify(TCollectionItem& Item, TCollectionNotification Action) override;
   void Update(TCollectionItem* Item) override;

@@ -14,6 +14,8 @@ namespace qx::detail {
 /// many codes as any other, or one more. `Min` when `Max` is below it.
 std::int64_t DecodeInteger(const TQXEncodedBits& Bits, int Offset, int Size, std::int64_t Min,
                            std::int64_t Max);
+/// Whether a code of so many bits reads as `Value`.
+bool HasCode(int Size, std::int64_t Min, std::int64_t Max, std::int64_t Value);
 /// Writes the least code that reads as `Value`; in a field that is too short for all of the integers, that of
 /// the nearest one below which it has a code for.
 void EncodeInteger(TQXEncodedBits& Bits, int Offset, int Size, std::int64_t Min, std::int64_t Max,

@@ -4,6 +4,7 @@
 #include <qx/genetic_algorithm/GeneticAlgorithm.h>
 #include <qx/platform/Text.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <concepts>
@@ -190,7 +191,8 @@ std::int64_t TQXGAGene::ReadInt64(const TQXEncodedBits& Bits, int Offset) const 
 }
 
 float TQXGAGene::ReadFloat(const TQXEncodedBits& Bits, int Offset) const {
-  return AlwaysDecodes(gtFloat) ? static_cast<float>(ReadDouble(Bits, Offset))
+  constexpr double Largest = std::numeric_limits<float>::max();
+  return AlwaysDecodes(gtFloat) ? static_cast<float>(std::clamp(ReadDouble(Bits, Offset), -Largest, Largest))
                                 : Bits.GetAsFloat(Offset, FSize, FPreserveSignBit);
 }
 
@@ -229,8 +231,13 @@ void TQXGAGene::SetGeneAsEnumeration(TQXEncodedBits& Bits, int Offset, std::stri
   if (Place < 0) {
     throw EGAException(FormatText(SValueNotEnumeration, {Value}));
   }
+  const bool Decodes = AlwaysDecodes(gtEnumeration);
+  if (Decodes && !detail::HasCode(FSize, 0, FEnumerations->Count() - 1, Place)) {
+    throw std::out_of_range("Gene \"" + DisplayName() + "\": " + std::to_string(FSize) +
+                            " bits have no code for \"" + std::string(Value) + "\"");
+  }
   Bits.SetPreserveSignBit(false);
-  if (AlwaysDecodes(gtEnumeration)) {
+  if (Decodes) {
     detail::EncodeInteger(Bits, Offset, FSize, 0, FEnumerations->Count() - 1, Place);
     return;
   }
@@ -248,12 +255,13 @@ void TQXGAGene::SetGeneAsFloat(TQXEncodedBits& Bits, int Offset, float Value) {
 }
 
 void TQXGAGene::SetGeneAsInt64(TQXEncodedBits& Bits, int Offset, std::int64_t Value) {
-  const std::int64_t Held = Clamped(Value);
   if (AlwaysDecodes(gtInteger)) {
-    detail::EncodeInteger(Bits, Offset, FSize, LimitAs<std::int64_t>(FMinValue),
-                          LimitAs<std::int64_t>(FMaxValue), Held);
+    const auto Low = LimitAs<std::int64_t>(FMinValue);
+    const auto High = std::max(Low, LimitAs<std::int64_t>(FMaxValue));
+    detail::EncodeInteger(Bits, Offset, FSize, Low, High, std::clamp(Value, Low, High));
     return;
   }
+  const std::int64_t Held = Clamped(Value);
   Bits.SetPreserveSignBit(FPreserveSignBit);
   Bits.SetAsInt64(Offset, FSize, Held);
 }

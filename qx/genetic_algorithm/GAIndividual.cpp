@@ -16,7 +16,7 @@ void TQXGAIndividual::SetCollection(TQXGAPopulation& Value) { TQXIndividual::Set
 
 void TQXGAIndividual::Assign(const TPersistent& Source) {
   if (const auto* Individual = SourceAs<TQXGAIndividual>(Source)) {
-    static_cast<void>(Individual->Fitness()); // may fail; then nothing has changed
+    EvaluateSource(*Individual);
     Bits().Assign(Individual->Bits());
     AssignIndividual(*Individual);
   } else {

@@ -342,9 +342,9 @@ void TQXCustomGeneticProgramming<T>::DoStartEvolve() {
 }
 
 template <class T>
-auto TQXCustomGeneticProgramming<T>::Statistics() -> const TProgramStatistics& {
-  if (FStatistics.MaxSize == 0) {
-    CalculateProgramStats();
+auto TQXCustomGeneticProgramming<T>::Statistics() const -> const TProgramStatistics& {
+  if (FStatistics.MaxSize == 0) { // they are taken when somebody looks
+    const_cast<TQXCustomGeneticProgramming*>(this)->CalculateProgramStats();
   }
   return FStatistics;
 }

@@ -31,6 +31,9 @@ public:
 
   /// See `TQXProgramEngine`.
   TInstructionSet& Instructions() override { return static_cast<TInstructionSet&>(TBase::Instructions()); }
+  const TInstructionSet& Instructions() const {
+    return static_cast<const TInstructionSet&>(TBase::Instructions());
+  }
   void SetInstructions(const TInstructionSet& Value) { TBase::SetInstructions(Value); }
 
   using TBase::CreateNode;

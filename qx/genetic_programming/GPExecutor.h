@@ -47,7 +47,8 @@ public:
   /// Reads instructions and program from the lines. Raises as a load does.
   void Parse();
 
-  /// Runs the program; without one the result is the default value. Raises what nodes raise.
+  /// Runs the program; without one the result is the default value. Raises what nodes raise. Until it ends,
+  /// program and instructions cannot be changed: std::logic_error.
   T Execute(TQXGPContext<T>* Context) const;
 
   /// Copies the instructions, with their handlers, and the program of another executor.
@@ -67,6 +68,7 @@ public:
   virtual void SaveToFile(const std::string& FileName);
 
 protected:
+  void RequireChangeable(const char* Call) const override;
   void InstructionUpdate(TInstruction* /*Instruction*/) override {}
   void InstructionNotify(TInstruction& Instruction, TCollectionNotification Action) override;
   void InstructionOperationUpdate(TInstruction& /*Instruction*/) override {}
@@ -75,6 +77,7 @@ private:
   void StoreProgram(TNodePointer Program);
   void GenerateXML();
 
+  mutable int FExecuting = 0;
   TNodePointer FGPProgram;
   TStrings FGPProgramLines;
 };

@@ -6,12 +6,15 @@
 #include <qx/platform/Files.h>
 
 #include <sstream>
+#include <stdexcept>
+#include <string>
 #include <utility>
 
 namespace qx::generics {
 
 template <class T>
 void TQXCustomGeneticProgrammingExecutor<T>::SetGPProgram(const TNode& Value) {
+  RequireChangeable("SetGPProgram");
   TNodePointer Copy = Value.Clone();
   Copy->BindTo(this->Instructions());
   StoreProgram(std::move(Copy));
@@ -25,7 +28,20 @@ void TQXCustomGeneticProgrammingExecutor<T>::StoreProgram(TNodePointer Program) 
 
 template <class T>
 T TQXCustomGeneticProgrammingExecutor<T>::Execute(TQXGPContext<T>* Context) const {
+  struct TExecuting {
+    explicit TExecuting(int& Count) : FCount(Count) { ++FCount; }
+    ~TExecuting() { --FCount; }
+    int& FCount;
+  } const Executing(FExecuting);
   return FGPProgram != nullptr ? FGPProgram->Execute(Context) : T();
+}
+
+template <class T>
+void TQXCustomGeneticProgrammingExecutor<T>::RequireChangeable(const char* Call) const {
+  if (FExecuting > 0) {
+    throw std::logic_error(std::string(Call) + " is refused while the program of the " + this->ClassName() +
+                           " runs");
+  }
 }
 
 template <class T>
@@ -38,6 +54,7 @@ void TQXCustomGeneticProgrammingExecutor<T>::Assign(const TPersistent& Source) {
   if (Executor == this) {
     return;
   }
+  RequireChangeable("Assign");
   this->CopyInstructions(*Executor, &TQXGPInstructions<T>::AssignAll);
   if (Executor->FGPProgram != nullptr) {
     SetGPProgram(*Executor->FGPProgram);
@@ -85,6 +102,7 @@ void TQXCustomGeneticProgrammingExecutor<T>::SaveToXML(const TXMLGPDomainType& D
 
 template <class T>
 void TQXCustomGeneticProgrammingExecutor<T>::LoadFromXML(const TXMLGPDomainType& Domain) {
+  RequireChangeable("LoadFromXML");
   const TXMLReadScope Reading(Domain);
   TLoadScope Load(nullptr);
   this->MergeInstructions(Domain.Instructions(), Load);

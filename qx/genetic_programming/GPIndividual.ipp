@@ -116,7 +116,7 @@ void TQXGPIndividual<T>::Assign(const TPersistent& Source) {
     TQXIndividual::Assign(Source);
     return;
   }
-  static_cast<void>(Individual->Fitness()); // may fail; then nothing has changed
+  EvaluateSource(*Individual);
   if (Individual != this) {
     AssignProgram(*Individual);
   }
@@ -166,6 +166,7 @@ void TQXGPIndividual<T>::CopyProgram(const TQXGPIndividual& Source) {
 
 template <class T>
 T TQXGPIndividual<T>::Execute(TQXGPContext<T>* Context) {
+  const typename TQXIndividual::TUseScope Use(*this); // a handler cannot free the tree that runs
   TNode* const Root = DNA();
   return Root != nullptr ? Root->Execute(Context) : T();
 }

@@ -267,10 +267,10 @@ private:
 };
 
 template <class T>
-void TQXCustomGeneticProgramming<T>::Initialize() {
+void TQXCustomGeneticProgramming<T>::Repopulate() {
   FDiscardDue = false;
   FStatistics = {};
-  TBase::Initialize();
+  TBase::Repopulate();
 }
 
 template <class T>

@@ -50,6 +50,7 @@ void TQXCustomGeneticProgramming<T>::LoadFromXML(const TXMLGeneticProgram& Docum
   this->LoadReproduction(Reproduction);
   S.InitializationMethod =
       Load.ValueOr("InitializationMethod", Reproduction.InitializationMethod(), S.InitializationMethod);
+  this->RequireCount(Reproduction.FindChild("InitializationDepth"), Reproduction.InitializationDepth());
   SetInitializationDepth(Reproduction.InitializationDepth());
   Load.WarnIfMoved("InitializationDepth", Reproduction.InitializationDepth(), S.InitializationDepth);
   const auto Weights = Reproduction.MutationWeights();
@@ -174,8 +175,13 @@ void TQXCustomGeneticProgramming<T>::DefineProperties(TFiler& Filer) {
     Filer.Property(Name, Value, Value != Default, [&](const auto& Read) { (this->*Setter)(Read); });
   };
   Define("CrossoverMethod", S.CrossoverMethod, Defaults.CrossoverMethod, &TThis::SetCrossoverMethod);
-  Define("InitializationDepth", S.InitializationDepth, Defaults.InitializationDepth,
-         &TThis::SetInitializationDepth);
+  Filer.Property("InitializationDepth", S.InitializationDepth,
+                 S.InitializationDepth != Defaults.InitializationDepth, [&](int Read) {
+                   if (!Filer.Exact()) {
+                     this->RequireCount(Read);
+                   }
+                   SetInitializationDepth(Read);
+                 });
   Define("InitializationMethod", S.InitializationMethod, Defaults.InitializationMethod,
          &TThis::SetInitializationMethod);
   Define("BuildSizeLimit", S.BuildSizeLimit, Defaults.BuildSizeLimit, &TThis::SetBuildSizeLimit);

@@ -151,8 +151,6 @@ public:
   /// The same with the handlers of the instructions.
   virtual void AssignAll(const TPersistent& Source);
 
-  void Initialize() override;
-
   // --- Documents ----------------------------------------------------------------------------------------
   // As those of every genetic component: a save builds the whole document first, and a load that raises
   // leaves the component as it was, with the same objects.
@@ -180,12 +178,12 @@ public:
   // Over the current population. They are taken when one of them is first asked for in a generation, and then
   // stay until the next generation starts.
 
-  int MinProgramSize() { return Statistics().MinSize; }
-  int MaxProgramSize() { return Statistics().MaxSize; }
-  float AvgProgramSize() { return Statistics().AvgSize; }
-  int MinProgramDepth() { return Statistics().MinDepth; }
-  int MaxProgramDepth() { return Statistics().MaxDepth; }
-  float AvgProgramDepth() { return Statistics().AvgDepth; }
+  int MinProgramSize() const { return Statistics().MinSize; }
+  int MaxProgramSize() const { return Statistics().MaxSize; }
+  float AvgProgramSize() const { return Statistics().AvgSize; }
+  int MinProgramDepth() const { return Statistics().MinDepth; }
+  int MaxProgramDepth() const { return Statistics().MaxDepth; }
+  float AvgProgramDepth() const { return Statistics().AvgDepth; }
   /// Takes them now.
   void CalculateProgramStats();
 
@@ -253,6 +251,7 @@ protected:
   /// such programs, or, without functions, not as many different ones; see `BuildSizeLimit` too. The
   /// individuals before it keep their new programs then.
   int DoInitialize() override;
+  void Repopulate() override;
   /// Builds a tree of that many levels for a place (see `GetNode`): with a function wherever there is room
   /// for its arguments, and with any instruction there.
   TNodePointer DoInitializeFull(const TNode* Parent, int Index, int Depth);
@@ -378,7 +377,7 @@ private:
   int FairMeasure(const TNode& Node) const;
   TMeasureCounts CountMeasures(std::span<TNode* const> Nodes, int Measure) const;
   bool IsRuledOut(TIndividual& Individual);
-  const TProgramStatistics& Statistics();
+  const TProgramStatistics& Statistics() const;
 
   static std::string NameWithComment(const TInstruction& Instruction);
   std::string DescribeMutation() const;

@@ -56,6 +56,9 @@ void TQXCustomGeneticProgramming<T>::DiscardPrograms() {
 // A single instruction is moved without a look at the others, so that n changes cost n.
 template <class T>
 void TQXCustomGeneticProgramming<T>::InstructionUpdate(TInstruction* Instruction) {
+  if (Instruction == nullptr && this->InUse() && !this->Instructions().HasEndedChanges()) {
+    return; // an update that has changed nothing, as it could not now
+  }
   const bool Alone = Instruction != nullptr && this->Instructions().OnlyFlipped(*Instruction);
   if (Alone) {
     TInstructionList& From = Instruction->Arity() > 0 ? FTerminals : FFunctions;

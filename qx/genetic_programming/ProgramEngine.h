@@ -31,6 +31,9 @@ public:
     }
     return *FInstructions;
   }
+  const TQXGPInstructions<T>& Instructions() const {
+    return const_cast<TQXProgramEngine*>(this)->Instructions(); // which may be made now
+  }
   /// Copies the given instructions, without their handlers, into the own set.
   void SetInstructions(const TQXGPInstructions<T>& Value) { Instructions().Assign(Value); }
 

@@ -157,8 +157,10 @@ void TOwnedCollection::EndUpdate() {
   if (FUpdateCount == 0) {
     throw std::logic_error("EndUpdate of a " + ClassName() + " without BeginUpdate");
   }
-  --FUpdateCount;
-  Changed();
+  if (--FUpdateCount == 0) {
+    FHasEndedChanges = std::exchange(FHoldsChanges, false);
+    Update(nullptr);
+  }
 }
 
 bool TOwnedCollection::Accepts(const TCollectionItem& /*Item*/) const { return true; }
@@ -170,6 +172,8 @@ void TOwnedCollection::Update(TCollectionItem* /*Item*/) {}
 void TOwnedCollection::Changed() {
   if (FUpdateCount == 0) {
     Update(nullptr);
+  } else {
+    FHoldsChanges = true;
   }
 }
 

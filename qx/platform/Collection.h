@@ -95,6 +95,8 @@ public:
   /// Raises std::logic_error without a matching `BeginUpdate`.
   void EndUpdate();
   bool Updating() const { return FUpdateCount > 0; }
+  /// Whether the update that has ended last held changes back.
+  bool HasEndedChanges() const { return FHasEndedChanges; }
 
 protected:
   /// Whether an item handed to `Insert` is of a class that this collection holds.
@@ -135,6 +137,8 @@ private:
   void ItemChanged(TCollectionItem& Item) {
     if (FUpdateCount == 0) {
       Update(&Item);
+    } else {
+      FHoldsChanges = true;
     }
   }
 
@@ -143,6 +147,8 @@ private:
   std::vector<std::unique_ptr<TCollectionItem>> FItems;
   int FNextID = 0;
   int FUpdateCount = 0;
+  bool FHoldsChanges = false;    // since the update began
+  bool FHasEndedChanges = false; // of the update that ended last
 };
 
 /// Knows which items a collection had when this was made; can take them out, so that others can be loaded,

@@ -76,6 +76,7 @@ void TQXGPInstructions<T>::AssignAll(const TPersistent& Source) {
   if (Set == nullptr || Set == this) {
     return;
   }
+  RequireChangeable("AssignAll");
   TUpdateScope Update(*this);
   this->Clear();
   for (int I = 0; I < Set->Count(); ++I) { // what hears of the copies may change the source

@@ -64,9 +64,7 @@ void TQXSymbolicRegression::DoEvolve() {
     ++FRun.Starts;
     FRun.LeastError = std::numeric_limits<double>::infinity();
     FRun.GenerationsWithoutStep = 0;
-    const int Former = Generation();
-    TQXTypedGeneticProgramming::Initialize();
-    SetGeneration(Former);
+    Repopulate();
   }
   TQXTypedGeneticProgramming::DoEvolve();
 }
@@ -170,6 +168,21 @@ private:
   TQXSymbolicRegression& FRegression;
 };
 
+// While it lives, programs are evaluated: nothing that they need may go.
+class TQXSymbolicRegression::TEvaluation {
+public:
+  explicit TEvaluation(TQXSymbolicRegression& Regression) : FUse(Regression), FCount(Regression.FEvaluating) {
+    ++FCount;
+  }
+  TEvaluation(const TEvaluation&) = delete;
+  TEvaluation& operator=(const TEvaluation&) = delete;
+  ~TEvaluation() { --FCount; }
+
+private:
+  TUse FUse;
+  int& FCount;
+};
+
 // Evaluates the stale individuals of the population.
 void TQXSymbolicRegression::EvaluateGeneration() {
   PrepareWorkers();
@@ -218,16 +231,26 @@ void TQXSymbolicRegression::PrepareWorkers() {
 }
 
 auto TQXSymbolicRegression::JobFor(TIndividual& Individual) -> TJob {
-  PrepareWorkers();
   TJob Jobs[] = {{&Individual, Individual.DNA(), {}, std::numeric_limits<double>::infinity()}};
-  if (Jobs[0].Program != nullptr) {
-    EvaluateJobs(Jobs);
+  if (Jobs[0].Program == nullptr) {
+    return Jobs[0];
   }
+  if (FEvaluating > 0) { // a function of the host asks, while the workers are at work
+    RequireData();
+    const TEvaluation Evaluation(*this);
+    TWorker Worker;
+    Worker.Prepare(*this, Instructions());
+    Worker.Evaluate(Jobs[0]);
+    return Jobs[0];
+  }
+  PrepareWorkers();
+  EvaluateJobs(Jobs);
   return Jobs[0];
 }
 
 // Programs that call code of the host are evaluated on the caller's thread, after the others.
 void TQXSymbolicRegression::EvaluateJobs(std::span<TJob> Jobs) {
+  const TEvaluation Evaluation(*this);
   std::vector<TJob*> Own;
   std::vector<TJob*> OfHost;
   for (TJob& Job : Jobs) {
@@ -258,6 +281,7 @@ void TQXSymbolicRegression::RefineBest(std::span<TJob> Jobs) {
                       return IsBetter(Jobs[A].Error, Jobs[B].Error) ||
                              (!IsBetter(Jobs[B].Error, Jobs[A].Error) && A < B);
                     });
+  const TEvaluation Evaluation(*this);
   std::vector<std::vector<TConstantRefinement::TConstant>> Found(Count);
   ParallelFor(Count, FWorkers.size(), [&](std::size_t Thread, std::size_t Index) {
     if (!IsLate()) {

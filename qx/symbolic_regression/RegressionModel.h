@@ -18,7 +18,8 @@ using TColumnNames = std::map<std::string, std::string>;
 /// The column that a variable stands for; that of its own name where there are no `Names`.
 const std::string& ColumnOf(const generics::TQXGPInstruction<TGAFloat>& Variable, const TColumnNames* Names);
 
-/// A formula for the target: `Scaling` of the program's value.
+/// A formula for the target: `Scaling` of the program's value. It refers to the instructions of the component
+/// that has found it, and is of no use after them; a `TQXFormula` made of it stands by itself.
 struct TRegressionModel {
   using TNode = generics::TQXGPNode<TGAFloat>;
 

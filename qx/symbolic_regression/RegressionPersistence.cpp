@@ -54,20 +54,28 @@ void TQXSymbolicRegression::DefineProperties(TFiler& Filer) {
   const auto Define = [&](std::string_view Name, const auto& Value, const auto& Default, auto Setter) {
     Filer.Property(Name, Value, Value != Default, [&](const auto& Read) { (this->*Setter)(Read); });
   };
+  const auto DefineCount = [&](std::string_view Name, int Value, int Default, auto Setter) {
+    Filer.Property(Name, Value, Value != Default, [&](int Read) {
+      if (!Filer.Exact()) {
+        RequireCount(Read);
+      }
+      (this->*Setter)(Read);
+    });
+  };
   Define("ErrorMeasure", S.ErrorMeasure, Defaults.ErrorMeasure, &TQXSymbolicRegression::SetErrorMeasure);
   Define("LinearScaling", S.LinearScaling, Defaults.LinearScaling, &TQXSymbolicRegression::SetLinearScaling);
   Define("SinglePrecision", S.SinglePrecision, Defaults.SinglePrecision,
          &TQXSymbolicRegression::SetSinglePrecision);
   Define("RefinementShare", S.RefinementShare, Defaults.RefinementShare,
          &TQXSymbolicRegression::SetRefinementShare);
-  Define("RefinementSteps", S.RefinementSteps, Defaults.RefinementSteps,
-         &TQXSymbolicRegression::SetRefinementSteps);
+  DefineCount("RefinementSteps", S.RefinementSteps, Defaults.RefinementSteps,
+              &TQXSymbolicRegression::SetRefinementSteps);
   Define("KeepsBest", S.KeepsBest, Defaults.KeepsBest, &TQXSymbolicRegression::SetKeepsBest);
   Define("RestartPatience", S.RestartPatience, Defaults.RestartPatience,
          &TQXSymbolicRegression::SetRestartPatience);
   Define("StoppingPatience", S.StoppingPatience, Defaults.StoppingPatience,
          &TQXSymbolicRegression::SetStoppingPatience);
-  Define("Threads", FThreads, 1, &TQXSymbolicRegression::SetThreads);
+  DefineCount("Threads", FThreads, 1, &TQXSymbolicRegression::SetThreads);
   TQXTypedGeneticProgramming::DefineProperties(Filer);
   if (!Filer.Exact()) { // an inherited setting that is the plain default, and so not stored, is not the own
                         // one

@@ -93,6 +93,7 @@ bool Contains(const std::vector<std::string>& Names, const std::string& Name) {
 } // namespace
 
 void TQXSymbolicRegression::SetData(TDataSplit Split, std::string_view Target, std::string_view Weights) {
+  RequireNoEvaluation("SetData");
   if (Split.Training.RowCount() == 0) {
     throw std::invalid_argument("There are no rows to learn from");
   }
@@ -239,20 +240,34 @@ bool Changes(T& Setting, T Value) {
 } // namespace
 
 void TQXSymbolicRegression::SetErrorMeasure(TErrorMeasure Value) {
+  RequireNoEvaluation("SetErrorMeasure");
   if (Changes(FSettings.ErrorMeasure, CheckedEnum(Value, "ErrorMeasure"))) {
     ForgetErrors();
   }
 }
 
 void TQXSymbolicRegression::SetLinearScaling(bool Value) {
+  RequireNoEvaluation("SetLinearScaling");
   if (Changes(FSettings.LinearScaling, Value)) {
     ForgetErrors();
   }
 }
 
 void TQXSymbolicRegression::SetSinglePrecision(bool Value) {
+  RequireNoEvaluation("SetSinglePrecision");
   if (Changes(FSettings.SinglePrecision, Value)) {
     ForgetErrors();
+  }
+}
+
+void TQXSymbolicRegression::SetThreads(int Value) {
+  RequireNoEvaluation("SetThreads");
+  FThreads = std::max(Value, 1);
+}
+
+void TQXSymbolicRegression::RequireNoEvaluation(const char* Call) const {
+  if (FEvaluating > 0) {
+    throw std::logic_error(std::string(Call) + " is refused while programs are evaluated");
   }
 }
 

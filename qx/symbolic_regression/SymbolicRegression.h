@@ -70,9 +70,10 @@ public:
   /// one. Variables that the data have no column for are removed. All individuals are stale then, and the
   /// front is empty. Raises std::out_of_range for a column that there is not, std::invalid_argument for
   /// targets and weights that are none (see `TRegressionTarget`) and data without rows, and EGPException for
-  /// a column that has the name of an instruction that is no variable; nothing has changed then. Of columns
-  /// whose names differ by the case of letters alone only the first one has a variable of its name, the
-  /// others have theirs with "_" at the end.
+  /// a column that has the name of an instruction that is no variable; std::logic_error within an evaluation;
+  /// nothing has changed then. Models refer to the variables: those of other columns end with them. Of
+  /// columns whose names differ by the case of letters alone only the first one has a variable of its name,
+  /// the others have theirs with "_" at the end.
   void SetData(TQXDataSet Data, std::string_view Target, std::string_view Weights = {});
   /// The same with rows that judge the models and stop the run, which no program is selected by.
   void SetData(TDataSplit Split, std::string_view Target, std::string_view Weights = {});
@@ -123,7 +124,7 @@ public:
   void SetStoppingPatience(int Value) { FSettings.StoppingPatience = std::max(Value, 0); }
   /// Threads that evaluate a generation. Default 1; smaller values become 1.
   int Threads() const { return FThreads; }
-  void SetThreads(int Value) { FThreads = std::max(Value, 1); }
+  void SetThreads(int Value);
 
   /// So many seconds from now on, a generation that is under way is cut short, so that large populations keep
   /// to a time as well: programs that are not evaluated by then are unfit, constants are not refined, and
@@ -219,6 +220,7 @@ private:
   };
   class TFitnessHandler;
   class TEvaluated;
+  class TEvaluation;
   class TWorker;
 
   static TRows RowsFor(TQXDataSet Data, std::string_view Target, std::string_view Weights);
@@ -233,6 +235,7 @@ private:
   void EvaluateGeneration();
   void PrepareWorkers();
   void EvaluateJobs(std::span<TJob> Jobs);
+  void RequireNoEvaluation(const char* Call) const;
   bool IsLate();
   std::size_t EvaluateInTime(std::span<TJob> Jobs);
   void RefineBest(std::span<TJob> Jobs);
@@ -264,6 +267,7 @@ private:
   const TQXIndividual* FEvaluated = nullptr; // whose error is known
   double FEvaluatedError = 0;
   std::vector<std::unique_ptr<TWorker>> FWorkers;
+  int FEvaluating = 0; // programs, which may call code of the host
 };
 
 } // namespace qx

@@ -241,5 +241,56 @@ TEST(BestEver, IsBackAfterALoadThatFails) {
   EXPECT_EQ(Algorithm.BestEver(), Best);
 }
 
+TEST(Elite, IsChosenAfterTheEvaluationsThatMayEvolveInTurn) {
+  TSmallAlgorithm Component;
+  Component.SetInitialPopulation(20);
+  Component.SetEliteCount(3);
+  bool Once = false;
+  Component.OnEvaluateFitness = [&](auto& Sender, auto& Individual, double& Fitness) {
+    Fitness = Individual.Bits().CountOnes();
+    if (Once) {
+      Once = false;
+      for (int I = 0; I < 500; ++I) {
+        Sender.Population().Add();
+      }
+      Sender.Evolve(1);
+    }
+  };
+  Component.Evolve(2);
+  for (auto& Individual : Component.Population()) {
+    Individual.Modified();
+  }
+  Once = true;
+  EXPECT_NO_THROW(Component.Evolve());
+}
+
+TEST(BestEver, KeepsItsPlaceAlone) {
+  TSmallAlgorithm Component;
+  Component.OnEvaluateFitness = [](auto&, auto& Individual, double& Fitness) {
+    Fitness = Individual.Bits().CountOnes();
+  };
+  Component.Evolve(2);
+  EXPECT_THROW(static_cast<void>(Component.BestEver()->Clone()), std::logic_error);
+  const std::string Text = tests::CheckpointOf(Component);
+  EXPECT_NO_THROW(tests::LoadCheckpoint(Component, Text));
+}
+
+TEST(BestEver, LivesThroughAChangeOfTheHandlerThatEvaluatesIt) {
+  TSmallAlgorithm Component;
+  const auto Plain = [](auto&, auto& Individual, double& Fitness) {
+    Fitness = Individual.Bits().CountOnes();
+  };
+  Component.OnEvaluateFitness = Plain;
+  Component.Evolve(2);
+  Component.OnEvaluateFitness = [&](auto& Sender, auto& Individual, double& Fitness) {
+    Sender.OnEvaluateFitness = nullptr;
+    Sender.OnEvaluateFitness = Plain;
+    Fitness = Individual.Bits().CountOnes();
+  };
+  ASSERT_NE(Component.BestEver(), nullptr);
+  Component.BestEver()->Modified();
+  EXPECT_GE(Component.BestEver()->Fitness(), 0);
+}
+
 } // namespace
 } // namespace qx

@@ -9,6 +9,7 @@
 #include <limits>
 #include <map>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <support/SmallAlgorithm.h>
 #include <support/Streams.h>
@@ -260,6 +261,74 @@ TEST(ConstReading, OfAComponentNeedsNoOtherOne) {
   EXPECT_EQ(Read.PreviousGeneration(), Algorithm.PreviousGeneration());
   EXPECT_EQ(Read.FittestIndividual(), Algorithm.FittestIndividual());
   EXPECT_EQ(&Read.Genes(), &Algorithm.Genes());
+}
+
+TEST(Decoding, WhatWasReadIsWrittenAsItWas) {
+  for (const int Size : {1, 14, 20, 52, 53, 63, 64, 2000}) {
+    for (const auto& [Min, Max] : {std::pair{0.0, 7.0}, {-1e18, -0.9e18}, {-3.5, 1e-3}, {-1e308, 1e308}}) {
+      TQXGAGenes Genes(nullptr);
+      Genes.SetDecoding(gdAlwaysValid);
+      TQXGAGene& Gene = Genes.Add();
+      Gene.SetGeneType(gtFloat);
+      Gene.SetPreserveSignBit(true);
+      Gene.SetSize(Size);
+      Gene.SetMinValue(Min);
+      Gene.SetMaxValue(Max);
+      for (std::uint64_t Code = 0x0123456789abcdef, I = 0; I < 50;
+           ++I, Code = Code * 0x9e3779b97f4a7c15 + 1) {
+        TCode Bits(Size, Code >> (64 - std::min(Size, 64)));
+        const double Read = Gene.GeneAsDouble(Bits);
+        ASSERT_GE(Read, Gene.MinValue());
+        ASSERT_LE(Read, Gene.MaxValue());
+        Gene.SetGeneAsDouble(Bits, Read);
+        ASSERT_EQ(Gene.GeneAsDouble(Bits), Read) << Size << " bits from " << Min << " to " << Max;
+      }
+    }
+  }
+}
+
+TEST(Decoding, LimitsThatAreHardlyNumbersGiveNumbers) {
+  TQXGAGenes Genes(nullptr);
+  Genes.SetDecoding(gdAlwaysValid);
+  TQXGAGene& Gene = Genes.Add();
+  Gene.SetGeneType(gtFloat);
+  Gene.SetSize(2000);
+  const TCode Least(2000, 0);
+  EXPECT_EQ(Gene.GeneAsDouble(Least), Gene.MinValue());
+  Gene.SetPreserveSignBit(true);
+  Gene.SetSize(8);
+  Gene.SetMinValue(-1e300);
+  Gene.SetMaxValue(1e300);
+  const TCode Most(8, 255);
+  EXPECT_EQ(Gene.GeneAsFloat(Most), std::numeric_limits<float>::max());
+  Gene.SetMinValue(-std::numeric_limits<double>::infinity());
+  EXPECT_TRUE(std::isfinite(Gene.GeneAsDouble(Most)));
+}
+
+TEST(Decoding, ALimitThatIsAPowerOfTwoIsReached) {
+  TQXGAGenes Genes(nullptr);
+  Genes.SetDecoding(gdAlwaysValid);
+  TQXGAGene& Gene = Genes.Add();
+  Gene.SetGeneType(gtInteger);
+  Gene.SetPreserveSignBit(true);
+  Gene.SetSize(61);
+  Gene.SetMinValue(-1e18);
+  Gene.SetMaxValue(std::ldexp(1.0, 60));
+  TCode Bits(61, 0);
+  Gene.SetGeneAsInt64(Bits, std::int64_t{1} << 60);
+  EXPECT_EQ(Gene.GeneAsInt64(Bits), std::int64_t{1} << 60);
+}
+
+TEST(Decoding, ATextThatHasNoCodeIsRefused) {
+  TQXGAGenes Genes(nullptr);
+  Genes.SetDecoding(gdAlwaysValid);
+  TQXGAGene& Gene = AddEnumeration(Genes, 4);
+  Gene.SetSize(1);
+  TCode Bits(1, 1);
+  EXPECT_EQ(Gene.GeneAsEnumeration(Bits), "t2");
+  EXPECT_THROW(Gene.SetGeneAsEnumeration(Bits, "t3"), std::out_of_range);
+  EXPECT_EQ(Gene.GeneAsEnumeration(Bits), "t2");
+  EXPECT_NO_THROW(Gene.SetGeneAsEnumeration(Bits, "t0"));
 }
 
 } // namespace

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <support/SmallGeneticProgram.h>
+#include <vector>
 
 namespace qx {
 namespace {
@@ -38,6 +40,36 @@ TEST(ExecutorTest, WithoutAProgramTheResultIsTheDefaultValue) {
   EXPECT_EQ(TQXGeneticProgrammingExecutor().Execute(nullptr), 0);
   EXPECT_TRUE(TQXGeneticProgrammingVariantExecutor().Execute(nullptr).IsEmpty());
   EXPECT_EQ(TQXGeneticProgrammingExecutor().GPProgram(), nullptr);
+}
+
+TEST(ExecutorTest, AProgramThatRunsCannotBeReplaced) {
+  TQXGeneticProgrammingExecutor Executor;
+  std::function<void()> Act;
+  auto& Function = Executor.Instructions().Add();
+  Function.SetName("Act");
+  Function.SetArity(1);
+  Function.OnExecute = [&](auto&, auto&, auto*, double& Result) {
+    Act();
+    Result = 1;
+  };
+  Executor.Instructions().Add().SetName("x");
+  const auto Tree = tests::ReadTree<TGAFloat>(Executor, "(Act x)");
+  Executor.SetGPProgram(*Tree);
+  const TQXGeneticProgrammingExecutor Other;
+  const std::vector<std::function<void()>> Acts = {
+      [&] { Executor.SetGPProgram(*Tree); }, [&] { Executor.Instructions().Clear(); },
+      [&] { Executor.Instructions().Add(); }, [&] { Executor.Assign(Other); },
+      [&] {
+        Executor.SetGPProgramLines(Executor.GPProgramLines());
+        Executor.Parse();
+      }};
+  for (const auto& Wanted : Acts) {
+    Act = Wanted;
+    EXPECT_THROW(Executor.Execute(nullptr), std::logic_error);
+  }
+  Act = [] {};
+  EXPECT_EQ(Executor.Execute(nullptr), 1);
+  EXPECT_NO_THROW(Executor.SetGPProgram(*Tree));
 }
 
 TEST(ExecutorTest, AProgramOfInstructionsThatItDoesNotHaveIsRefused) {

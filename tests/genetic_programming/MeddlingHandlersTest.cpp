@@ -342,6 +342,7 @@ TEST(RefusalTest, OfAChangedInstructionLeavesItAsItWas) {
   const std::string Before = tests::Saved(Component);
   const std::vector<std::pair<std::string, std::function<void(TQXGeneticProgramming&)>>> Calls = {
       {"SetName", [](auto& C) { C.Instructions()[0].SetName("other"); }},
+      {"AssignAll", [](auto& C) { C.Instructions().AssignAll(TQXGeneticProgramming().Instructions()); }},
       {"SetArity", [](auto& C) { C.Instructions()[0].SetArity(3); }},
       {"SetOperation", [](auto& C) { C.Instructions()[0].SetOperation(gpConstant); }},
       {"Assign", [](auto& C) { C.Instructions()[0].Assign(C.Instructions()[1]); }},
@@ -358,6 +359,56 @@ TEST(RefusalTest, OfAChangedInstructionLeavesItAsItWas) {
   }
   EXPECT_EQ(Component.Evolve(1), 1); // it does not start anew
   EXPECT_EQ(Component.Generation(), 3);
+}
+
+TEST(RefusalTest, IsNotOfAnUpdateThatChangesNothing) {
+  tests::TArithmeticProgramming<> Component;
+  Component.SetInitialPopulation(4);
+  Component.OnEvaluateFitness = [](auto& Sender, auto& Individual, double& Fitness) {
+    Fitness = Individual.DNA()->Size();
+    Sender.Instructions().BeginUpdate();
+    Sender.Instructions().EndUpdate();
+  };
+  EXPECT_EQ(Component.Evolve(3), 3);
+  EXPECT_EQ(Component.Evolve(3), 3);
+  EXPECT_EQ(Component.Generation(), 6);
+}
+
+TEST(RefusalTest, IsForFunctionsOfTheTreeThatRuns) {
+  tests::TArithmeticProgramming<> Component;
+  auto& Function = Component.Instructions().Add();
+  Function.SetName("Act");
+  Function.SetArity(1);
+  std::function<void()> Act;
+  Function.OnExecute = [&](auto&, auto& Node, auto* Context, double& Result) {
+    Act();
+    Result = Node.ExecuteChild(0, Context);
+  };
+  auto& Individual = Component.Add("(Act (Neg 2))");
+  TQXGPFloatContext Context;
+  const std::vector<std::function<void()>> Acts = {[&] { Component.Population().Clear(); },
+                                                   [&] { Component.Instructions().Add(); },
+                                                   [&] { Component.Initialize(); }};
+  for (const auto& Wanted : Acts) {
+    Act = Wanted;
+    EXPECT_THROW(Individual.Execute(&Context), std::logic_error);
+  }
+  Act = [] {};
+  EXPECT_EQ(Individual.Execute(&Context), -2);
+  EXPECT_NO_THROW(Component.Population().Clear());
+}
+
+// A stale individual of one component is evaluated while one of another one takes its place.
+TEST(RefusalTest, IsForAComponentThatCopiesFromAnother) {
+  TBitTrial::TComponent Component;
+  TBitTrial::TComponent Other;
+  TBitTrial::Prepare(Component);
+  TBitTrial::Prepare(Other);
+  Component.Population().Add();
+  Other.Population().Add();
+  Other.OnEvaluateFitness = [&](auto&, auto&, double&) { Component.Population().Clear(); };
+  EXPECT_THROW(Component.Population()[0].Assign(Other.Population()[0]), std::logic_error);
+  EXPECT_EQ(Component.Population().Count(), 1);
 }
 
 TEST(RefusalTest, IsNotForHandlersThatHaveNoIndividualInHand) {

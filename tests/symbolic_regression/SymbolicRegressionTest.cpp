@@ -147,6 +147,73 @@ TEST(SymbolicRegression, ARunThatIsNotLateIsTheSameAsWithoutADeadline) {
   EXPECT_TRUE(Outcomes[0] == Outcomes[1]);
 }
 
+TEST(SymbolicRegression, AStartWithinARunIsNoNewRun) {
+  TQXSymbolicRegression Regression;
+  Prepare(Regression);
+  Regression.SetRestartPatience(1);
+  Regression.SetUseFitnessCutoff(false);
+  double Best = std::numeric_limits<double>::infinity();
+  for (int I = 1; I <= 4; ++I) {
+    EXPECT_EQ(Regression.Evolve(5), 5);
+    EXPECT_EQ(Regression.Generation(), 5 * I);
+    ASSERT_NE(Regression.BestEver(), nullptr);
+    EXPECT_LE(Regression.BestEver()->Fitness(), Best);
+    Best = Regression.BestEver()->Fitness();
+  }
+}
+
+// Functions of the host that turn to the component.
+class AskedRegression : public testing::Test {
+protected:
+  AskedRegression() {
+    auto& Function = Regression.Instructions().Add();
+    Function.SetName("Act");
+    Function.SetArity(1);
+    AddStandardInstruction(Regression.Instructions(), "Add");
+    Prepare(Regression);
+    Regression.BatchFunctions().SetColumnFunction("Act", [this](auto Arguments, auto Results) {
+      if (Act) {
+        std::exchange(Act, nullptr)();
+      }
+      std::ranges::copy(Arguments[0], Results.begin());
+    });
+  }
+
+  TQXSymbolicRegression Regression;
+  std::function<void()> Act;
+};
+
+TEST_F(AskedRegression, RefusesOtherDataAndSettingsMeanwhile) {
+  const std::vector<std::function<void()>> Acts = {
+      [&] { Regression.SetData(DataOf(9000, Wave), "y"); }, [&] { Regression.SetErrorMeasure(emMAE); },
+      [&] { Regression.SetSinglePrecision(true); }, [&] { Regression.SetThreads(3); },
+      [&] { Regression.SetLinearScaling(false); }};
+  for (const auto& Wanted : Acts) {
+    Act = Wanted;
+    EXPECT_THROW(Regression.Evolve(2), std::logic_error);
+    EXPECT_EQ(Act, nullptr);
+  }
+  EXPECT_EQ(Regression.TrainingData().RowCount(), 40);
+  EXPECT_EQ(Regression.ErrorMeasure(), emNMSE);
+  EXPECT_NO_THROW(Regression.Evolve(2));
+}
+
+TEST_F(AskedRegression, TellsErrorsMeanwhile) {
+  Regression.Evolve(1);
+  for (auto& Individual : Regression.Population()) {
+    Individual.Modified();
+  }
+  auto& First = Regression.Population()[0];
+  double Told = 0;
+  Act = [&] { Told = Regression.ErrorOf(First); };
+  Regression.EvaluateFitness();
+  EXPECT_EQ(Act, nullptr);
+  for (auto& Individual : Regression.Population()) {
+    const double Error = Regression.ErrorOf(Individual);
+    EXPECT_EQ(Individual.Fitness(), std::isfinite(Error) ? Error : Regression.UnfitFitness());
+  }
+}
+
 TEST(SymbolicRegression, DescribesItsSettings) {
   TQXSymbolicRegression Regression;
   Regression.SetErrorMeasure(emMAE);
